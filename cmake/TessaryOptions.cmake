@@ -1,0 +1,21 @@
+# One interface target carries what every translation unit of the project is compiled with.
+add_library(tessary_options INTERFACE)
+target_compile_features(tessary_options INTERFACE cxx_std_20)
+target_include_directories(tessary_options INTERFACE ${PROJECT_SOURCE_DIR})
+
+# Pictures are compared byte for byte: a fused multiply-add rounds once where the rules round
+# twice, so contraction is off everywhere and no fast-math flag may ever appear here.
+target_compile_options(tessary_options INTERFACE -ffp-contract=off)
+
+option(TESSARY_WERROR "Treat warnings as errors" OFF)
+target_compile_options(tessary_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
+if(TESSARY_WERROR)
+  target_compile_options(tessary_options INTERFACE -Werror)
+endif()
+
+set(TESSARY_SANITIZE "" CACHE STRING "Value for -fsanitize=, e.g. address,undefined or thread")
+if(TESSARY_SANITIZE)
+  target_compile_options(tessary_options INTERFACE
+    -fsanitize=${TESSARY_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tessary_options INTERFACE -fsanitize=${TESSARY_SANITIZE})
+endif()

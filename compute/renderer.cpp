@@ -1,0 +1,4 @@
+#include "compute/renderer.h"
+
+bool bCPU = false;
+std::atomic<bool> bDoublePrecision{false};

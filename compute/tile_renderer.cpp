@@ -1,0 +1,14 @@
+#include "compute/tile_renderer.h"
+
+template <class T>
+void threadCPU(int xStart, int yStart, int xEnd, int yEnd, int width, int height, T xMin, T xMax,
+               T yMin, T yMax, T cx, T cy, int maxSizeSquared, int maxIters, unsigned char* buffer,
+               unsigned char* palette, int type) {
+    threadScalar(xStart, yStart, xEnd, yEnd, width, height, xMin, xMax, yMin, yMax, cx, cy,
+                 maxSizeSquared, maxIters, buffer, palette, type);
+}
+
+template void threadCPU(int, int, int, int, int, int, float, float, float, float, float, float, int,
+                        int, unsigned char*, unsigned char*, int);
+template void threadCPU(int, int, int, int, int, int, double, double, double, double, double,
+                        double, int, int, unsigned char*, unsigned char*, int);

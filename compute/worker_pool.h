@@ -1,0 +1,80 @@
+// The CPU worker pool: a frame is split into tiles, the tiles are queued, and a fixed set of threads
+// computes them into `buffer`.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <thread>
+#include <vector>
+
+// One tile of work: its pixel bounds (ends exclusive) and a copy of the view when it was queued.
+struct params {
+    std::int32_t xStart, xEnd, yStart, yEnd;
+    double xMin, xMax, yMin, yMax;
+    double cx, cy;
+};
+
+// Tiles waiting. Pushed at the back by the GLUT thread, taken from the front by workers, always
+// under mutex.
+extern std::deque<params> workQ;
+
+// Tiles of this frame not yet finished. Changed under mutex (set by the GLUT thread, counted down by
+// workers), read by the waiting GLUT thread without it.
+extern std::atomic<std::int32_t> task_count;
+
+// Set once, at exit or by a signal; read by workers and the waiting GLUT thread, no lock.
+extern std::atomic<bool> shutdown_threads;
+
+// Worker threads created (1 when there is none, so that menus offer a count). Written at start-up by
+// the main thread, read by it alone.
+extern std::int32_t max_threads;
+
+// Workers allowed to work; worker k works while this is at least k. Written by the GLUT thread
+// (start-up, menu), read by workers, no lock.
+extern std::atomic<std::int32_t> numCPUThreads;
+
+// The workers in creation order. Start-up and shutdown only, main thread.
+extern std::vector<std::unique_ptr<std::thread>> vThreads;
+
+// The body of a worker thread: takes tiles until shutdown_threads is set.
+class threadContainer {
+  public:
+    explicit threadContainer(std::int32_t threadNumber) : number(threadNumber) {}
+    void operator()() const;
+
+  private:
+    std::int32_t number;  // 1 for the first thread created
+};
+
+// Stops the pool when main ends: prints what it does, releases the OpenCL objects when the OpenCL
+// renderer is in use, joins the workers in creation order.
+class CThreadShutdown {
+  public:
+    CThreadShutdown() = default;
+    CThreadShutdown(const CThreadShutdown&) = delete;
+    CThreadShutdown& operator=(const CThreadShutdown&) = delete;
+    ~CThreadShutdown();
+};
+
+// Starts workers 1..count, sets max_threads to the number started and has exit() stop the pool. A
+// thread that cannot be started is one line on standard output; the pool goes on without it and
+// those after it. Main thread, once.
+void startWorkers(std::int32_t count);
+
+// Sets shutdown_threads and joins every worker in creation order; with `print`, a line before each
+// join. Safe to call again. Main thread.
+void stopWorkers(bool print);
+
+// The frame split: queues all tiles of the present view, column by column, prints "Enqueuing " and
+// their number. The workers begin when it returns. GLUT thread.
+void queueFrame();
+
+// Waits for the queued frame, looking every 20 ms, until it is done or shutdown_threads is set. With
+// no worker at all the calling thread does the work. GLUT thread.
+void waitForFrame();
+
+// A worker body that empties the queue on the calling thread: neither sleeps nor counts tiles down.
+// Ignores its argument, returns 0. Any thread.
+void* appleThread(void*);
