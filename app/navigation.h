@@ -1,10 +1,11 @@
-// Zooming with the mouse, the glide to a new view, and stepping through the catalogue. All functions
-// run on the GLUT thread.
+// Zooming with the mouse, the glide to a new view, and stepping through the catalogue. All
+// functions run on the GLUT thread.
 #pragma once
 
 #include <cstdint>
 
-// A drag may start a zoom. Cleared by a committed zoom, set by the "Zoom" command; GLUT thread only.
+// A drag may start a zoom. Cleared by a committed zoom, set by the "Zoom" command; GLUT thread
+// only.
 extern bool zooming_enabled;
 
 // The selection rectangle is to be drawn. Written by the mouse callbacks, read by renderScene; GLUT
@@ -25,8 +26,8 @@ extern std::int32_t cycleDir;
 // Benchmark mode. Written by start-up, cleared by idle at the end of the run; GLUT thread only.
 extern bool bBench;
 
-// Mouse button callback: button 0 is left, state 0 is a press, x and y in window pixels. The menu is
-// asked first; a left drag it leaves selects the rectangle to zoom into.
+// Mouse button callback: button 0 is left, state 0 is a press, x and y in window pixels. The menu
+// is asked first; a left drag it leaves selects the rectangle to zoom into.
 void mouse(int button, int state, int x, int y);
 
 // Motion callback while a drag is in progress.

@@ -11,12 +11,12 @@
 // One catalogue entry. The member order (maximum before minimum, x before y) is the order in which
 // every copy of a record is made.
 struct fractal {
-    double xMax = 0.0;  // right edge of the view rectangle (real axis)
-    double xMin = 0.0;  // left edge
-    double yMax = 0.0;  // top edge (imaginary axis)
-    double yMin = 0.0;  // bottom edge
-    double cx = 0.0;    // constant c, real part; read by the Julia-like formulas only
-    double cy = 0.0;    // constant c, imaginary part
+    double xMax = 0.0;             // right edge of the view rectangle (real axis)
+    double xMin = 0.0;             // left edge
+    double yMax = 0.0;             // top edge (imaginary axis)
+    double yMin = 0.0;             // bottom edge
+    double cx = 0.0;               // constant c, real part; read by the Julia-like formulas only
+    double cy = 0.0;               // constant c, imaginary part
     std::int32_t fractalType = 0;  // formula number, 0..13 (see compute/rules.h)
     std::int32_t maxIters = 0;     // iteration limit
     double maxSize = 0.0;          // escape bound, compared with |z|^2

@@ -2,14 +2,14 @@
 
 // The named functions differ in nothing but their rule, so one macro line states each and
 // instantiates it in both precisions.
-#define TESSARY_FORMULA(name, rule)                                                              \
-    template <class T>                                                                           \
-    int name(int x, int y, int width, int height, T xMin, T xMax, T yMin, T yMax, T cx, T cy,    \
-             T maxSizeSquared, int maxIters) {                                                   \
-        return pixelCount<rule>(x, y, width, height, xMin, xMax, yMin, yMax, cx, cy,             \
-                                maxSizeSquared, maxIters);                                       \
-    }                                                                                            \
-    template int name(int, int, int, int, float, float, float, float, float, float, float, int); \
+#define TESSARY_FORMULA(name, rule)                                                               \
+    template <class T>                                                                            \
+    int name(int x, int y, int width, int height, T xMin, T xMax, T yMin, T yMax, T cx, T cy,     \
+             T maxSizeSquared, int maxIters) {                                                    \
+        return pixelCount<rule>(x, y, width, height, xMin, xMax, yMin, yMax, cx, cy,              \
+                                maxSizeSquared, maxIters);                                        \
+    }                                                                                             \
+    template int name(int, int, int, int, float, float, float, float, float, float, float, int);  \
     template int name(int, int, int, int, double, double, double, double, double, double, double, \
                       int)
 

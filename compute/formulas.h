@@ -89,8 +89,8 @@ template <class T>
 int barnsley3CPU(int x, int y, int width, int height, T xMin, T xMax, T yMin, T yMax, T cx, T cy,
                  T maxSizeSquared, int maxIters);
 template <class T>
-int barnsleySierpinskiCPU(int x, int y, int width, int height, T xMin, T xMax, T yMin, T yMax,
-                          T cx, T cy, T maxSizeSquared, int maxIters);
+int barnsleySierpinskiCPU(int x, int y, int width, int height, T xMin, T xMax, T yMin, T yMax, T cx,
+                          T cy, T maxSizeSquared, int maxIters);
 template <class T>
 int dragonCPU(int x, int y, int width, int height, T xMin, T xMax, T yMin, T yMax, T cx, T cy,
               T maxSizeSquared, int maxIters);

@@ -10,7 +10,9 @@ bool bOpenCLInitialised = false;
 
 void get_list_of_devices(std::vector<cl_device_id>&, std::vector<std::string>&, std::vector<bool>&,
                          std::vector<std::uint64_t>&, bool) {}
-std::string load_kernel() { return {}; }
+std::string load_kernel() {
+    return {};
+}
 void setupOpenCL(std::string) {}
 void setup_opencl_kernel(std::string, cl_device_id, int) {}
 void createBuffers() {}

@@ -25,20 +25,20 @@ extern std::vector<bool> fp64_support;
 // Per device: its CL_DEVICE_TYPE. Written at start-up; main thread only.
 extern std::vector<std::uint64_t> types;
 
-// Index of the device to use, -1 while none is chosen. Written by start-up and the device menu, read
-// by set-up and menus; main thread only.
+// Index of the device to use, -1 while none is chosen. Written by start-up and the device menu,
+// read by set-up and menus; main thread only.
 extern std::int32_t nCudaDevice;
 
-// Double- and single-precision program texts in use. Written by start-up and the menu handlers, read
-// by setupOpenCL; main thread only.
+// Double- and single-precision program texts in use. Written by start-up and the menu handlers,
+// read by setupOpenCL; main thread only.
 extern std::string kernel_string, kernel_single_string;
 
 // A context and its objects exist. Written by set-up and release; main thread only.
 extern bool bOpenCLInitialised;
 
 // Appends every CPU, GPU and accelerator device of every platform to the four parallel lists and,
-// when print is set, prints one line for each. Platforms or devices that fail their queries are left
-// out or listed with what is there.
+// when print is set, prints one line for each. Platforms or devices that fail their queries are
+// left out or listed with what is there.
 void get_list_of_devices(std::vector<cl_device_id>& devices, std::vector<std::string>& device_names,
                          std::vector<bool>& fp64_support, std::vector<std::uint64_t>& types,
                          bool print);

@@ -7,8 +7,8 @@
 #include "compute/auto_array.h"
 #include "compute/pixels.h"
 
-// RGB-cycle table, PALETTE_BYTES. Allocated at start-up, written by InitColours; GLUT thread writes,
-// workers read it through cpuPalette during a frame.
+// RGB-cycle table, PALETTE_BYTES. Allocated at start-up, written by InitColours; GLUT thread
+// writes, workers read it through cpuPalette during a frame.
 extern auto_array<unsigned char> tempColours;
 
 // Host copy of the palette in force, PALETTE_BYTES; source of the device's palette buffer.
@@ -29,6 +29,7 @@ void InitColours(int type);
 enum class PaletteChange { first, changed, none };
 
 // Brings the palette in force up to date with `type` and copies it into badAssColourPalette. On the
-// first call there is a palette in force afterwards whatever the number (an unknown one gives random
-// colours); a change prints "Palette has changed". GLUT thread, once at the start of every frame.
+// first call there is a palette in force afterwards whatever the number (an unknown one gives
+// random colours); a change prints "Palette has changed". GLUT thread, once at the start of every
+// frame.
 PaletteChange updatePalette(int type);

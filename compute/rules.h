@@ -140,25 +140,54 @@ struct LegendreRule : Rule<Start::pixel, Constant::pixel> {
     }
 };
 
-// Calls visit(SomeRule{}) with the rule of formula number `type` and returns true; an unknown number
-// calls nothing and returns false.
+// Calls visit(SomeRule{}) with the rule of formula number `type` and returns true; an unknown
+// number calls nothing and returns false.
 template <class Visitor>
 bool visitRule(int type, Visitor&& visit) {
     switch (type) {
-        case 0: visit(MandelbrotRule{}); return true;
-        case 1: visit(JuliaRule{}); return true;
-        case 2: visit(SinRule{}); return true;
-        case 3: visit(CosRule{}); return true;
-        case 4: visit(SinhRule{}); return true;
-        case 5: visit(CoshRule{}); return true;
-        case 6: visit(Barnsley1Rule{}); return true;
-        case 7: visit(Barnsley2Rule{}); return true;
-        case 8: visit(Barnsley3Rule{}); return true;
-        case 9: visit(BarnsleySierpinskiRule{}); return true;
-        case 10: visit(DragonRule{}); return true;
-        case 11: visit(ChebyshevRule{}); return true;
-        case 12: visit(HermiteRule{}); return true;
-        case 13: visit(LegendreRule{}); return true;
-        default: return false;
+        case 0:
+            visit(MandelbrotRule{});
+            return true;
+        case 1:
+            visit(JuliaRule{});
+            return true;
+        case 2:
+            visit(SinRule{});
+            return true;
+        case 3:
+            visit(CosRule{});
+            return true;
+        case 4:
+            visit(SinhRule{});
+            return true;
+        case 5:
+            visit(CoshRule{});
+            return true;
+        case 6:
+            visit(Barnsley1Rule{});
+            return true;
+        case 7:
+            visit(Barnsley2Rule{});
+            return true;
+        case 8:
+            visit(Barnsley3Rule{});
+            return true;
+        case 9:
+            visit(BarnsleySierpinskiRule{});
+            return true;
+        case 10:
+            visit(DragonRule{});
+            return true;
+        case 11:
+            visit(ChebyshevRule{});
+            return true;
+        case 12:
+            visit(HermiteRule{});
+            return true;
+        case 13:
+            visit(LegendreRule{});
+            return true;
+        default:
+            return false;
     }
 }

@@ -1,5 +1,5 @@
-// The CPU worker pool: a frame is split into tiles, the tiles are queued, and a fixed set of threads
-// computes them into `buffer`.
+// The CPU worker pool: a frame is split into tiles, the tiles are queued, and a fixed set of
+// threads computes them into `buffer`.
 #pragma once
 
 #include <atomic>
@@ -20,15 +20,15 @@ struct params {
 // under mutex.
 extern std::deque<params> workQ;
 
-// Tiles of this frame not yet finished. Changed under mutex (set by the GLUT thread, counted down by
-// workers), read by the waiting GLUT thread without it.
+// Tiles of this frame not yet finished. Changed under mutex (set by the GLUT thread, counted down
+// by workers), read by the waiting GLUT thread without it.
 extern std::atomic<std::int32_t> task_count;
 
 // Set once, at exit or by a signal; read by workers and the waiting GLUT thread, no lock.
 extern std::atomic<bool> shutdown_threads;
 
-// Worker threads created (1 when there is none, so that menus offer a count). Written at start-up by
-// the main thread, read by it alone.
+// Worker threads created (1 when there is none, so that menus offer a count). Written at start-up
+// by the main thread, read by it alone.
 extern std::int32_t max_threads;
 
 // Workers allowed to work; worker k works while this is at least k. Written by the GLUT thread
@@ -71,8 +71,8 @@ void stopWorkers(bool print);
 // their number. The workers begin when it returns. GLUT thread.
 void queueFrame();
 
-// Waits for the queued frame, looking every 20 ms, until it is done or shutdown_threads is set. With
-// no worker at all the calling thread does the work. GLUT thread.
+// Waits for the queued frame, looking every 20 ms, until it is done or shutdown_threads is set.
+// With no worker at all the calling thread does the work. GLUT thread.
 void waitForFrame();
 
 // A worker body that empties the queue on the calling thread: neither sleeps nor counts tiles down.

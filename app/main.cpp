@@ -1,0 +1,9 @@
+#include "app/signals.h"
+#include "app/start_up.h"
+
+int main(int argc, char** argv) {
+    endQuietlyOnClosedPipe();
+    const int status = runTessary(argc, argv);
+    endBySignal();
+    return status;
+}
