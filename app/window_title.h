@@ -10,5 +10,6 @@ extern std::string current_filename;
 // The title prefix: program, version and current_filename.
 std::string get_title();
 
-// Titles the GLUT window with the bytes of `text`, taken as UTF-8. GLUT thread, with a window open.
+// Titles the GLUT window with the bytes of `text`, taken as UTF-8; more than 100,000 are cut off.
+// GLUT thread, with a window open.
 void setWindowTitle(const std::string& text);
