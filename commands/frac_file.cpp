@@ -1,0 +1,94 @@
+#include "commands/frac_file.h"
+
+#include <GL/glut.h>
+
+#include <iostream>
+#include <optional>
+#include <vector>
+
+#include "app/catalogue.h"
+#include "app/navigation.h"
+#include "app/view_state.h"
+#include "commands/byte_reader.h"
+#include "commands/file_replace.h"
+#include "commands/frac_record.h"
+
+std::string filename = "Fractal1.frac";
+
+namespace {
+
+std::string encodeCatalogue() {
+    std::string bytes;
+    for (const fractal& entry : fractals) bytes += encodeRecord(entry);
+    return bytes;
+}
+
+std::vector<fractal> decodeCatalogue(ByteReader& reader) {
+    std::vector<fractal> loaded;
+    while (std::optional<fractal> entry = decodeRecord(reader)) {
+        loaded.push_back(std::move(*entry));
+        std::cout << "Loaded fractal" << std::endl;
+    }
+    return loaded;
+}
+
+void replaceCatalogue(std::vector<fractal>&& loaded) {
+    const std::lock_guard lock(mutex);
+    fractals = std::move(loaded);
+    currentFractal = 0;
+    if (!fractals.empty()) setCurrentFractal(fractals.front());
+    std::cout << "Loaded  " << fractals.size() << " fractals." << std::endl;
+    glutPostRedisplay();
+}
+
+// Whether a dialog closed with this button has been confirmed; empty means by the Return key.
+bool isConfirmed(const std::string& button) {
+    return button.empty() || button == "OK";
+}
+
+void takeFilename(const std::string& text, void* user) {
+    if (user != nullptr) std::cout << static_cast<const char*>(user) << std::endl;
+    filename = text;
+    std::cout << "Filename is " << filename << std::endl;
+}
+
+}  // namespace
+
+// The lines follow the write, so that none of them tells of an entry that is not on disk.
+void SaveData(std::string path) {
+    const std::lock_guard lock(mutex);
+    if (!replaceFile(path, encodeCatalogue())) {
+        std::cout << "Could not write to disk" << std::endl;
+        return;
+    }
+    for (std::size_t i = 0; i < fractals.size(); ++i) {
+        std::cout << "Saved fractal " << i << std::endl;
+    }
+}
+
+void LoadData(std::string path) {
+    ByteReader reader(path);
+    std::vector<fractal> loaded;
+    if (reader.isOpen()) loaded = decodeCatalogue(reader);
+    if (!reader.isOpen() || (loaded.empty() && reader.failed())) {
+        std::cout << "Could not read from disk" << std::endl;
+        return;
+    }
+    replaceCatalogue(std::move(loaded));
+}
+
+bool keyboard_input_save(std::string button, std::string text, void* user) {
+    if (!isConfirmed(button)) return true;
+    takeFilename(text, user);
+    SaveData(filename);
+    image_refreshed = false;
+    return true;
+}
+
+bool keyboard_input_load(std::string button, std::string text, void* user) {
+    if (!isConfirmed(button)) return true;
+    takeFilename(text, user);
+    LoadData(filename);
+    addUpdate();
+    return true;
+}

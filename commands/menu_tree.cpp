@@ -1,0 +1,160 @@
+#include "commands/menu_tree.h"
+
+#include <vector>
+
+#include "app/frame_loop.h"
+#include "app/start_up.h"
+#include "app/view_state.h"
+#include "commands/menu_handlers.h"
+#include "compute/opencl_backend.h"
+#include "compute/renderer.h"
+#include "compute/worker_pool.h"
+
+using GlutMenu::CGlutMenu;
+
+const std::string fractals_menu = "Fractals";
+const std::string toggle_timing_logs = "Toggle Timing Logs";
+const std::string previous_fractal = "Previous Fractal";
+const std::string next_fractal = "Next Fractal";
+const std::string cycle_fractals = "Cycle";
+const std::string fractal_info = "Information";
+const std::string load_from_disk = "Load from disk";
+const std::string save_to_disk = "Save to disk";
+const std::string quit_option = "Quit";
+const std::string mandelbrot = "Mandelbrot";
+const std::string julia = "Julia";
+const std::string sin_frac = "Sin";
+const std::string cos_frac = "Cos";
+const std::string sinh_frac = "Sinh";
+const std::string cosh_frac = "Cosh";
+const std::string barnsley_frac = "Barnsley";
+const std::string dragon_frac = "Dragon";
+const std::string chebyshev_frac = "Chebyshev T5";
+const std::string hermite_frac = "Hermite H4";
+const std::string legendre_frac = "Legendre P3";
+const std::string julia_default = "Default";
+const std::string julia_dendrite = "Dendrite";
+const std::string julia_rabbit = "Douady's Rabbit";
+const std::string julia_marco = "San Marco";
+const std::string julia_siegel = "Siegel Disk";
+const std::string barnsley_1 = "1st Fractal";
+const std::string barnsley_2 = "2nd Fractal";
+const std::string barnsley_3 = "3rd Fractal";
+const std::string barnsley_sierpinski = "Sierpinski";
+const std::string random_colours = "Random Colours";
+const std::string rgb_cycle = "RGB Cycle";
+const std::string zoom_string = "Zoom";
+const std::string cpu_device = "CPU";
+const std::string double_precision = "Double precision";
+const std::string cpu_threads = "CPU Threads";
+const std::string system_information = "System information";
+// No menu offers these two; the handlers know them.
+const std::string toggle_to_cpu = "Toggle to CPU";
+const std::string toggle_to_gpu = "Toggle to GPU";
+
+namespace {
+
+using Texts = std::vector<std::string>;
+
+constexpr int FRACTALS_ITEM = 0, PALETTE_ITEM = 1, DEVICES_ITEM = 3;  // of the bar
+constexpr int TYPES_ITEM = 0;                                         // of "Fractals"
+constexpr int JULIA_ITEM = 1, BARNSLEY_ITEM = 6;                      // of the inner "Fractals"
+
+void buildBar() {
+    Texts items = {"Fractals", "Palette", zoom_string, "Devices"};
+    menu.Initialise(screen_width, screen_height, 0, 0, 5, 5, "Menu Bar", items, 1.0f, 1.0f, true,
+                    false);
+    menu.DefineKeyboardCallback(selection_callback, nullptr);
+    menu.SetBackgroundColour(0.0f, 0.7f, 0.3f, 0.7f);
+    menu.Activate();
+}
+
+void addFractalTypes(CGlutMenu& parent) {
+    parent.AddSubMenu(TYPES_ITEM,
+                      {mandelbrot, julia, sin_frac, cos_frac, sinh_frac, cosh_frac, barnsley_frac,
+                       dragon_frac, chebyshev_frac, hermite_frac, legendre_frac},
+                      selection_callback, nullptr, "");
+    CGlutMenu* types = parent.GetSubMenu(TYPES_ITEM);
+    if (types == nullptr) return;
+    types->AddSubMenu(JULIA_ITEM,
+                      {julia_default, julia_dendrite, julia_rabbit, julia_marco, julia_siegel},
+                      selection_callback, nullptr, "");
+    types->AddSubMenu(BARNSLEY_ITEM, {barnsley_1, barnsley_2, barnsley_3, barnsley_sierpinski},
+                      selection_callback, nullptr, "");
+}
+
+void buildFractalsMenu() {
+    menu.AddSubMenu(FRACTALS_ITEM,
+                    {fractals_menu, toggle_timing_logs, previous_fractal, next_fractal,
+                     cycle_fractals, fractal_info, load_from_disk, save_to_disk, quit_option},
+                    selection_callback, nullptr, "");
+    // The bar has no item 6: its check table keeps the entry and nothing shows it.
+    menu.SetCheckState(6, bDoublePrecision);
+    CGlutMenu* fractalsMenu = menu.GetSubMenu(FRACTALS_ITEM);
+    if (fractalsMenu == nullptr) return;
+    fractalsMenu->SetCheckState(fractalsMenu->GetMenuPosition(toggle_timing_logs), bLogging);
+    addFractalTypes(*fractalsMenu);
+}
+
+void buildPaletteMenu() {
+    menu.AddSubMenu(PALETTE_ITEM, {random_colours, rgb_cycle}, selection_callback, nullptr, "");
+    CGlutMenu* palettes = menu.GetSubMenu(PALETTE_ITEM);
+    if (palettes == nullptr) return;
+    palettes->SetCheckState(paletteType, true);
+    palettes->SetCheckState(1 - paletteType, false);
+}
+
+Texts threadItems() {
+    Texts items;
+    for (int i = 1; i <= max_threads; ++i) items.push_back(std::to_string(i));
+    return items;
+}
+
+void addDevicesMenu() {
+    Texts items = {cpu_device};
+    items.insert(items.end(), device_names.begin(), device_names.end());
+    items.insert(items.end(), {double_precision, cpu_threads, system_information});
+    menu.AddSubMenu(DEVICES_ITEM, items, devices_callback, nullptr, "");
+}
+
+// Checks the device in use. The loop runs over the whole list and one past it, so that no item
+// after the devices stays checked on a device, "Double precision" included.
+void checkDevice(CGlutMenu& devicesMenu) {
+    const int itemCount = static_cast<int>(device_names.size()) + 4;
+    for (int i = 0; i < itemCount; ++i) devicesMenu.SetCheckState(i + 1, i == nCudaDevice);
+}
+
+void setDeviceStates(CGlutMenu& devicesMenu) {
+    const int cpu = devicesMenu.GetMenuPosition(cpu_device);
+    devicesMenu.SetCheckState(cpu, bCPU);
+    if (bCPU) {
+        devicesMenu.SetCheckState(cpu, true);
+        devicesMenu.SetMenuItemState(devicesMenu.GetMenuPosition(cpu_threads), true);
+        devicesMenu.SetMenuItemState(devicesMenu.GetMenuPosition(double_precision), true);
+        checkThreadCount(devicesMenu);
+    } else if (isDevice(nCudaDevice)) {
+        devicesMenu.SetMenuItemState(devicesMenu.GetMenuPosition(cpu_threads), false);
+        devicesMenu.SetMenuItemState(devicesMenu.GetMenuPosition(double_precision),
+                                     hasDoublePrecision(nCudaDevice));
+    }
+}
+
+void buildDevicesMenu() {
+    addDevicesMenu();
+    CGlutMenu* devicesMenu = menu.GetSubMenu(DEVICES_ITEM);
+    if (devicesMenu == nullptr) return;
+    devicesMenu->SetCheckState(devicesMenu->GetMenuPosition(double_precision), bDoublePrecision);
+    if (!bCPU) checkDevice(*devicesMenu);
+    devicesMenu->AddSubMenu(devicesMenu->GetMenuPosition(cpu_threads), threadItems(),
+                            threads_callback, nullptr, "");
+    setDeviceStates(*devicesMenu);
+}
+
+}  // namespace
+
+void createMenu() {
+    buildBar();
+    buildFractalsMenu();
+    buildPaletteMenu();
+    buildDevicesMenu();
+}
