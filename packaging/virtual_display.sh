@@ -45,10 +45,12 @@ until grep -Eq "$awaited" "$output"; do
     sleep 0.1
 done
 
-# The line comes before the picture is shown.
+# Without a window manager the window stands half outside the screen. The line comes before the
+# picture is shown.
+window=$(xdotool search --onlyvisible --name '^Tessary' | tail -n 1)
+xdotool windowmove "$window" 0 0
 sleep 1
 mkdir -p "$root/build"
-window=$(xdotool search --onlyvisible --name '^Tessary' | tail -n 1)
 import -silent -window "${window:-root}" "$screenshot"
 taken=$?
 kill -TERM "$program"

@@ -1,0 +1,277 @@
+"""./run and ./test, with stand-ins for the package manager, cmake, ninja and the program."""
+
+import os
+import re
+import shutil
+import stat
+import subprocess
+import tempfile
+import unittest
+
+import numpy as np
+from PIL import Image
+
+SOURCE = os.environ.get("TESSARY_SOURCE", os.path.join(os.path.dirname(__file__), "..", ".."))
+TESSARY = os.environ.get("TESSARY", "")
+
+# Every stand-in notes its call, then does what the test asks of it.
+STAND_IN = """#!/bin/bash
+printf '%s\\n' "$(basename "$0") $*" >>"$CALLS"
+{body}
+"""
+INSTALLED = """shift 2; for p; do [[ " $MISSING " == *" $p "* ]] || echo "$p installed"; done"""
+CMAKE = """folder=$PWD/build/$2; mkdir -p "$folder"; touch "$folder/build.ninja"; exit ${CMAKE_STATUS:-0}"""
+NINJA = """
+if [[ $3 == -n ]]; then [[ -z $BUILD ]] && echo 'ninja: no work to do.'; exit 0; fi
+echo "compiling"; exit ${NINJA_STATUS:-0}"""
+PROGRAM = """
+echo "program: $*"
+if [[ -z $DISPLAY && $1 == "" ]]; then echo "failed to open display ''" >&2; exit 1; fi
+exit ${PROGRAM_STATUS:-0}"""
+
+
+def read(path):
+    with open(os.path.join(SOURCE, path)) as file:
+        return file.read()
+
+
+class ScriptTest(unittest.TestCase):
+    def setUp(self):
+        self.root = tempfile.mkdtemp(prefix="tessary-scripts-")
+        self.addCleanup(shutil.rmtree, self.root)
+        os.chmod(self.root, 0o777)
+        for name in ("run", "test", "CMakePresets.json"):
+            shutil.copy(os.path.join(SOURCE, name), self.root)
+        shutil.copytree(os.path.join(SOURCE, "packaging"), os.path.join(self.root, "packaging"))
+        self.tools = os.path.join(self.root, "tools")
+        self.calls_file = os.path.join(self.root, "calls")
+        self.stand_in("tools/dpkg-query", INSTALLED)
+        self.stand_in("tools/apt-get", "exit ${APT_STATUS:-0}")
+        self.stand_in("tools/sudo", 'exec "$@"')
+        self.stand_in("tools/cmake", CMAKE)
+        self.stand_in("tools/ninja", NINJA)
+        self.stand_in("tools/ctest", "echo 'tests passed'; exit ${CTEST_STATUS:-0}")
+        self.stand_in("tools/xdpyinfo", "[[ $DISPLAY == :good ]]")
+        self.stand_in("tools/Xvfb", "exit 1")
+        self.stand_in("build/release/tessary", PROGRAM)
+        os.chmod(os.path.join(self.root, "build"), 0o777)
+        os.chmod(os.path.join(self.root, "build", "release"), 0o777)
+
+    def stand_in(self, path, body):
+        path = os.path.join(self.root, path)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "w") as file:
+            file.write(STAND_IN.format(body=body))
+        os.chmod(path, 0o755)
+
+    def call(self, script, *arguments, prefix=(), cwd=None, **environment):
+        env = {
+            "PATH": f"{self.tools}:/usr/bin:/bin",
+            "CALLS": self.calls_file,
+            "MISSING": "",
+            "HOME": self.root,
+            **environment,
+        }
+        return subprocess.run(
+            [*prefix, os.path.join(self.root, script), *arguments],
+            env=env, cwd=cwd or self.root, capture_output=True, text=True, timeout=60,
+        )
+
+    def calls(self, tool):
+        if not os.path.exists(self.calls_file):
+            return []
+        with open(self.calls_file) as file:
+            return [line.strip() for line in file if line.startswith(tool + " ")]
+
+
+class Packages(ScriptTest):
+    def test_nothing_missing_installs_nothing(self):
+        self.call("run", DISPLAY=":good")
+        self.assertEqual(self.calls("apt-get"), [])
+
+    def test_what_is_missing_is_installed(self):
+        done = self.call("run", DISPLAY=":good", MISSING="cmake libhwy-dev")
+        self.assertEqual(
+            self.calls("apt-get"),
+            ["apt-get update", "apt-get install -y --no-install-recommends cmake libhwy-dev"],
+        )
+        self.assertEqual(done.stdout, "program: \n")
+
+    def test_an_installation_that_fails_is_one_clear_line(self):
+        done = self.call("run", DISPLAY=":good", MISSING="cmake", APT_STATUS="100")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stdout, "")
+        self.assertRegex(done.stderr.splitlines()[-1], "apt-get could not install cmake")
+        self.assertEqual(self.calls("ninja"), [])
+
+    def test_root_needs_no_sudo_and_others_do(self):
+        unprivileged = os.geteuid() != 0
+        prefix = [] if unprivileged else ["setpriv", "--reuid=65534", "--clear-groups"]
+        self.call("run", prefix=prefix, DISPLAY=":good", MISSING="cmake")
+        self.assertEqual(len(self.calls("sudo")), 2)
+        if not unprivileged:
+            os.remove(self.calls_file)
+            self.call("run", DISPLAY=":good", MISSING="cmake")
+            self.assertEqual(self.calls("sudo"), [])
+
+    def test_run_does_not_ask_for_what_only_tests_need(self):
+        self.call("run", DISPLAY=":good")
+        asked = self.calls("dpkg-query")[0].split()
+        self.assertIn("freeglut3-dev", asked)
+        self.assertNotIn("libgtest-dev", asked)
+
+    def test_every_section_of_the_list_is_used_and_names_no_package_twice(self):
+        sections, section = {}, None
+        for line in filter(None, read("packaging/debian-packages.txt").splitlines()):
+            if line.startswith("["):
+                section = sections.setdefault(line.strip("[]"), [])
+            elif not line.startswith("#"):
+                self.assertRegex(line, r"^[a-z0-9][a-z0-9+.-]+$")
+                section.append(line)
+        scripts = read("run") + read("test")
+        for name, packages in sections.items():
+            with self.subTest(section=name):
+                self.assertRegex(scripts, rf"\b{name}\b")
+                self.assertEqual(len(packages), len(set(packages)))
+
+
+class Building(ScriptTest):
+    def test_the_first_call_configures_and_the_second_does_not(self):
+        self.call("run", DISPLAY=":good")
+        self.call("run", DISPLAY=":good")
+        self.assertEqual(len(self.calls("cmake")), 1)
+
+    def test_the_tests_configure_what_run_left_out_once(self):
+        self.call("run", DISPLAY=":good")
+        self.call("test")
+        self.call("run", DISPLAY=":good")
+        self.call("test")
+        self.assertEqual(len(self.calls("cmake")), 2)
+        self.assertIn("-DTESSARY_TESTS=OFF", self.calls("cmake")[0])
+        self.assertNotIn("-DTESSARY_TESTS=OFF", self.calls("cmake")[1])
+
+    def test_nothing_to_build_says_nothing(self):
+        self.call("run", DISPLAY=":good")
+        self.assertEqual(self.call("run", DISPLAY=":good").stderr, "")
+
+    def test_build_output_stays_off_standard_output(self):
+        done = self.call("run", DISPLAY=":good", BUILD="yes")
+        self.assertEqual(done.stdout, "program: \n")
+        self.assertIn("compiling", done.stderr)
+
+    def test_a_build_that_fails_ends_with_1(self):
+        done = self.call("run", DISPLAY=":good", BUILD="yes", NINJA_STATUS="3")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("could not build", done.stderr)
+
+    def test_a_configuration_that_fails_ends_with_1(self):
+        done = self.call("run", DISPLAY=":good", CMAKE_STATUS="1")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("could not configure", done.stderr)
+
+
+class Running(ScriptTest):
+    def test_arguments_arrive_unchanged_and_the_exit_status_comes_back(self):
+        done = self.call("run", "--bench:a b.frac", "--cpu2", DISPLAY=":good", PROGRAM_STATUS="5")
+        self.assertEqual(done.returncode, 5)
+        self.assertEqual(done.stdout, "program: --bench:a b.frac --cpu2\n")
+
+    def test_the_program_runs_where_the_caller_stands(self):
+        self.stand_in("build/release/tessary", "pwd")
+        folder = os.path.join(self.root, "elsewhere")
+        os.mkdir(folder)
+        done = self.call("run", cwd=folder, DISPLAY=":good")
+        self.assertEqual(done.stdout.strip(), folder)
+
+    def test_list_and_help_need_no_display(self):
+        for option in ("--list", "--HELP"):
+            with self.subTest(option=option):
+                done = self.call("run", option)
+                self.assertEqual((done.returncode, done.stdout), (0, f"program: {option}\n"))
+        self.assertEqual(self.calls("Xvfb"), [])
+
+    def test_an_option_error_needs_no_display_and_is_printed_once(self):
+        done = self.call("run", "--device7", PROGRAM_STATUS="1")
+        self.assertEqual((done.returncode, done.stdout), (1, "program: --device7\n"))
+        self.assertEqual(self.calls("Xvfb"), [])
+
+    def test_a_display_that_does_not_answer_counts_as_none(self):
+        done = self.call("run", DISPLAY=":bad")
+        self.assertIn("no display", done.stderr)
+        self.assertEqual(len(self.calls("Xvfb")), 1)
+
+    def test_a_virtual_display_that_does_not_start_is_an_error(self):
+        done = self.call("run")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("could not start a virtual display", done.stderr)
+
+
+@unittest.skipUnless(shutil.which("Xvfb") and TESSARY, "needs Xvfb and the program")
+class WithoutADisplay(ScriptTest):
+    def setUp(self):
+        super().setUp()
+        for tool in ("Xvfb", "xdpyinfo"):
+            os.remove(os.path.join(self.tools, tool))
+        os.remove(os.path.join(self.root, "build", "release", "tessary"))
+        os.symlink(TESSARY, os.path.join(self.root, "build", "release", "tessary"))
+
+    def run_headless(self, *arguments):
+        return self.call("run", *arguments, OCL_ICD_VENDORS="/nonexistent", ASAN_OPTIONS="detect_leaks=0")
+
+    def test_the_first_picture_is_left_as_a_screenshot(self):
+        done = self.run_headless("--cpu")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual(len(re.findall("no display", done.stderr)), 1)
+        path = re.search(r"^Screenshot: (.*)$", done.stdout, flags=re.M)[1]
+        picture = np.asarray(Image.open(path).convert("RGB"))
+        self.assertEqual(picture.shape, (921, 1152, 3))
+        self.assertGreater(len(np.unique(picture.reshape(-1, 3), axis=0)), 20)
+
+    def test_what_the_program_prints_is_printed_once(self):
+        lines = self.run_headless("--cpu").stdout.splitlines()
+        self.assertEqual(sum(line.startswith("Running on CPU") for line in lines), 1)
+        self.assertEqual(lines[-2], "Thread shutdown complete")
+
+    def test_a_fatal_status_is_passed_on(self):
+        done = self.run_headless("--device9")
+        self.assertEqual(done.returncode, 1)
+        self.assertNotIn("no display", done.stderr)
+
+
+class Testing(ScriptTest):
+    def test_the_runners_summary_comes_last_and_its_status_is_passed_on(self):
+        done = self.call("test", CTEST_STATUS="8")
+        self.assertEqual((done.returncode, done.stdout), (8, "tests passed\n"))
+
+    def test_options_go_to_the_runner(self):
+        self.call("test", "-R", "Palette")
+        self.assertTrue(self.calls("ctest")[0].endswith("-R Palette"))
+
+    def test_a_variant_has_its_own_build_folder(self):
+        self.call("test", "--asan", "-R", "x")
+        self.assertIn("/build/asan ", self.calls("ctest")[0])
+        self.assertNotIn("--asan", self.calls("ctest")[0])
+
+    def test_a_build_that_fails_runs_no_test(self):
+        done = self.call("test", BUILD="yes", NINJA_STATUS="1")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(self.calls("ctest"), [])
+
+
+class Syntax(unittest.TestCase):
+    def test_the_shell_accepts_every_script(self):
+        for name in ("run", "test", ".ci/run", "packaging/setup.sh", "packaging/virtual_display.sh"):
+            with self.subTest(script=name):
+                path = os.path.join(SOURCE, name)
+                done = subprocess.run(["bash", "-n", path], capture_output=True, text=True)
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+    def test_what_is_called_can_be_executed(self):
+        for name in ("run", "test", ".ci/run"):
+            with self.subTest(script=name):
+                mode = os.stat(os.path.join(SOURCE, name)).st_mode
+                self.assertTrue(mode & stat.S_IXUSR)
+
+
+if __name__ == "__main__":
+    unittest.main()
