@@ -76,6 +76,19 @@ Pool::~Pool() {
     shutdown_threads = false;
 }
 
+fractal makeView(int type, double left, double right, double low, double high, int limit,
+                 double bound) {
+    fractal f;
+    f.fractalType = type;
+    f.xMin = left;
+    f.xMax = right;
+    f.yMin = low;
+    f.yMax = high;
+    f.maxIters = limit;
+    f.maxSize = bound;
+    return f;
+}
+
 void clearQueue() {
     const std::lock_guard lock(mutex);
     workQ.clear();

@@ -55,6 +55,10 @@ class Pool {
     Pool& operator=(const Pool&) = delete;
 };
 
+// A nameless catalogue entry of this formula and rectangle, with palette 0 and c = 0.
+fractal makeView(int type, double left, double right, double low, double high, int limit,
+                 double bound = 4.0);
+
 // Drops every queued tile.
 void clearQueue();
 

@@ -1,0 +1,15 @@
+# Runs every program of the list PROGRAMS and fails unless all print the same number.
+set(first "")
+foreach(program IN LISTS PROGRAMS)
+  execute_process(COMMAND ${program} OUTPUT_VARIABLE bits RESULT_VARIABLE status
+    OUTPUT_STRIP_TRAILING_WHITESPACE)
+  if(NOT status EQUAL 0 OR NOT bits MATCHES "^[0-9a-f]+$")
+    message(FATAL_ERROR "${program} failed: ${status} ${bits}")
+  endif()
+  message(STATUS "${bits} ${program}")
+  if(first STREQUAL "")
+    set(first ${bits})
+  elseif(NOT bits STREQUAL first)
+    message(FATAL_ERROR "${program} counts differently")
+  endif()
+endforeach()
