@@ -7,8 +7,7 @@
 // or reports an error: an index outside a list is ignored by setters and reads as empty, false,
 // null or -1. Trace lines go to std::cout, each flushed at its end.
 
-#ifndef GLUTMENU_CGLUTMENU_H_
-#define GLUTMENU_CGLUTMENU_H_
+#pragma once
 
 #include <cstdint>
 #include <map>
@@ -187,9 +186,9 @@ class CGlutMenu {
     void* user_data;
 
   private:
-    // A corner pair as the hit test and the highlight use it.
+    // The corners of GetBottomLeft and GetTopRight, in no fixed order.
     struct Rectangle {
-        int left, top, right, bottom;
+        int bx, by, tx, ty;
     };
     // A menu that may be destroyed while it is remembered.
     struct Watched {
@@ -203,6 +202,8 @@ class CGlutMenu {
     std::vector<Watched> WatchAncestry();
     void Clear();
     void ForgetSubMenus();
+    void Disown(const CGlutMenu* child);
+    void ResetItemStates();
     bool IsIndex(int i) const;
     bool HasSubMenu(int i) const;
     bool IsInVerticalMenu() const;
@@ -219,14 +220,17 @@ class CGlutMenu {
     bool ClickItem(int i);
     bool MouseOnSubMenu(CGlutMenu* child, int button, int state, int mouse_x, int mouse_y);
     void CloseAfterClick(const Watched& child);
+    bool HandleOwnKey(int key, int i);
     bool HandleReturn(int i);
+    bool Deliver();
     bool OpenSubMenu(int i);
     bool HandleEscape();
-    bool HandleArrow(int key, int i);
-    bool MoveSideways(int key, int i);
+    bool MoveRight(int i);
+    bool MoveLeft(int i);
     bool HighlightNext(int i);
     bool HighlightPrevious(int i);
 
+    void RenderTree();
     void RenderBackground() const;
     void RenderItem(int i) const;
     void RenderHighlight(int i) const;
@@ -341,32 +345,37 @@ class CTextInput {
     bool IsOpen() const;
     void Unlink();
     void Close();
-    bool IsField(int i) const;
-    const std::vector<std::string>* CurrentValueList() const;
-    bool IsEditable() const;
-    bool HasFields() const;
 
+    bool IsField(int i) const;
+    bool HasText() const;
+    // The values a field is limited to, null when it takes any text.
+    const std::vector<std::string>* ValueList(int field) const;
     void Confirm(const std::string& button);
     bool Accepts(const std::string& button) const;
     void MoveToField(int field);
     void PreviousField();
     void NextField();
+    void Edit(int key);
     void InsertCharacter(char c);
     void DeleteBackwards();
-    void StepValue(int step);
-    void MoveCursorLeft();
-    void MoveCursorRight();
-    void EditDone();
+    void MoveCursor(int32_t position);
+    void MoveLeft();
+    void MoveRight();
+    void ChooseValue(const std::vector<std::string>& values, int index);
+    int ButtonAt(int px, int py);
 
-    float LongestText(const std::vector<std::string>& texts) const;
-    std::string TextBeforeCursor() const;
-    void RenderContent();
+    float FieldWidth() const;
+    static int ButtonBottom(int top);
+
     void RenderBox() const;
     void RenderSingleField();
     void RenderForm();
-    void RenderFormField(int field);
+    void RenderFormField(int field) const;
+    void RenderFieldFrame(float row) const;
     void RenderMessage();
     void RenderLabel(const std::string& text, float baseline) const;
+    std::string TextBeforeCursor() const;
+    void RenderCursor(float top) const;
     void RenderTitleBar() const;
     void RenderButtons();
 
@@ -375,5 +384,3 @@ class CTextInput {
 };
 
 }  // namespace GlutMenu
-
-#endif  // GLUTMENU_CGLUTMENU_H_

@@ -1,0 +1,89 @@
+// A window with every part of the toolkit in it: a bar, nested submenus, check marks, disabled
+// items and the three kinds of dialog. The window takes the size of -geometry WIDTHxHEIGHT.
+
+#include <GL/glut.h>
+
+#include "GlutMenu/CGlutMenu.h"
+#include "GlutMenu/demo/back_tab.h"
+#include "GlutMenu/demo/menus.h"
+
+namespace {
+
+// What GLUT's callbacks, which carry no context, act on.
+Picture picture;
+GlutMenu::CGlutMenu bar;
+
+constexpr int blink_milliseconds = 500;
+constexpr int blink_value = 1138;
+
+void DrawLines(float step) {
+    glBegin(GL_LINES);
+    for (float at = -1.0F; at <= 1.0F; at += step) {
+        glVertex2f(at, -1.0F);
+        glVertex2f(at, 1.0F);
+        glVertex2f(-1.0F, at);
+        glVertex2f(1.0F, at);
+    }
+    glEnd();
+}
+
+void Display() {
+    glClearColor(picture.colour[0], picture.colour[1], picture.colour[2], 1.0F);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    glColor3f(0.6F, 0.6F, 0.6F);
+    if (picture.has_grid) DrawLines(0.25F);
+    glColor3f(1.0F, 0.9F, 0.4F);
+    if (picture.has_axes) DrawLines(1.0F);
+    bar.Render();
+    glutSwapBuffers();
+}
+
+void Reshape(int w, int h) {
+    glViewport(0, 0, w, h);
+    bar.ReshapeCallback(w, h);
+}
+
+void Keyboard(unsigned char key, int /*x*/, int /*y*/) {
+    bar.keyboard_callback(key);
+    glutPostRedisplay();
+}
+
+// The modifier keys arrive here, too, above Insert. They would close an open menu like any key it
+// has no use for.
+void Special(int key, int /*x*/, int /*y*/) {
+    if (key > GLUT_KEY_INSERT) return;
+    bar.special_key_callback(key);
+    glutPostRedisplay();
+}
+
+void Mouse(int button, int state, int x, int y) {
+    bar.mouse_callback(button, state, x, y);
+    glutPostRedisplay();
+}
+
+void Blink(int value) {
+    GlutMenu::timer_func(value);
+    glutTimerFunc(blink_milliseconds, Blink, value);
+}
+
+void RegisterCallbacks() {
+    glutDisplayFunc(Display);
+    glutReshapeFunc(Reshape);
+    glutKeyboardFunc(Keyboard);
+    glutSpecialFunc(Special);
+    glutMouseFunc(Mouse);
+    glutTimerFunc(blink_milliseconds, Blink, blink_value);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    glutInitWindowSize(1024, 768);
+    glutInit(&argc, argv);
+    glutInitDisplayMode(GLUT_RGBA | GLUT_DOUBLE | GLUT_DEPTH);
+    glutCreateWindow("GlutMenu demo");
+    DeliverShiftTab();
+    BuildMenus(bar, picture, glutGet(GLUT_WINDOW_WIDTH), glutGet(GLUT_WINDOW_HEIGHT));
+    RegisterCallbacks();
+    glutMainLoop();
+}
