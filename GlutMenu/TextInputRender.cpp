@@ -34,6 +34,15 @@ void Text(float text_x, float baseline, const std::string& text) {
     CGlutMenu::renderBitmapString(text_x, baseline, 0.0F, font, text);
 }
 
+// As thick as the strokes of the text in it, to show on the box's blue.
+void ThickFrame(float x0, float y0, float x1, float y1) {
+    float line_width = 1.0F;
+    glGetFloatv(GL_LINE_WIDTH, &line_width);
+    glLineWidth(2.0F);
+    CGlutMenu::renderSquare(x0, y0, x1, y1);
+    glLineWidth(line_width);
+}
+
 }  // namespace
 
 void CTextInput::Render() {
@@ -112,7 +121,7 @@ void CTextInput::RenderFieldFrame(float row) const {
     const float left = TruncateToFloat(x + label_width);
     const float top = TruncateToFloat((char_height + line_gap) * (row - 1.0F) + y + line_gap);
     UseColour(highlight_colour);
-    CGlutMenu::renderSquare(left, top, left + field_width, top + char_height + line_gap);
+    ThickFrame(left, top, left + field_width, top + char_height + line_gap);
     std::cout << "x_offset " << CGlutMenu::GetStringLength(TextBeforeCursor()) << ", index "
               << cursor_pos << std::endl;
     if (ValueList(current_field) == nullptr) RenderCursor(top);
