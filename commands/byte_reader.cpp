@@ -29,7 +29,9 @@ ByteReader::ByteReader(const std::string& path)
         file = -1;
         return;
     }
-    unread = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : LONGEST_STREAM;
+    // A size of nothing is also what the kernel's own files claim to have.
+    const bool hasSize = S_ISREG(status.st_mode) && status.st_size > 0;
+    unread = hasSize ? static_cast<std::uint64_t>(status.st_size) : LONGEST_STREAM;
 }
 
 ByteReader::~ByteReader() {

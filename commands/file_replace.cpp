@@ -174,6 +174,7 @@ bool replaceFile(const std::string& path, std::string_view bytes) {
     const IgnoreFileSizeSignal ignore;
     struct stat status = {};
     const bool exists = stat(path.c_str(), &status) == 0;
+    if (!exists && errno != ENOENT) return false;
     if (exists && !S_ISREG(status.st_mode)) return writeInPlace(path, bytes);
     // Renaming over a file asks nobody whether that file may be written.
     if (exists && !OutputFile(path, 0).isOpen()) return false;
