@@ -1,0 +1,310 @@
+// Where menus lie, against tables worked out by expected_geometry.py.
+
+#include <array>
+#include <cstddef>
+#include <ostream>
+
+#include "tests/glutmenu/toolkit_test.h"
+
+using GlutMenu::CGlutMenu;
+
+namespace {
+
+// An item: bottom left x and y, top right x and y.
+using Corners = std::array<int, 4>;
+
+struct ExpectedMenu {
+    int x, y, width, height, item_width;
+    std::vector<Corners> items;
+};
+
+struct ExpectedScreen {
+    int width, height;
+    int bar_width;
+    std::array<int, 2> reported;
+    std::array<int, 2> first_drop, first_nested;
+    ExpectedMenu bar, drop, nested;
+};
+
+void PrintTo(const ExpectedScreen& screen, std::ostream* out) {
+    *out << screen.width << "x" << screen.height;
+}
+
+#include "tests/glutmenu/expected_geometry.inc"
+
+Corners cornersOf(const CGlutMenu& menu, int i) {
+    Corners at{};
+    menu.GetBottomLeft(i, at[0], at[1]);
+    const float top = static_cast<float>(at[1]) - GlutMenu::char_height;
+    menu.GetTopRight(i, at[2], at[3], static_cast<int>(top));
+    return at;
+}
+
+void expectMenu(const CGlutMenu& menu, const ExpectedMenu& expected) {
+    EXPECT_EQ(menu.x, static_cast<float>(expected.x));
+    EXPECT_EQ(menu.y, static_cast<float>(expected.y));
+    EXPECT_EQ(menu.width, expected.width);
+    EXPECT_EQ(menu.height, expected.height);
+    EXPECT_EQ(menu.item_width, expected.item_width);
+    for (std::size_t i = 0; i < expected.items.size(); ++i) {
+        EXPECT_EQ(cornersOf(menu, static_cast<int>(i)), expected.items[i]) << "item " << i;
+    }
+}
+
+std::array<int, 2> positionOf(const CGlutMenu& menu) {
+    return {static_cast<int>(menu.x), static_cast<int>(menu.y)};
+}
+
+class Geometry : public ToolkitTest, public testing::WithParamInterface<ExpectedScreen> {
+  protected:
+    void addSubMenus() {
+        bar.AddSubMenu(2, {"Open", "Recent fractals", "Quit"}, nullptr, nullptr, "");
+        drop = bar.GetSubMenu(2);
+        drop->AddSubMenu(1, {"One", "Another one"}, nullptr, nullptr, "");
+        nested = drop->GetSubMenu(1);
+    }
+
+    void expectScreen(const ExpectedScreen& expected) {
+        EXPECT_EQ(positionOf(*drop), expected.first_drop);
+        EXPECT_EQ(positionOf(*nested), expected.first_nested);
+        bar.Resize(1.0F, 1.0F);
+        expectMenu(bar, expected.bar);
+        EXPECT_EQ(bar.bar_width, expected.bar_width);
+        expectMenu(*drop, expected.drop);
+        expectMenu(*nested, expected.nested);
+    }
+
+    CGlutMenu bar;
+    CGlutMenu* drop = nullptr;
+    CGlutMenu* nested = nullptr;
+    const Strings items = {"File", "Palette", "Zoom", "Devices"};
+};
+
+class InitialisedGeometry : public Geometry {};
+
+TEST_P(InitialisedGeometry, matches_the_table) {
+    initialiseBar(bar, items, GetParam().width, GetParam().height);
+    addSubMenus();
+    expectScreen(GetParam());
+}
+
+TEST_P(InitialisedGeometry, of_a_bar_is_reported_with_the_height_shrunk_by_the_font) {
+    initialiseBar(bar, items, GetParam().width, GetParam().height);
+    std::array<int, 2> size{};
+    EXPECT_EQ(bar.GetWidthAndHeight(size[0], size[1]), GetParam().reported[1]);
+    EXPECT_EQ(size, GetParam().reported);
+}
+
+INSTANTIATE_TEST_SUITE_P(Screens, InitialisedGeometry, testing::ValuesIn(initialised_screens));
+
+class ReshapedGeometry : public Geometry {};
+
+TEST_P(ReshapedGeometry, matches_the_table) {
+    initialiseBar(bar, items);
+    bar.ReshapeCallback(GetParam().width, GetParam().height);
+    addSubMenus();
+    expectScreen(GetParam());
+}
+
+TEST_P(ReshapedGeometry, is_the_same_for_submenus_added_before) {
+    initialiseBar(bar, items);
+    addSubMenus();
+    bar.ReshapeCallback(GetParam().width, GetParam().height);
+    expectMenu(bar, GetParam().bar);
+    expectMenu(*drop, GetParam().drop);
+    expectMenu(*nested, GetParam().nested);
+}
+
+INSTANTIATE_TEST_SUITE_P(Screens, ReshapedGeometry, testing::ValuesIn(reshaped_screens));
+
+class Layout : public ToolkitTest {
+  protected:
+    CGlutMenu menu;
+};
+
+TEST_F(Layout, scales_the_font_to_the_screen) {
+    initialiseBar(menu, {"A"}, 2048, 1536);
+    EXPECT_FLOAT_EQ(CGlutMenu::scale_x, 2.0F);
+    EXPECT_FLOAT_EQ(CGlutMenu::scale_y, 2.0F);
+    EXPECT_FLOAT_EQ(CGlutMenu::font_scale_x, 2.0F * 13.0F / 89.0F);
+    EXPECT_FLOAT_EQ(CGlutMenu::font_scale_y, 0.60006F);
+    EXPECT_FLOAT_EQ(GlutMenu::char_height, 66.66F);
+    EXPECT_FLOAT_EQ(GlutMenu::char_width, 120.0F);
+    EXPECT_EQ(CGlutMenu::GetScaleX(), 2.0F);
+    EXPECT_EQ(CGlutMenu::GetScaleY(), 2.0F);
+}
+
+TEST_F(Layout, puts_a_bar_into_the_corner_wherever_it_was_asked_to_be) {
+    Strings items = {"A"};
+    menu.Initialise(1024, 768, 33, 44, 0, 0, "", items, 1.0F, 1.0F, true, false);
+    EXPECT_EQ(menu.x, 0.0F);
+    EXPECT_EQ(menu.y, 0.0F);
+}
+
+TEST_F(Layout, puts_a_list_where_it_was_asked_to_be) {
+    initialiseList(menu, {"A"}, 33, 44);
+    EXPECT_EQ(menu.x, 33.0F);
+    EXPECT_EQ(menu.y, 44.0F);
+}
+
+TEST_F(Layout, of_a_bar_reaches_to_the_right_edge) {
+    initialiseBar(menu, {"A", "B"});
+    menu.x = 100.0F;
+    menu.Resize(1.0F, 1.0F);
+    EXPECT_EQ(menu.width, 924);
+}
+
+TEST_F(Layout, of_an_empty_list_has_no_height_and_is_one_blank_wide) {
+    initialiseList(menu, {});
+    EXPECT_EQ(menu.height, 0);
+    EXPECT_EQ(menu.width, 10 + 15);
+}
+
+TEST_F(Layout, of_a_bar_index_out_of_range_follows_the_vertical_rule) {
+    initialiseBar(menu, {"A", "B"});
+    int bx = 0;
+    int by = 0;
+    menu.GetBottomLeft(2, bx, by);
+    EXPECT_EQ(bx, 0);
+    EXPECT_EQ(by, 119);
+    menu.GetBottomLeft(-1, bx, by);
+    EXPECT_EQ(by, -10);
+}
+
+TEST_F(Layout, keeps_the_extra_vertical_offset_in_every_formula) {
+    initialiseList(menu, {"A", "B"}, 10, 100);
+    menu.y_offset = 7;
+    int bx = 0;
+    int by = 0;
+    menu.GetBottomLeft(1, bx, by);
+    EXPECT_EQ(by, 183);
+    int tx = 0;
+    int ty = 0;
+    menu.GetTopRight(1, tx, ty, 150);
+    EXPECT_EQ(ty, 202);
+    menu.is_menu_bar = true;
+    menu.GetBottomLeft(1, bx, by);
+    EXPECT_EQ(by, 145);
+}
+
+TEST_F(Layout, of_a_list_is_reported_as_it_is) {
+    initialiseList(menu, {"A", "Bb"});
+    int w = 0;
+    int h = 0;
+    EXPECT_EQ(menu.GetWidthAndHeight(w, h), menu.height);
+    EXPECT_EQ(w, menu.width);
+    EXPECT_EQ(h, menu.height);
+}
+
+TEST_F(Layout, measures_text_by_its_glyphs) {
+    initialiseBar(menu, {"A"});
+    EXPECT_FLOAT_EQ(CGlutMenu::GetStringLength("Hi :"), lengthOf("Hi :"));
+    EXPECT_EQ(CGlutMenu::GetStringLength(""), 0.0F);
+    EXPECT_EQ(CGlutMenu::GetStringLength("\xC3\xA9"), 0.0F);
+    EXPECT_FLOAT_EQ(CGlutMenu::GetCharLength('H'), 13.0F);
+}
+
+TEST_F(Layout, measures_text_with_the_stroked_font_of_the_moment) {
+    initialiseBar(menu, {"A"});
+    void* const before = GlutMenu::stroked_font;
+    GlutMenu::stroked_font = nullptr;
+    EXPECT_FLOAT_EQ(CGlutMenu::GetStringLength("HH"), 2.0F * 13.0F / 89.0F);
+    GlutMenu::stroked_font = before;
+}
+
+TEST_F(Layout, has_no_predecessor_below_zero) {
+    EXPECT_EQ(CGlutMenu::Predecessor(3), 2);
+    EXPECT_EQ(CGlutMenu::Predecessor(1), 0);
+    EXPECT_EQ(CGlutMenu::Predecessor(0), 0);
+    EXPECT_EQ(CGlutMenu::Predecessor(-2), -2);
+}
+
+TEST_F(Layout, follows_a_changed_text) {
+    initialiseList(menu, {"A", "B"});
+    menu.SetMenuText(1, "A much longer text");
+    EXPECT_EQ(menu.item_width, static_cast<int>(lengthOf("A much longer text")) + 15);
+}
+
+TEST_F(Layout, stays_when_a_text_out_of_range_is_set) {
+    initialiseList(menu, {"A", "B"});
+    menu.width = 1;
+    menu.SetMenuText(-1, "x");
+    menu.SetMenuText(2, "x");
+    EXPECT_EQ(menu.width, 1);
+    EXPECT_EQ(menu.items, (Strings{"A", "B"}));
+}
+
+class Reshape : public Layout {};
+
+TEST_F(Reshape, doubles_what_runs_across_when_the_window_gets_twice_as_wide) {
+    initialiseList(menu, {"A"}, 30, 50);
+    menu.ReshapeCallback(2048, 768);
+    EXPECT_EQ(menu.x, 60.0F);
+    EXPECT_EQ(menu.y, 50.0F);
+    EXPECT_EQ(CGlutMenu::scale_x, 2.0F);
+    EXPECT_EQ(menu.margin_x, 10.0F);
+    EXPECT_EQ(menu.margin_y, 5.0F);
+    EXPECT_FLOAT_EQ(GlutMenu::char_height, 33.33F);
+}
+
+TEST_F(Reshape, leaves_the_margins_of_submenus) {
+    initialiseBar(menu, {"A"});
+    menu.AddSubMenu(0, {"B"}, nullptr, nullptr, "");
+    menu.ReshapeCallback(2048, 1536);
+    EXPECT_EQ(menu.GetSubMenu(0)->margin_x, 5.0F);
+}
+
+TEST_F(Reshape, traces_its_steps) {
+    initialiseList(menu, {"A", "Sub"}, 30, 50);
+    menu.AddSubMenu(1, {"B"}, nullptr, nullptr, "");
+    trace();
+    menu.ReshapeCallback(2048, 384);
+    EXPECT_EQ(trace(),
+              "Reshape callback\n"
+              "Reshaping to 2048x384\n"
+              "Reshapng factors 2, 0.5\n"
+              "old (x,y) =  30 50\n"
+              "new (x,y) =  30 50\n"
+              "scale 2, 0.5\n"
+              "font scale 0.292135, 0.150015\n"
+              "Resizing sub-menu Sub\n");
+}
+
+TEST_F(Reshape, passes_the_factors_to_the_open_dialog_after_the_menu_moved) {
+    initialiseBar(menu, {"A"});
+    GlutMenu::CTextInput dialog;
+    Strings lines = {"hello"};
+    dialog.Initialise("T", lines, 10, 20, nullptr, nullptr);
+    dialog.Display();
+    menu.ReshapeCallback(2048, 384);
+    EXPECT_EQ(dialog.x, 20.0F);
+    EXPECT_EQ(dialog.y, 10.0F);
+    EXPECT_FLOAT_EQ(dialog.label_width, static_cast<float>(static_cast<int>(lengthOf(
+                                            "Press [RETURN]/[ENTER] to continue", 2048.0F))));
+}
+
+TEST_F(Reshape, copes_with_a_window_of_one_pixel) {
+    initialiseBar(menu, {"A", "B"});
+    menu.AddSubMenu(0, {"B"}, nullptr, nullptr, "");
+    menu.ReshapeCallback(1, 1);
+    menu.ReshapeCallback(1024, 768);
+    EXPECT_EQ(menu.height, 43);
+    EXPECT_EQ(menu.GetSubMenu(0)->y, 43.0F);
+}
+
+TEST_F(Reshape, copes_with_a_window_of_no_size) {
+    initialiseBar(menu, {"A", "B"});
+    menu.ReshapeCallback(0, 0);
+    menu.ReshapeCallback(1024, 768);
+    EXPECT_EQ(menu.height, 43);
+}
+
+TEST_F(Layout, has_two_operations_that_do_nothing) {
+    initialiseBar(menu, {"A", "B"});
+    menu.ResizeChildren(2.0F, 2.0F);
+    menu.SetScreenResolution(10, 10);
+    EXPECT_EQ(menu.width, 1024);
+    EXPECT_EQ(CGlutMenu::screen_width, 1024.0F);
+}
+
+}  // namespace
