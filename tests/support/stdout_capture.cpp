@@ -1,5 +1,6 @@
 #include "tests/support/stdout_capture.h"
 
+#include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -30,6 +31,7 @@ StdoutCapture::StdoutCapture() {
 StdoutCapture::~StdoutCapture() {
     flushAll();
     dup2(savedFd, STDOUT_FILENO);
+    if (testing::Test::HasFailure()) std::cout << text() << std::flush;
     close(savedFd);
     close(fileFd);
 }

@@ -6,7 +6,8 @@
 
 namespace test_support {
 
-// Redirects standard output while it lives. One at a time.
+// Redirects standard output while it lives. One at a time. In a test that fails, what was captured
+// is passed on at the end, since the test's own messages are in it.
 class StdoutCapture {
   public:
     StdoutCapture();
