@@ -1,0 +1,55 @@
+"""`cmake --install` yields a program that runs from where it was put, with its desktop files."""
+
+import configparser
+import os
+import subprocess
+import tempfile
+import unittest
+import xml.etree.ElementTree
+
+import harness
+
+
+class Install(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory(prefix="tessary-install-")
+        cls.addClassCleanup(folder.cleanup)
+        cls.prefix = folder.name
+        subprocess.run(
+            ["cmake", "--install", harness.BUILD, "--prefix", cls.prefix],
+            check=True, capture_output=True,
+        )
+
+    def path(self, *parts):
+        return os.path.join(self.prefix, *parts)
+
+    def test_the_program_runs(self):
+        done = harness.run_program(["--help"], program=self.path("bin", "tessary"))
+        self.assertEqual(done.returncode, 0)
+        self.assertIn(b"CL Tessary V1.0", done.stdout)
+
+    def test_nothing_but_the_program_lies_among_the_programs(self):
+        self.assertEqual(os.listdir(self.path("bin")), ["tessary"])
+
+    def test_the_desktop_entry_starts_what_was_installed(self):
+        entry = configparser.ConfigParser(interpolation=None)
+        entry.optionxform = str
+        entry.read(self.path("share", "applications", "tessary.desktop"))
+        self.assertEqual(entry["Desktop Entry"]["Exec"], "tessary")
+        icon = entry["Desktop Entry"]["Icon"] + ".svg"
+        self.assertTrue(os.path.exists(self.path("share/icons/hicolor/scalable/apps", icon)))
+
+    def test_the_icon_is_well_formed(self):
+        path = self.path("share/icons/hicolor/scalable/apps/tessary.svg")
+        root = xml.etree.ElementTree.parse(path).getroot()
+        self.assertTrue(root.tag.endswith("svg"))
+
+    def test_every_catalogue_is_installed(self):
+        shipped = [n for n in os.listdir(os.path.join(harness.SOURCE, "share")) if n.endswith(".frac")]
+        for name in shipped:
+            self.assertTrue(os.path.exists(self.path("share", "tessary", name)), name)
+
+
+if __name__ == "__main__":
+    unittest.main()
