@@ -215,7 +215,9 @@ void release_opencl_resource(bool doublePrecision) {
 
 void renderFrameOpenCL() {
     setKernelArguments();
-    enqueueKernel();
+    // Without a device image, whose creation nobody checks, the kernel would write to address 0;
+    // the read-back then fails in its stead.
+    if (memobj[0]) enqueueKernel();
     readImage();
 }
 
