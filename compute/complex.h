@@ -3,7 +3,14 @@
 // Everything here is a template over a number type N: float, double, or a vector of either. The
 // order of operations is part of what a picture is: the same text must give the same bits for every
 // N, compiler and optimisation level, so nothing is factored, contracted or reassociated.
-#pragma once
+//
+// Plain code includes this file once. The vector renderer includes it again inside the namespace of
+// each instruction set, because a compiler fits a function to the set in force where its text
+// stands; TESSARY_VECTOR_TEXT lets the text through each time.
+#if !defined(TESSARY_COMPUTE_COMPLEX_H) || defined(TESSARY_VECTOR_TEXT)
+#ifndef TESSARY_COMPUTE_COMPLEX_H
+#define TESSARY_COMPUTE_COMPLEX_H
+#endif
 
 #include <cmath>
 
@@ -72,3 +79,5 @@ inline cpuComplex<T> coshC(const cpuComplex<T>& a) {
     const double r = a.r, j = a.i;
     return {static_cast<T>(std::cosh(r) * std::cos(j)), static_cast<T>(std::sinh(r) * std::sin(j))};
 }
+
+#endif

@@ -6,7 +6,12 @@
 //
 // Polynomials are sums from left to right of products with complex constants (k, 0); powers are
 // repeated products. The OpenCL program has its own text of the same rules (compute/kernels).
-#pragma once
+//
+// Included once by plain code and again for each instruction set, as compute/complex.h is.
+#if !defined(TESSARY_COMPUTE_RULES_H) || defined(TESSARY_VECTOR_TEXT)
+#ifndef TESSARY_COMPUTE_RULES_H
+#define TESSARY_COMPUTE_RULES_H
+#endif
 
 #include "compute/complex.h"
 
@@ -191,3 +196,5 @@ bool visitRule(int type, Visitor&& visit) {
             return false;
     }
 }
+
+#endif

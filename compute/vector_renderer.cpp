@@ -1,0 +1,107 @@
+#include "compute/vector_renderer.h"
+
+#include <atomic>
+
+// Highway compiles the rest of this file once for each instruction set. AVX3_DL adds nothing that a
+// rule uses; the scalable sets cannot keep vectors in structs.
+#undef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS (HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "compute/vector_renderer.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "compute/vector_tile-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace tessary_vector {
+namespace HWY_NAMESPACE {
+
+template <class T>
+bool renderAs(const VectorTile<T>& tile, int type, bool detect) {
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+    (void)tile, (void)type, (void)detect;
+    return false;
+#else
+    bool done = false;
+    visitRule(type, [&](auto rule) HWY_ATTR {
+        using R = decltype(rule);
+        if constexpr (!usesTrig<R>) {
+            renderTile<R>(tile, detect);
+            done = true;
+        }
+    });
+    return done;
+#endif
+}
+
+bool renderFloat(const VectorTile<float>& tile, int type, bool detect) {
+    return renderAs(tile, type, detect);
+}
+
+bool renderDouble(const VectorTile<double>& tile, int type, bool detect) {
+    return renderAs(tile, type, detect);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace tessary_vector
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace tessary_vector {
+namespace {
+
+HWY_EXPORT(renderFloat);
+HWY_EXPORT(renderDouble);
+
+// Whether to look for orbits that repeat. Tests and benchmarks write it between frames.
+std::atomic<bool> cycleDetection{true};
+
+}  // namespace
+
+bool render(const VectorTile<float>& tile, int type) {
+    return HWY_DYNAMIC_DISPATCH(renderFloat)(tile, type, cycleDetection);
+}
+
+bool render(const VectorTile<double>& tile, int type) {
+    return HWY_DYNAMIC_DISPATCH(renderDouble)(tile, type, cycleDetection);
+}
+
+void control(bool on) {
+    cycleDetection = on;
+}
+
+}  // namespace tessary_vector
+
+bool renderWithVectors(const VectorTile<float>& tile, int type) {
+    return tessary_vector::render(tile, type);
+}
+
+bool renderWithVectors(const VectorTile<double>& tile, int type) {
+    return tessary_vector::render(tile, type);
+}
+
+namespace vector_control {
+
+std::vector<Target> targets() {
+    std::vector<Target> found;
+    for (const std::int64_t bit : hwy::SupportedAndGeneratedTargets()) {
+        const bool vectors = bit != HWY_EMU128 && bit != HWY_SCALAR;
+        found.push_back({bit, vectors ? hwy::TargetName(bit) : "scalar"});
+    }
+    return found;
+}
+
+void forceTarget(std::int64_t bit) {
+    hwy::SetSupportedTargetsForTest(bit);
+    hwy::GetChosenTarget().DeInit();
+}
+
+void detectCycles(bool on) {
+    tessary_vector::control(on);
+}
+
+}  // namespace vector_control
+
+#endif  // HWY_ONCE
