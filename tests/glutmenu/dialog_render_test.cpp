@@ -1,0 +1,266 @@
+// What a dialog draws.
+
+#include "tests/glutmenu/dialog_fixture.h"
+
+using GlutMenu::CTextInput;
+using stand_in::Colour;
+using stand_in::Drawn;
+using stand_in::Point;
+using testing::ElementsAre;
+
+namespace {
+
+using Points = std::vector<Point>;
+
+constexpr Colour white{1.0F, 1.0F, 1.0F, 1.0F};
+constexpr Colour blue{0.0F, 0.0F, 1.0F, 0.7F};
+constexpr float line = 33.33F;
+
+// Draws the dialog alone and returns what it drew.
+std::vector<Drawn> render(CTextInput& dialog) {
+    stand_in::state.drawn.clear();
+    dialog.Render();
+    return stand_in::state.drawn;
+}
+
+void expectBox(const Drawn& shape, float x0, float y0, float x1, float y1) {
+    ASSERT_EQ(shape.points.size(), 4U);
+    EXPECT_FLOAT_EQ(shape.points[0][0], x0);
+    EXPECT_FLOAT_EQ(shape.points[0][1], y0);
+    EXPECT_FLOAT_EQ(shape.points[2][0], x1);
+    EXPECT_FLOAT_EQ(shape.points[2][1], y1);
+}
+
+void expectAt(const Drawn& text, float x, float y) {
+    EXPECT_FLOAT_EQ(text.points[0][0], x);
+    EXPECT_FLOAT_EQ(text.points[0][1], y);
+}
+
+class SingleField : public DialogTest {
+  protected:
+    SingleField() { openSingleField("Ada", 12); }
+};
+
+TEST_F(SingleField, fills_its_box_upwards_from_five_lines_below) {
+    const auto quads = shapes(render(dialog), GL_QUADS);
+    // trunc(10 + 5 * 33.33 + 60) is 236.
+    expectBox(quads[0], 50.0F, 236.0F, 50.0F + dialog.width, 60.0F);
+    EXPECT_EQ(quads[0].colour, blue);
+    EXPECT_EQ(dialog.bottom, 236);
+}
+
+TEST_F(SingleField, writes_label_colon_and_text_on_one_line) {
+    const auto drawn = render(dialog);
+    const float baseline = 5.0F + 60.0F + 2.0F * line;
+    expectAt(textOf(drawn, "Name"), 50.0F, baseline);
+    expectAt(textOf(drawn, ":"), 50.0F + lengthOf("Name:") - lengthOf(":") - 2.0F, baseline);
+    expectAt(textOf(drawn, "Ada"), 50.0F + lengthOf("Name:"), baseline);
+    EXPECT_EQ(textOf(drawn, "Ada").colour, white);
+}
+
+TEST_F(SingleField, outlines_the_field) {
+    const auto drawn = render(dialog);
+    const float left = 50.0F + lengthOf("Name:");
+    expectBox(shapes(drawn, GL_LINE_LOOP)[0], left, 60.0F + line + 5.0F, left + 156.0F,
+              10.0F + 2.0F * line + 60.0F);
+}
+
+TEST_F(SingleField, draws_the_cursor_after_the_characters_before_it) {
+    press({arrow_left});
+    const auto cursor = shapes(render(dialog), GL_LINES);
+    ASSERT_EQ(cursor.size(), 1U);
+    const float at = 50.0F + lengthOf("Name:") + lengthOf("Ad");
+    const float top = 60.0F + line + 5.0F;
+    EXPECT_FLOAT_EQ(cursor[0].points[0][0], at);
+    EXPECT_FLOAT_EQ(cursor[0].points[0][1], top);
+    EXPECT_FLOAT_EQ(cursor[0].points[1][1], top + line);
+    EXPECT_EQ(cursor[0].colour, white);
+}
+
+TEST_F(SingleField, draws_a_cursor_before_the_start_at_the_start) {
+    press({home, arrow_left});
+    const auto cursor = shapes(render(dialog), GL_LINES);
+    EXPECT_FLOAT_EQ(cursor[0].points[0][0], 50.0F + lengthOf("Name:"));
+}
+
+TEST_F(SingleField, draws_a_cursor_beyond_the_end_at_the_end) {
+    dialog.cursor_pos = 9;
+    const auto cursor = shapes(render(dialog), GL_LINES);
+    EXPECT_FLOAT_EQ(cursor[0].points[0][0], 50.0F + lengthOf("Name:") + lengthOf("Ada"));
+}
+
+TEST_F(SingleField, draws_no_cursor_in_the_dark_phase) {
+    CTextInput::cursor_visible = false;
+    EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
+}
+
+TEST_F(SingleField, is_topped_by_its_title_bar) {
+    const auto drawn = render(dialog);
+    const auto bar = shapes(drawn, GL_QUADS)[1];
+    expectBox(bar, 50.0F, 60.0F, static_cast<float>(static_cast<int>(50.0F + dialog.width)), 95.0F);
+    EXPECT_EQ(bar.colour, white);
+    expectAt(textOf(drawn, "Title"), 50.0F, 60.0F + line);
+    EXPECT_EQ(textOf(drawn, "Title").colour, blue);
+}
+
+TEST_F(SingleField, has_an_opaque_title_bar_though_the_text_is_not) {
+    dialog.SetTextColour(0.5F, 0.6F, 0.7F, 0.2F);
+    EXPECT_EQ(shapes(render(dialog), GL_QUADS)[1].colour, (Colour{0.5F, 0.6F, 0.7F, 1.0F}));
+}
+
+TEST_F(SingleField, title_bar_lies_on_whole_pixels) {
+    dialog.x = 50.75F;
+    dialog.y = 60.75F;
+    const auto bar = shapes(render(dialog), GL_QUADS)[1];
+    EXPECT_EQ(bar.points[0], (Point{50.0F, 60.0F}));
+}
+
+TEST_F(SingleField, draws_every_button_framed_around_its_label) {
+    const auto drawn = render(dialog);
+    const auto frames = shapes(drawn, GL_LINE_LOOP);
+    ASSERT_EQ(frames.size(), 3U);
+    for (int i = 0; i < 2; ++i) {
+        int left = 0, top = 0, right = 0, bottom = 0;
+        dialog.GetButtonDimension(i, left, top, right, bottom);
+        expectBox(frames[static_cast<std::size_t>(i) + 1], static_cast<float>(left),
+                  static_cast<float>(top), static_cast<float>(right), static_cast<float>(bottom));
+        const std::string& label = dialog.buttons[static_cast<std::size_t>(i)];
+        const Point at = textOf(drawn, label).points[0];
+        EXPECT_GE(at[0], static_cast<float>(left));
+        EXPECT_LE(at[0] + lengthOf(label), static_cast<float>(right));
+        // Capitals are 100 units of 0.30003 pixels high.
+        EXPECT_GE(at[1] - 30.0F, static_cast<float>(top));
+        EXPECT_LE(at[1], static_cast<float>(bottom));
+    }
+}
+
+TEST_F(SingleField, leaves_the_line_width_and_the_matrices) {
+    render(dialog);
+    EXPECT_EQ(stand_in::state.line_width, 1.0F);
+    EXPECT_EQ(stand_in::state.modelview_depth, 0);
+}
+
+class Message : public DialogTest {
+  protected:
+    Message() { openMessage({"One", "Two"}); }
+};
+
+TEST_F(Message, fills_a_box_of_three_more_lines) {
+    const auto quads = shapes(render(dialog), GL_QUADS);
+    // trunc((33.33 + 4) * 7 + 60) is 321.
+    expectBox(quads[0], 50.0F, 321.0F, 50.0F + dialog.width, 60.0F);
+    EXPECT_EQ(dialog.bottom, 321);
+}
+
+TEST_F(Message, writes_its_lines_from_the_second_row_on) {
+    const auto drawn = render(dialog);
+    expectAt(textOf(drawn, "One"), 50.0F, 2.0F * (line + 2.0F) + 60.0F);
+    expectAt(textOf(drawn, "Two"), 50.0F, 3.0F * (line + 2.0F) + 60.0F);
+    expectAt(textOf(drawn, "Press [RETURN]/[ENTER] to continue"), 50.0F,
+             5.0F * (line + 2.0F) + 60.0F);
+}
+
+TEST_F(Message, draws_no_cursor) {
+    EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
+}
+
+class FormDrawing : public DialogTest {
+  protected:
+    FormDrawing() {
+        openForm({"A", "Beta"}, {"one", "two"}, 8);
+        trace();
+    }
+    float fieldX() const { return 50.0F + dialog.label_width; }
+};
+
+TEST_F(FormDrawing, fills_a_box_of_three_more_lines) {
+    const auto quads = shapes(render(dialog), GL_QUADS);
+    // trunc((33.33 + 2) * 5 + 60 + 5) is 241.
+    expectBox(quads[0], 50.0F, 241.0F, 50.0F + dialog.width, 60.0F);
+}
+
+TEST_F(FormDrawing, writes_a_row_for_every_field) {
+    const auto drawn = render(dialog);
+    expectAt(textOf(drawn, "A"), 50.0F, 2.0F * (line + 2.0F) + 60.0F);
+    expectAt(textOf(drawn, "one"), fieldX(), 2.0F * (line + 2.0F) + 60.0F);
+    expectAt(textOf(drawn, "Beta"), 50.0F, 3.0F * (line + 2.0F) + 60.0F);
+    expectAt(textOf(drawn, "two"), fieldX(), 3.0F * (line + 2.0F) + 60.0F);
+    expectAt(textOf(drawn, ":"), fieldX() - lengthOf(":") - 2.0F, 2.0F * (line + 2.0F) + 60.0F);
+}
+
+TEST_F(FormDrawing, outlines_the_current_field_alone) {
+    press({arrow_down});
+    const auto loops = shapes(render(dialog), GL_LINE_LOOP);
+    ASSERT_EQ(loops.size(), 3U);
+    const auto left = static_cast<float>(static_cast<int>(fieldX()));
+    // trunc((33.33 + 2) * 2 + 60 + 2) is 132.
+    expectBox(loops[0], left, 132.0F, left + dialog.field_width, 132.0F + line + 2.0F);
+}
+
+TEST_F(FormDrawing, shows_the_edited_text_of_the_current_field) {
+    press({'x'});
+    EXPECT_THAT(words(render(dialog)), testing::Contains("onex"));
+    EXPECT_THAT(dialog.field_values, ElementsAre("one", "two"));
+}
+
+TEST_F(FormDrawing, draws_the_cursor_in_the_current_field) {
+    press({arrow_down, arrow_left});
+    const auto cursor = shapes(render(dialog), GL_LINES);
+    ASSERT_EQ(cursor.size(), 1U);
+    EXPECT_FLOAT_EQ(cursor[0].points[0][0], fieldX() + lengthOf("tw"));
+    EXPECT_GE(cursor[0].points[0][1], 132.0F);
+    EXPECT_LE(cursor[0].points[1][1], 132.0F + line + 2.0F);
+}
+
+TEST_F(FormDrawing, draws_no_cursor_in_the_dark_phase) {
+    CTextInput::cursor_visible = false;
+    EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
+}
+
+TEST_F(FormDrawing, traces_the_current_field_once) {
+    press({arrow_left});
+    trace();
+    render(dialog);
+    EXPECT_EQ(trace(), "x_offset 20.8876, index 2\n");
+}
+
+TEST_F(FormDrawing, shows_a_limited_value_between_angles) {
+    dialog.DefineFieldValues(0, {"one", "other"}, 0);
+    dialog.DefineFieldValues(1, {"two"}, 0);
+    EXPECT_THAT(words(render(dialog)),
+                testing::IsSupersetOf({std::string("<one>"), std::string("<two>")}));
+    press({arrow_right});
+    EXPECT_THAT(words(render(dialog)), testing::Contains("<other>"));
+}
+
+TEST_F(FormDrawing, draws_no_cursor_in_a_limited_field) {
+    dialog.DefineFieldValues(0, {"one", "other"}, 0);
+    EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
+}
+
+TEST_F(FormDrawing, copes_with_fewer_values_than_labels) {
+    openForm({"A", "B"}, {"a"}, 8);
+    press({arrow_down, arrow_up, 'x'});
+    EXPECT_THAT(words(render(dialog)), testing::Contains("ax"));
+}
+
+TEST_F(FormDrawing, leaves_the_line_width) {
+    render(dialog);
+    EXPECT_EQ(stand_in::state.line_width, 1.0F);
+}
+
+class StackDrawing : public DialogTest {};
+
+TEST_F(StackDrawing, lies_beneath_the_newest_dialog) {
+    openSingleField("Ada", 12);
+    CTextInput upper;
+    Strings lines = {"hello"};
+    upper.Initialise("Upper", lines, 50, 60, nullptr, nullptr);
+    upper.Display();
+    const Strings drawn = words(render(upper));
+    EXPECT_EQ(drawn.front(), "Name");
+    EXPECT_LT(std::find(drawn.begin(), drawn.end(), "Title"),
+              std::find(drawn.begin(), drawn.end(), "Upper"));
+}
+
+}  // namespace

@@ -1,0 +1,436 @@
+// What a dialog is initialised with, how big it is, and its place among the open ones.
+
+#include <memory>
+#include <tuple>
+
+#include "tests/glutmenu/dialog_fixture.h"
+
+using GlutMenu::CTextInput;
+using testing::ElementsAre;
+
+namespace {
+
+float whole(float value) {
+    return static_cast<float>(static_cast<int>(value));
+}
+
+const std::string last_line = "Press [RETURN]/[ENTER] to continue";
+
+class Dialog : public DialogTest {};
+
+TEST_F(Dialog, starts_empty_in_the_corner) {
+    EXPECT_EQ(dialog.x, 0.0F);
+    EXPECT_EQ(dialog.y, 0.0F);
+    EXPECT_EQ(dialog.max_length, 0);
+    EXPECT_EQ(dialog.current_field, 0);
+    EXPECT_EQ(dialog.width, 25.0F);
+    EXPECT_EQ(dialog.margin_x, 5.0F);
+    EXPECT_EQ(dialog.margin_y, 5.0F);
+    EXPECT_EQ(dialog.button_width, 100.0F);
+    EXPECT_EQ(dialog.centred, 0.0F);
+    EXPECT_EQ(dialog.previous, nullptr);
+    EXPECT_TRUE(CTextInput::cursor_visible);
+}
+
+TEST_F(Dialog, starts_with_the_colours_of_menus_and_a_green_highlight) {
+    EXPECT_THAT(dialog.text_colour, ElementsAre(1.0F, 1.0F, 1.0F, 1.0F));
+    EXPECT_THAT(dialog.background_colour, ElementsAre(0.0F, 0.0F, 1.0F, 0.7F));
+    EXPECT_THAT(dialog.border_colour, ElementsAre(0.8F, 0.8F, 0.0F, 0.7F));
+    EXPECT_THAT(dialog.highlight_colour, ElementsAre(0.0F, 1.0F, 0.0F, 0.7F));
+}
+
+TEST_F(Dialog, takes_other_colours) {
+    dialog.SetTextColour(0.1F, 0.2F, 0.3F, 0.4F);
+    dialog.SetBackgroundColour(0.2F, 0.3F, 0.4F, 0.5F);
+    dialog.SetBorderColour(0.3F, 0.4F, 0.5F, 0.6F);
+    dialog.SetHighlightColour(0.4F, 0.5F, 0.6F, 0.7F);
+    EXPECT_THAT(dialog.text_colour, ElementsAre(0.1F, 0.2F, 0.3F, 0.4F));
+    EXPECT_THAT(dialog.background_colour, ElementsAre(0.2F, 0.3F, 0.4F, 0.5F));
+    EXPECT_THAT(dialog.border_colour, ElementsAre(0.3F, 0.4F, 0.5F, 0.6F));
+    EXPECT_THAT(dialog.highlight_colour, ElementsAre(0.4F, 0.5F, 0.6F, 0.7F));
+}
+
+TEST_F(Dialog, with_a_single_field_edits_its_initial_text) {
+    CTextInput::cursor_visible = false;
+    EXPECT_TRUE(dialog.Initialise("Title", "Name", "Ada", 30, 40, 12, answerText, &answers));
+    EXPECT_EQ(dialog.kind, 1);
+    EXPECT_EQ(dialog.title, "Title");
+    EXPECT_EQ(dialog.label, "Name");
+    EXPECT_EQ(dialog.result, "Ada");
+    EXPECT_EQ(dialog.edit_text, "Ada");
+    EXPECT_EQ(dialog.cursor_pos, 3);
+    EXPECT_EQ(dialog.text_length, 3);
+    EXPECT_EQ(dialog.max_length, 12);
+    EXPECT_EQ(dialog.x, 30.0F);
+    EXPECT_EQ(dialog.y, 40.0F);
+    EXPECT_EQ(dialog.user_data, &answers);
+    EXPECT_TRUE(CTextInput::cursor_visible);
+    EXPECT_THAT(dialog.buttons, ElementsAre("OK", "Cancel"));
+}
+
+TEST_F(Dialog, with_a_single_field_is_as_wide_as_label_and_field) {
+    openSingleField("Ada", 12);
+    EXPECT_FLOAT_EQ(dialog.label_width, lengthOf("Name:"));
+    EXPECT_FLOAT_EQ(dialog.field_width, 12.0F * 13.0F);
+    EXPECT_EQ(dialog.width, whole(lengthOf("Name:") + 156.0F));
+}
+
+TEST_F(Dialog, cuts_an_initial_text_to_the_capacity) {
+    openSingleField("Ada Lovelace", 5);
+    EXPECT_EQ(dialog.result, "Ada L");
+    openSingleField("Ada", -2);
+    EXPECT_EQ(dialog.result, "");
+}
+
+TEST_F(Dialog, with_a_single_field_needs_a_callback) {
+    EXPECT_FALSE(dialog.Initialise("Title", "Name", "Ada", 30, 40, 12, nullptr, nullptr));
+    EXPECT_EQ(dialog.edit_text, "Ada");
+    EXPECT_EQ(dialog.text_length, 3);
+    EXPECT_TRUE(dialog.buttons.empty());
+}
+
+TEST_F(Dialog, that_could_not_be_initialised_answers_nobody) {
+    openSingleField("Ada", 12);
+    press({escape});
+    dialog.Initialise("Title", "Name", "Ada", 30, 40, 12, nullptr, nullptr);
+    dialog.Display();
+    press({return_key});
+    EXPECT_TRUE(answers.given.empty());
+    EXPECT_FALSE(isOpen(dialog));
+}
+
+TEST_F(Dialog, with_a_message_tells_how_to_go_on) {
+    Strings lines = {"One", "Two"};
+    EXPECT_TRUE(dialog.Initialise("Title", lines, 30, 40, answerText, &answers));
+    EXPECT_EQ(dialog.kind, 2);
+    EXPECT_THAT(dialog.message_lines, ElementsAre("One", "Two", "", last_line));
+    EXPECT_EQ(dialog.max_length, 0);
+    EXPECT_EQ(dialog.cursor_pos, 0);
+    EXPECT_EQ(dialog.edit_text, "");
+    EXPECT_EQ(dialog.user_data, &answers);
+    EXPECT_THAT(dialog.buttons, ElementsAre("OK", "Cancel"));
+}
+
+TEST_F(Dialog, with_a_message_is_as_wide_as_its_longest_line) {
+    openMessage({"One"});
+    EXPECT_EQ(dialog.label_width, whole(lengthOf(last_line)));
+    EXPECT_EQ(dialog.width, dialog.label_width + 4.0F);
+    EXPECT_EQ(dialog.field_width, 0.0F);
+    openMessage({"A line that is a good deal longer than that"});
+    EXPECT_EQ(dialog.label_width, whole(lengthOf("A line that is a good deal longer than that")));
+}
+
+TEST_F(Dialog, with_a_message_leaves_the_lines_it_was_given) {
+    Strings lines = {"One"};
+    dialog.Initialise("Title", lines, 0, 0, nullptr, nullptr);
+    EXPECT_THAT(lines, ElementsAre("One"));
+}
+
+TEST_F(Dialog, may_be_initialised_with_its_own_lines) {
+    openMessage({"One"});
+    dialog.Initialise("Title", dialog.message_lines, 0, 0, nullptr, nullptr);
+    EXPECT_THAT(dialog.message_lines, ElementsAre("One", "", last_line, "", last_line));
+}
+
+TEST_F(Dialog, with_a_form_edits_the_first_field_at_its_end) {
+    Strings labels = {"Title", "Count"};
+    Strings values = {"Tiles", "12"};
+    EXPECT_TRUE(dialog.Initialise("T", labels, values, 30, 40, 9, answerForm, &answers));
+    EXPECT_EQ(dialog.kind, 3);
+    EXPECT_EQ(dialog.x, 30.0F);
+    EXPECT_EQ(dialog.y, 40.0F);
+    EXPECT_EQ(dialog.max_length, 9);
+    EXPECT_EQ(dialog.current_field, 0);
+    EXPECT_EQ(dialog.edit_text, "Tiles");
+    EXPECT_EQ(dialog.cursor_pos, 5);
+    EXPECT_EQ(dialog.text_length, 5);
+    EXPECT_THAT(dialog.field_labels, ElementsAre("Title", "Count"));
+    EXPECT_THAT(dialog.field_values, ElementsAre("Tiles", "12"));
+    EXPECT_THAT(dialog.buttons, ElementsAre("OK", "Cancel"));
+}
+
+TEST_F(Dialog, with_a_form_is_as_wide_as_longest_label_and_field) {
+    openForm({"Title", "Shape"}, {"a", "b"}, 9);
+    // "Shape" is 81 + 71 + 67 + 71 + 69 units wide, "Title" less.
+    EXPECT_FLOAT_EQ(dialog.label_width, whole(lengthOf("Shape")) + lengthOf(":"));
+    EXPECT_FLOAT_EQ(dialog.field_width, 9.0F * 13.0F);
+    EXPECT_EQ(dialog.width, whole(dialog.label_width + dialog.field_width));
+}
+
+TEST_F(Dialog, with_a_form_returns_every_value_unchanged_at_once) {
+    openForm({"Title", "Count"}, {"Tiles", "12"}, 9);
+    press({return_key});
+    EXPECT_THAT(answers.given, ElementsAre("[] Title=Tiles Count=12"));
+}
+
+TEST_F(Dialog, with_a_form_may_have_no_fields_at_all) {
+    openForm({}, {}, 9);
+    press({arrow_up, arrow_down, 9, 'x'});
+    press({return_key});
+    EXPECT_THAT(answers.given, ElementsAre("[]"));
+}
+
+TEST_F(Dialog, forgets_everything_of_its_former_kind) {
+    openForm({"Title", "Count"}, {"Tiles", "12"}, 9);
+    dialog.DefineFieldValues(0, {"a"}, 0);
+    press({arrow_down, escape});
+    openSingleField("Ada", 12);
+    EXPECT_TRUE(dialog.field_labels.empty() && dialog.field_values.empty());
+    EXPECT_TRUE(dialog.value_lists.empty());
+    press({return_key});
+    EXPECT_THAT(answers.given, ElementsAre("[] Ada"));
+}
+
+TEST_F(Dialog, is_never_narrower_than_its_buttons) {
+    openSingleField("", 0);
+    // "Cancel" and an 'I' on either side, twice, 1.2 times that apart.
+    const float button = whole(lengthOf("Cancel")) + 2.0F * lengthOf("I");
+    EXPECT_FLOAT_EQ(dialog.button_width, button);
+    EXPECT_EQ(dialog.width, whole(button * 2.4F));
+}
+
+TEST_F(Dialog, widens_for_more_buttons) {
+    openSingleField("", 0);
+    dialog.DefineButtons({"Yes", "No", "Perhaps"});
+    const float button = whole(lengthOf("Perhaps")) + 2.0F * lengthOf("I");
+    EXPECT_THAT(dialog.buttons, ElementsAre("Yes", "No", "Perhaps"));
+    EXPECT_FLOAT_EQ(dialog.button_width, button);
+    EXPECT_EQ(dialog.width, whole(button * 3.6F));
+}
+
+TEST_F(Dialog, may_have_no_buttons) {
+    openSingleField("Ada", 12);
+    const float width = dialog.width;
+    dialog.DefineButtons({});
+    EXPECT_FLOAT_EQ(dialog.button_width, 2.0F * lengthOf("I"));
+    EXPECT_EQ(dialog.width, width);
+    EXPECT_TRUE(dialog.MouseHandler(0, 0, 50, 60));
+}
+
+TEST_F(Dialog, with_a_single_field_is_centred_by_two_lines) {
+    openSingleField("Ada", 12);
+    dialog.Center();
+    EXPECT_EQ(dialog.centred, 1.0F);
+    const int w = static_cast<int>(dialog.field_width + dialog.label_width);
+    EXPECT_EQ(dialog.x, static_cast<float>(512 - w / 2));
+    EXPECT_EQ(dialog.y, 384.0F - 33.0F);
+}
+
+TEST_F(Dialog, with_a_message_is_centred_by_its_lines) {
+    openMessage({"One"});
+    dialog.Center();
+    // Three lines and one more, 33.33 each.
+    EXPECT_EQ(dialog.y, 384.0F - 66.0F);
+    EXPECT_EQ(dialog.x, static_cast<float>(512 - static_cast<int>(dialog.label_width) / 2));
+}
+
+TEST_F(Dialog, with_a_form_is_centred_by_its_values) {
+    openForm({"A", "B"}, {"a", "b"}, 9);
+    dialog.Center();
+    EXPECT_EQ(dialog.y, 384.0F - 49.0F);
+}
+
+TEST_F(Dialog, is_centred_in_the_window_whatever_the_drawing_space) {
+    openSingleField("Ada", 12);
+    stand_in::state.window_width = 801;
+    stand_in::state.window_height = 613;
+    dialog.Center();
+    const int w = static_cast<int>(dialog.field_width + dialog.label_width);
+    EXPECT_EQ(dialog.x, static_cast<float>(400 - w / 2));
+    EXPECT_EQ(dialog.y, 306.0F - 33.0F);
+}
+
+TEST_F(Dialog, divides_a_centred_height_by_the_scale) {
+    GlutMenu::CGlutMenu bar;
+    initialiseBar(bar, {"A"}, 1024, 1536);
+    openSingleField("Ada", 12);
+    dialog.Center();
+    EXPECT_EQ(dialog.y, 768.0F - 33.0F);
+}
+
+TEST_F(Dialog, stays_centred_when_its_size_changes) {
+    openSingleField("Ada", 12);
+    dialog.Center();
+    stand_in::state.window_width = 500;
+    dialog.WorkOutSize();
+    const int w = static_cast<int>(dialog.field_width + dialog.label_width);
+    EXPECT_EQ(dialog.x, static_cast<float>(250 - w / 2));
+}
+
+TEST_F(Dialog, is_no_longer_centred_when_initialised_again) {
+    openSingleField("Ada", 12);
+    dialog.Center();
+    openMessage({"One"});
+    EXPECT_EQ(dialog.centred, 0.0F);
+    EXPECT_EQ(dialog.x, 50.0F);
+}
+
+class DialogReshape : public DialogTest {};
+
+TEST_F(DialogReshape, moves_and_traces) {
+    openSingleField("Ada", 12);
+    trace();
+    dialog.ReshapeCallback(9.0F, 9.0F, 2.0F, 0.5F);
+    EXPECT_EQ(dialog.x, 100.0F);
+    EXPECT_EQ(dialog.y, 30.0F);
+    EXPECT_EQ(trace(),
+              "CTextInput::ReshapeCallback\n"
+              "CTextInput::(x,y) 50, 60\n"
+              "New CTextInput::(x,y) 100, 30\n");
+}
+
+TEST_F(DialogReshape, scales_the_buttons_and_their_edge) {
+    openSingleField("Ada", 12);
+    dialog.bottom = 333;
+    dialog.button_width = 60.0F;
+    dialog.ReshapeCallback(1.0F, 1.0F, 2.0F, 0.5F);
+    EXPECT_EQ(dialog.bottom, 166);
+    EXPECT_EQ(dialog.button_width, 120.0F);
+}
+
+TEST_F(DialogReshape, of_a_stacked_dialog_starts_with_the_one_beneath) {
+    openMessage({"One"});
+    CTextInput upper;
+    upper.Initialise("U", "Name", "", 10, 20, 5, answerText, &answers);
+    upper.Display();
+    trace();
+    upper.ReshapeCallback(1.0F, 1.0F, 2.0F, 2.0F);
+    EXPECT_EQ(trace(),
+              "CTextInput::ReshapeCallback\n"
+              "CTextInput::(x,y) 50, 60\n"
+              "New CTextInput::(x,y) 100, 120\n"
+              "CTextInput::ReshapeCallback\n"
+              "CTextInput::(x,y) 10, 20\n"
+              "New CTextInput::(x,y) 20, 40\n");
+}
+
+TEST_F(DialogReshape, takes_the_text_length_of_the_result) {
+    openSingleField("Ada", 12);
+    press({'x'});
+    dialog.Reinitialise();
+    EXPECT_EQ(dialog.text_length, 3);
+    EXPECT_EQ(dialog.edit_text, "Adax");
+}
+
+TEST_F(DialogReshape, sizes_a_message_and_shows_the_cursor) {
+    openMessage({"One"});
+    CTextInput::cursor_visible = false;
+    dialog.label = "left over";
+    dialog.result = "left over";
+    dialog.max_length = dialog.cursor_pos = dialog.text_length = 3;
+    dialog.width = 0.0F;
+    dialog.Reinitialise();
+    EXPECT_EQ(dialog.label + dialog.result, "");
+    EXPECT_EQ(std::make_tuple(dialog.max_length, dialog.cursor_pos, dialog.text_length),
+              std::make_tuple(0, 0, 0));
+    EXPECT_EQ(dialog.width, dialog.label_width + 4.0F);
+    EXPECT_TRUE(CTextInput::cursor_visible);
+}
+
+TEST_F(DialogReshape, sizes_a_form_and_centres_it_again) {
+    openForm({"A"}, {"a"}, 9);
+    dialog.Center();
+    stand_in::state.window_height = 400;
+    dialog.width = dialog.label_width = 0.0F;
+    dialog.Reinitialise();
+    EXPECT_FLOAT_EQ(dialog.width, dialog.label_width + 117.0F);
+    EXPECT_EQ(dialog.y, 200.0F - 33.0F);
+}
+
+class Stack : public DialogTest {
+  protected:
+    void open(CTextInput& one) {
+        Strings lines = {"hello"};
+        one.Initialise("T", lines, 10, 20, nullptr, nullptr);
+        one.Display();
+    }
+};
+
+TEST_F(Stack, takes_a_displayed_dialog_on_top) {
+    EXPECT_TRUE(openMessage({"One"}));
+    EXPECT_EQ(GlutMenu::input_field, &dialog);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
+    EXPECT_EQ(dialog.previous, nullptr);
+    EXPECT_EQ(stand_in::state.redisplays, 1);
+}
+
+TEST_F(Stack, returns_to_the_dialog_beneath) {
+    CTextInput upper;
+    openMessage({"One"});
+    open(upper);
+    EXPECT_EQ(upper.previous, &dialog);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
+    upper.KeyboardHandler(escape, "");
+    EXPECT_EQ(GlutMenu::input_field, &dialog);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
+}
+
+TEST_F(Stack, holds_a_dialog_displayed_twice_once) {
+    openMessage({"One"});
+    dialog.Display();
+    EXPECT_EQ(dialog.previous, nullptr);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
+    press({escape});
+    EXPECT_EQ(GlutMenu::input_field, nullptr);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 0);
+}
+
+TEST_F(Stack, moves_a_dialog_displayed_again_from_beneath_to_the_top) {
+    CTextInput upper;
+    openMessage({"One"});
+    open(upper);
+    dialog.Display();
+    EXPECT_EQ(GlutMenu::input_field, &dialog);
+    EXPECT_EQ(dialog.previous, &upper);
+    EXPECT_EQ(upper.previous, nullptr);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
+}
+
+TEST_F(Stack, closes_up_over_a_dialog_closed_in_its_middle) {
+    CTextInput middle;
+    CTextInput upper;
+    openMessage({"One"});
+    open(middle);
+    open(upper);
+    middle.KeyboardHandler(escape, "");
+    EXPECT_EQ(GlutMenu::input_field, &upper);
+    EXPECT_EQ(upper.previous, &dialog);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
+}
+
+TEST_F(Stack, loses_a_destroyed_dialog) {
+    auto upper = std::make_unique<CTextInput>();
+    CTextInput top;
+    openMessage({"One"});
+    open(*upper);
+    open(top);
+    upper.reset();
+    EXPECT_EQ(top.previous, &dialog);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
+}
+
+TEST_F(Stack, is_empty_when_its_only_dialog_is_destroyed) {
+    auto only = std::make_unique<CTextInput>();
+    open(*only);
+    only.reset();
+    EXPECT_EQ(GlutMenu::input_field, nullptr);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 0);
+}
+
+TEST_F(Stack, is_untouched_by_the_end_of_a_dialog_that_was_not_open) {
+    openMessage({"One"});
+    { CTextInput other; }
+    EXPECT_EQ(GlutMenu::input_field, &dialog);
+    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
+}
+
+TEST_F(Stack, forgets_the_kept_dialog_with_its_end) {
+    auto kept = std::make_unique<CTextInput>();
+    GlutMenu::text_input = kept.get();
+    { CTextInput other; }
+    EXPECT_EQ(GlutMenu::text_input, kept.get());
+    kept.reset();
+    EXPECT_EQ(GlutMenu::text_input, nullptr);
+}
+
+}  // namespace
