@@ -100,6 +100,8 @@ void CGlutMenu::Activate() {
     item_selected = false;
     selected_item = -1;
     highlighted_item = 0;
+    // With no selected item there is none whose submenu could be open.
+    submenu_open = false;
 }
 
 void CGlutMenu::Clear() {

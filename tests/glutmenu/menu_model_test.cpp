@@ -143,7 +143,7 @@ TEST_F(Model, is_fresh_when_activated) {
     EXPECT_FALSE(menu.item_selected);
     EXPECT_EQ(menu.selected_item, -1);
     EXPECT_EQ(menu.highlighted_item, 0);
-    EXPECT_TRUE(menu.submenu_open);
+    EXPECT_FALSE(menu.submenu_open);
 }
 
 TEST_F(Model, hands_out_a_selection_without_clearing_it) {
