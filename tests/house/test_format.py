@@ -1,6 +1,7 @@
-"""Every C++ file is formatted as .clang-format says."""
+"""Every C++ file is formatted as .clang-format says, and clang-tidy is told why it must not look."""
 
 import os
+import re
 import shutil
 import subprocess
 import unittest
@@ -21,6 +22,16 @@ class Format(unittest.TestCase):
                         cwd=SOURCE, capture_output=True, text=True,
                     )
                     self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+
+class Lint(unittest.TestCase):
+    def test_every_check_that_is_switched_off_has_its_reason(self):
+        with open(os.path.join(SOURCE, ".clang-tidy"), encoding="utf-8") as file:
+            text = file.read()
+        reasons = "".join(line for line in text.splitlines() if line.startswith("#"))
+        for check in re.findall(r"^  -([a-z-]+)", text, flags=re.M):
+            with self.subTest(check=check):
+                self.assertIn(check, reasons)
 
 
 if __name__ == "__main__":
