@@ -6,7 +6,9 @@
 
 std::string current_filename;
 
-std::string get_title() { return "Tessary with OpenCL V1.0 :" + current_filename; }
+std::string get_title() {
+    return "Tessary with OpenCL V1.0 :" + current_filename;
+}
 
 namespace {
 
