@@ -9,6 +9,7 @@
 //   type N   iters N   maxsize X   view XMIN,XMAX,YMIN,YMAX   c X,Y   palette N
 //   texts                  fill both program texts, as start-up does
 //   setup                  set up from the stored text, as the first frame does
+//   text FILE              set up from the text in a file
 //   frame                  render a frame
 //   upload                 palette changed: upload it
 //   precision              switch the precision, as the menu does
@@ -24,6 +25,7 @@
 #include <functional>
 #include <iostream>
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -96,6 +98,13 @@ void listDevices(bool print) {
 void fillTexts() {
     kernel_string = load_kernel();
     kernel_single_string = load_kernel();
+}
+
+void setUpFromFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    setupOpenCL(text.str());
 }
 
 void savePicture(const std::string& path) {
@@ -183,6 +192,7 @@ void carryOut(const std::string& word, Words& words) {
         {"palette", [](Words& w) { setPaletteType(w.number()); }},
         {"texts", [](Words&) { fillTexts(); }},
         {"setup", [](Words&) { setupOpenCL(""); }},
+        {"text", [](Words& w) { setUpFromFile(w.take()); }},
         {"frame", [](Words&) { renderFrameOpenCL(); }},
         {"upload", [](Words&) { uploadPalette(); }},
         {"precision", [](Words&) { switchPrecision(); }},
