@@ -22,20 +22,17 @@ void enableShiftTab() {
     if (display == nullptr) return;
     // libX11 1.8 deadlocks in XRebindKeysym unless its keyboard tables were loaded before.
     XkbKeysymToModifiers(display, XK_Shift_L);
-    const KeySym locks[] = {XK_Num_Lock, XK_Caps_Lock, XK_Control_L, XK_Alt_L};
-    const KeySym shifts[] = {XK_Shift_L, XK_Shift_R};
+    const KeySym keys[] = {XK_Shift_L, XK_Num_Lock, XK_Caps_Lock, XK_Control_L, XK_Alt_L};
     unsigned char tab[] = "\t";
-    for (unsigned subset = 0; subset < 16; ++subset) {
+    // All subsets, also those without Shift: X no longer counts a Shift that took part in choosing
+    // the key's symbol.
+    for (unsigned subset = 0; subset < 32; ++subset) {
         std::vector<KeySym> modifiers;
-        for (unsigned bit = 0; bit < 4; ++bit) {
-            if (subset & (1u << bit)) modifiers.push_back(locks[bit]);
+        for (unsigned bit = 0; bit < 5; ++bit) {
+            if (subset & (1u << bit)) modifiers.push_back(keys[bit]);
         }
-        for (const KeySym shift : shifts) {
-            modifiers.push_back(shift);
-            XRebindKeysym(display, XK_ISO_Left_Tab, modifiers.data(),
-                          static_cast<int>(modifiers.size()), tab, 1);
-            modifiers.pop_back();
-        }
+        XRebindKeysym(display, XK_ISO_Left_Tab, modifiers.data(),
+                      static_cast<int>(modifiers.size()), tab, 1);
     }
 }
 
