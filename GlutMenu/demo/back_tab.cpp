@@ -9,13 +9,14 @@
 
 namespace {
 
-// The modifiers that may be held down along with Shift, picked by the bits of `choice`.
+constexpr KeySym modifiers[] = {XK_Shift_L, XK_Num_Lock, XK_Caps_Lock, XK_Control_L, XK_Alt_L};
+constexpr unsigned modifier_count = 5;
+
+// The modifiers that the bits of `choice` pick.
 std::vector<KeySym> HeldModifiers(unsigned choice) {
-    constexpr KeySym others[] = {XK_Num_Lock, XK_Caps_Lock, XK_Control_L, XK_Alt_L};
     std::vector<KeySym> held;
-    for (const KeySym modifier : others) {
-        if ((choice & 1U) != 0) held.push_back(modifier);
-        choice >>= 1U;
+    for (unsigned i = 0; i < modifier_count; ++i) {
+        if ((choice >> i & 1U) != 0) held.push_back(modifiers[i]);
     }
     return held;
 }
@@ -29,12 +30,10 @@ void DeliverShiftTab() {
     // asking for a modifier loads them before.
     XkbKeysymToModifiers(display, XK_Shift_L);
     const unsigned char tab[] = "\t";
-    for (const KeySym shift : {XK_Shift_L, XK_Shift_R}) {
-        for (unsigned choice = 0; choice < 16; ++choice) {
-            std::vector<KeySym> held = HeldModifiers(choice);
-            held.push_back(shift);
-            XRebindKeysym(display, XK_ISO_Left_Tab, held.data(), static_cast<int>(held.size()), tab,
-                          1);
-        }
+    // Shift may or may not count as held: where it took part in choosing the key's symbol, X does
+    // not count it any more.
+    for (unsigned choice = 0; choice < 1U << modifier_count; ++choice) {
+        std::vector<KeySym> held = HeldModifiers(choice);
+        XRebindKeysym(display, XK_ISO_Left_Tab, held.data(), static_cast<int>(held.size()), tab, 1);
     }
 }
