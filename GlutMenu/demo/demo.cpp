@@ -30,6 +30,8 @@ void DrawLines(float step) {
 void Display() {
     glClearColor(picture.colour[0], picture.colour[1], picture.colour[2], 1.0F);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    // The menus left it on; the axes lie as deep as the grid.
+    glDisable(GL_DEPTH_TEST);
     glColor3f(0.6F, 0.6F, 0.6F);
     if (picture.has_grid) DrawLines(0.25F);
     glColor3f(1.0F, 0.9F, 0.4F);

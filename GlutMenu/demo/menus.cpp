@@ -80,7 +80,8 @@ void BuildMenus(CGlutMenu& bar, Picture& picture, int w, int h) {
     AddFile(bar, picture);
     AddView(bar, picture);
     bar.AddSubMenu(2, {"Single field", "Message", "Form"}, OnDialog, nullptr, "");
-    // Places the submenus below their items; AddSubMenu alone gives them a first position only.
-    bar.Resize(1.0F, 1.0F);
+    // Scales the margins and places the submenus below their items; AddSubMenu alone gives them a
+    // first position only.
+    bar.ReshapeCallback(w, h);
     bar.Activate();
 }
