@@ -10,6 +10,8 @@
 
 #include <hwy/highway.h>
 
+#include "compute/formulas.h"  // the plain rules first, then those of the vectors
+
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
@@ -73,6 +75,11 @@ template <class T>
 HWY_INLINE Number<T> select(MaskOf<T> mask, Number<T> a, Number<T> b) {
     return Number<T>(hn::IfThenElse(mask, a.v, b.v));
 }
+
+// The rules, over again for this instruction set.
+#define TESSARY_VECTOR_TEXT
+#include "compute/rules.h"
+#undef TESSARY_VECTOR_TEXT
 
 }  // namespace HWY_NAMESPACE
 }  // namespace tessary_vector

@@ -13,60 +13,30 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstring>
+#include <cstdint>
 #include <type_traits>
 
-#include "compute/formulas.h"
-#include "compute/pixels.h"
 #include "compute/vector_number-inl.h"
 #include "compute/vector_renderer.h"
+#include "compute/vector_slots-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
-
-#define TESSARY_VECTOR_TEXT
-#include "compute/rules.h"
-#undef TESSARY_VECTOR_TEXT
 
 // The rules whose step calls the C library in scalar code.
 template <class R>
 inline constexpr bool usesTrig = std::is_same_v<R, SinRule> || std::is_same_v<R, CosRule> ||
                                  std::is_same_v<R, SinhRule> || std::is_same_v<R, CoshRule>;
 
-// Widest column strip and most pixels that are in work at once. A tile of the default picture has 8
-// x 8 pixels and fits whole.
-inline constexpr int MAX_COLUMNS = 16;
-inline constexpr std::size_t MAX_PIXELS = 256;
-
-// Vectors that advance together, so that the latency of one hides behind the others.
-inline constexpr std::size_t GROUP = 4;
-
-// The pixels in work, one slot each, all after the same number of steps. `used` slots hold a pixel,
-// `alive` of them are still iterating; the rest of the last group is padding that never lives.
-template <class T>
-struct Slots {
-    using D = typename Number<T>::D;
-    using DU = hn::RebindToUnsigned<D>;
-    using Word = hn::TFromD<DU>;
-    static constexpr std::size_t LANES = hn::MaxLanes(D());
-    static constexpr std::size_t ROOM = MAX_PIXELS + GROUP * LANES;
-
-    HWY_ALIGN T zr[ROOM], zi[ROOM];          // state of the orbit
-    HWY_ALIGN T cr[ROOM], ci[ROOM];          // constant of the rule, where it is the pixel's point
-    HWY_ALIGN T savedR[ROOM], savedI[ROOM];  // an earlier state, to see whether it returns
-    HWY_ALIGN T live[ROOM];                  // all bits set while the orbit iterates
-    HWY_ALIGN Word count[ROOM];              // final count, once the orbit has ended
-    HWY_ALIGN Word place[ROOM];              // row * 256 + column in the chunk of pixels
-    std::size_t used, alive;
-
-    // Slots in whole groups of vectors.
-    std::size_t vectors() const { return (used + LANES - 1) / LANES; }
-};
-
 // What every pixel of a tile shares: the escape limit, and c where the view gives it.
 template <class T>
 struct Shared {
+    explicit Shared(const VectorTile<T>& tile)
+        : limit(lanes(tile.limit)), c{lanes(tile.cx), lanes(tile.cy)} {}
+
+    static Number<T> lanes(T value) { return Number<T>(hn::Set(typename Number<T>::D(), value)); }
+
     Number<T> limit;
     cpuComplex<Number<T>> c;
 };
@@ -197,136 +167,6 @@ void advance(Slots<T>& s, const Shared<T>& view, int steps, int stepsBefore, boo
     s.alive -= escaped;
 }
 
-// Marks the slots from `used` to the end of the last group as dead, with a harmless state.
-template <class T>
-void padSlots(Slots<T>& s) {
-    const typename Slots<T>::D d;
-    constexpr std::size_t LANES = Slots<T>::LANES;
-    const auto zero = hn::Zero(d);
-    if (s.used % (GROUP * LANES) == 0) return;
-    for (std::size_t at = s.used; at < s.used + GROUP * LANES; at += LANES) {
-        for (T* row : {s.zr, s.zi, s.cr, s.ci, s.savedR, s.savedI, s.live}) {
-            hn::StoreU(zero, d, row + at);
-        }
-    }
-}
-
-// Makes every used slot live.
-template <class T>
-void markLive(Slots<T>& s) {
-    const typename Slots<T>::D d;
-    const auto on = hn::VecFromMask(d, hn::Eq(hn::Zero(d), hn::Zero(d)));
-    for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) hn::Store(on, d, s.live + at);
-    s.alive = s.used;
-    padSlots(s);
-}
-
-// Moves the live slots together at the front and hands each other one to finish(place, count).
-template <class T, class Finish>
-void compact(Slots<T>& s, Finish&& finish) {
-    const typename Slots<T>::D d;
-    const typename Slots<T>::DU du;
-    constexpr std::size_t LANES = Slots<T>::LANES;
-    for (std::size_t n = 0; n < s.used; ++n) {
-        typename Slots<T>::Word bits;
-        std::memcpy(&bits, s.live + n, sizeof bits);
-        if (bits == 0) finish(s.place[n], s.count[n]);
-    }
-    std::size_t to = 0;
-    for (std::size_t at = 0; at < s.used; at += LANES) {
-        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
-        for (T* row : {s.zr, s.zi, s.cr, s.ci, s.savedR, s.savedI}) {
-            hn::StoreU(hn::Compress(hn::Load(d, row + at), live), d, row + to);
-        }
-        for (auto* row : {s.count, s.place}) {
-            const auto packed = hn::Compress(hn::Load(du, row + at), hn::RebindMask(du, live));
-            hn::StoreU(packed, du, row + to);
-        }
-        to += hn::CountTrue(d, live);
-    }
-    s.used = to;
-    markLive(s);
-}
-
-// Remembers the present state of every slot.
-template <class T>
-void saveStates(Slots<T>& s) {
-    std::memcpy(s.savedR, s.zr, s.used * sizeof(T));
-    std::memcpy(s.savedI, s.zi, s.used * sizeof(T));
-}
-
-// Ends every live slot whose orbit is known to stay: its state is the saved one again, so all that
-// followed the saved state follows once more, or it is not a number and stays so.
-//
-// Equal here means ==, which takes 0 and -0 for one value. That is sound: states that differ only
-// in signs of zeros lead to states that differ only in signs of zeros under every rule, and |z|^2
-// is the same for them. A part that is NaN makes |z|^2 NaN, and under every rule a NaN part leaves
-// a NaN part in the next state: each new part is a sum of products with both old parts, save for
-// Barnsley-Sierpinski, where each part follows from itself and so stays NaN alone.
-template <class T>
-void endRepeats(Slots<T>& s) {
-    const typename Slots<T>::D d;
-    constexpr std::size_t LANES = Slots<T>::LANES;
-    for (std::size_t at = 0; at < s.used; at += LANES) {
-        const auto zr = hn::Load(d, s.zr + at), zi = hn::Load(d, s.zi + at);
-        const auto same =
-            hn::And(hn::Eq(zr, hn::Load(d, s.savedR + at)), hn::Eq(zi, hn::Load(d, s.savedI + at)));
-        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
-        const auto stays = hn::And(live, hn::Or(same, hn::IsNaN(hn::Add(zr, zi))));
-        if (hn::AllFalse(d, stays)) continue;
-        s.alive -= hn::CountTrue(d, stays);
-        hn::Store(hn::VecFromMask(d, hn::AndNot(stays, live)), d, s.live + at);
-    }
-}
-
-// A rectangle of pixels that fits into the slots, in pixels of the picture; the ends are exclusive.
-struct Chunk {
-    int x0, y0, x1, y1;
-};
-
-// Gives every pixel of the chunk a slot, row by row, at the start of its orbit.
-template <class R, class T>
-void fillSlots(Slots<T>& s, const VectorTile<T>& tile, const Chunk& chunk) {
-    T re[MAX_COLUMNS];
-    const int columns = chunk.x1 - chunk.x0;
-    const auto point = [&](int x, int y) HWY_ATTR {
-        return pixelPoint(x, y, tile.width, tile.height, tile.xMin, tile.xMax, tile.yMin,
-                          tile.yMax);
-    };
-    for (int x = 0; x < columns; ++x) re[x] = point(chunk.x0 + x, chunk.y0).r;
-    std::size_t n = 0;
-    for (int y = chunk.y0; y < chunk.y1; ++y) {
-        const T im = point(chunk.x0, y).i;
-        const int row = (y - chunk.y0) << 8;
-        for (int x = 0; x < columns; ++x, ++n) {
-            s.zr[n] = R::start == Start::pixel ? re[x] : T(0);
-            s.zi[n] = R::start == Start::pixel ? im : T(0);
-            if (R::constant == Constant::pixel) {
-                s.cr[n] = re[x];
-                s.ci[n] = im;
-            }
-            s.count[n] = static_cast<typename Slots<T>::Word>(tile.maxIters);
-            s.place[n] = static_cast<typename Slots<T>::Word>(row | x);
-        }
-    }
-    s.used = n;
-    markLive(s);
-}
-
-// Colours pixels of a chunk from their place and count.
-template <class T>
-struct Painter {
-    const VectorTile<T>& tile;
-    const Chunk& chunk;
-
-    void operator()(std::size_t place, std::size_t count) const {
-        const auto y = static_cast<std::size_t>(chunk.y0) + (place >> 8);
-        const auto x = static_cast<std::size_t>(chunk.x0) + (place & 255);
-        const std::size_t pixel = y * static_cast<std::size_t>(tile.width) + x;
-        colourPixel(tile.buffer + 4 * pixel, static_cast<int>(count), tile.maxIters, tile.palette);
-    }
-};
-
 // How many steps to take before looking again, after `steps` steps. Short at first, when many
 // orbits escape; later multiples of 12, so that orbits of period 1, 2, 3, 4, 6 and 12 repeat within
 // one block.
@@ -347,34 +187,38 @@ inline std::size_t costOf(std::size_t vectors) {
     return vectors % GROUP > 2 ? vectors / GROUP * GROUP + GROUP : vectors;
 }
 
+template <class T>
+bool worthClosing(const Slots<T>& s) {
+    const std::size_t needed = (s.alive + Slots<T>::LANES - 1) / Slots<T>::LANES;
+    return 4 * costOf(needed) <= 3 * costOf(s.vectors());
+}
+
 // Iterates all pixels of the chunk to their end and paints them. With `detect`, Brent's algorithm
 // looks for orbits that return to a saved state: states are saved at steps that double.
 template <class R, class T>
 void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
+    const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
+    const int limit = std::max(tile.maxIters, 0);
     Slots<T> s;
-    fillSlots<R>(s, tile, chunk);
-    const Painter<T> paint{tile, chunk};
-    const Shared<T> view{
-        Number<T>(static_cast<double>(tile.limit)),
-        {Number<T>(static_cast<double>(tile.cx)), Number<T>(static_cast<double>(tile.cy))}};
+    fillSlots<R>(s, tile, chunk, limit);
+    const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
+    const Shared<T> view(tile);
     int saveAt = DETECT_FROM;
-    bool calm = false, saved = false;
-    for (int steps = 0; steps < tile.maxIters && s.alive > 0;) {
-        const int block = std::min(blockLength(steps), tile.maxIters - steps);
+    bool calm = false;
+    for (int steps = 0; steps < limit && s.alive > 0;) {
+        const int block = std::min(blockLength(steps), limit - steps);
         const std::size_t alive = s.alive;
         advance<R>(s, view, block, steps, calm);
         steps += block;
         calm = s.alive == alive;
         if (detect && steps >= DETECT_FROM) {
-            if (saved) endRepeats(s);
+            if (s.saved) endRepeats(s);
             if (steps >= saveAt) {
                 saveStates(s);
-                saved = true;
                 saveAt = steps > (1 << 29) ? steps : 2 * steps;
             }
         }
-        const std::size_t needed = (s.alive + Slots<T>::LANES - 1) / Slots<T>::LANES;
-        if (s.alive > 0 && 4 * costOf(needed) <= 3 * costOf(s.vectors())) compact(s, paint);
+        if (s.alive > 0 && worthClosing(s)) closeRanks<R>(s, paint);
     }
     for (std::size_t n = 0; n < s.used; ++n) paint(s.place[n], s.count[n]);
 }
@@ -388,9 +232,11 @@ inline int firstPiece(int from, int to, int most) {
 // Cuts the tile into chunks.
 template <class R, class T>
 void renderTile(const VectorTile<T>& tile, bool detect) {
+    // The place of a pixel in its chunk has to fit into 30 bits.
+    const int mostRows = std::max((1 << 30) / tile.width, 1);
     for (int x = tile.xStart; x < tile.xEnd;) {
         const int xEnd = firstPiece(x, tile.xEnd, MAX_COLUMNS);
-        const int rows = static_cast<int>(MAX_PIXELS) / (xEnd - x);
+        const int rows = std::min(MAX_PIXELS / (xEnd - x), mostRows);
         for (int y = tile.yStart; y < tile.yEnd;) {
             const int yEnd = firstPiece(y, tile.yEnd, rows);
             renderChunk<R>(tile, {x, y, xEnd, yEnd}, detect);

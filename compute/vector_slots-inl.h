@@ -1,0 +1,245 @@
+// The pixels in work: how they get a slot, close ranks, are known to stay, and take their colour.
+//
+// Included once for each instruction set (see compute/vector_renderer.cpp).
+#if defined(TESSARY_COMPUTE_VECTOR_SLOTS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef TESSARY_COMPUTE_VECTOR_SLOTS_INL_H
+#undef TESSARY_COMPUTE_VECTOR_SLOTS_INL_H
+#else
+#define TESSARY_COMPUTE_VECTOR_SLOTS_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "compute/formulas.h"
+#include "compute/pixels.h"
+#include "compute/vector_number-inl.h"
+#include "compute/vector_renderer.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace tessary_vector {
+namespace HWY_NAMESPACE {
+
+// Widest column strip and most pixels that are in work at once. A tile of the default picture has 8
+// x 8 pixels and fits whole.
+inline constexpr int MAX_COLUMNS = 16;
+inline constexpr int MAX_PIXELS = 256;
+
+// Vectors that advance together, so that the latency of one hides behind the others.
+inline constexpr std::size_t GROUP = 4;
+
+// One slot for each pixel in work, all after the same number of steps. `used` slots hold a pixel,
+// `alive` of them still iterate; the rest of the last group is padding that never lives.
+template <class T>
+struct Slots {
+    using D = typename Number<T>::D;
+    using DU = hn::RebindToUnsigned<D>;
+    using Word = hn::TFromD<DU>;
+    static constexpr std::size_t LANES = hn::MaxLanes(D());
+    static constexpr std::size_t ROOM = MAX_PIXELS + GROUP * LANES + MAX_COLUMNS;
+
+    HWY_ALIGN T zr[ROOM], zi[ROOM];          // state of the orbit
+    HWY_ALIGN T cr[ROOM], ci[ROOM];          // constant of the rule, where it is the pixel's point
+    HWY_ALIGN T savedR[ROOM], savedI[ROOM];  // an earlier state, to see whether it returns
+    HWY_ALIGN T live[ROOM];                  // all bits set while the orbit iterates
+    HWY_ALIGN Word count[ROOM];              // final count; the iteration limit until known
+    HWY_ALIGN Word place[ROOM];              // pixels from the first one of the chunk
+    std::size_t used, alive;
+    bool saved;  // whether savedR, savedI hold states
+
+    std::size_t vectors() const { return (used + LANES - 1) / LANES; }
+};
+
+// A rectangle of at most MAX_COLUMNS columns and MAX_PIXELS pixels; the ends are exclusive.
+struct Chunk {
+    int x0, y0, x1, y1;
+};
+
+// Fills whole vectors of row[0..n) with one value, and so perhaps a few slots behind.
+template <class D>
+HWY_INLINE void fill(D d, hn::TFromD<D>* row, std::size_t n, hn::Vec<D> value) {
+    for (std::size_t at = 0; at < n; at += hn::Lanes(d)) hn::StoreU(value, d, row + at);
+}
+
+// Makes every used slot live, and the padding behind them dead with a harmless state.
+template <class T>
+void reviveUsed(Slots<T>& s) {
+    const typename Slots<T>::D d;
+    constexpr std::size_t LANES = Slots<T>::LANES;
+    fill(d, s.live, s.used, hn::VecFromMask(d, hn::Eq(hn::Zero(d), hn::Zero(d))));
+    s.alive = s.used;
+    if (s.used % (GROUP * LANES) == 0) return;
+    for (T* row : {s.zr, s.zi, s.cr, s.ci, s.savedR, s.savedI, s.live}) {
+        fill(d, row + s.used, GROUP * LANES, hn::Zero(d));
+    }
+}
+
+// The points of columns from chunk.x0 on and rows from chunk.y0 on: division by division as the
+// scalar functions place their pixels, but once for each column and row.
+template <class T>
+struct Points {
+    HWY_ALIGN T re[MAX_PIXELS], im[MAX_PIXELS];
+
+    Points(const VectorTile<T>& tile, const Chunk& chunk) {
+        constexpr int STRIDE = MAX_COLUMNS;
+        const int n = std::max(chunk.x1 - chunk.x0, chunk.y1 - chunk.y0);
+        for (int from = 0; from < n; from += STRIDE) {
+            for (int i = from; i < from + STRIDE; ++i) {
+                const auto p = pixelPoint(ahead(chunk.x0, i), ahead(chunk.y0, i), tile.width,
+                                          tile.height, tile.xMin, tile.xMax, tile.yMin, tile.yMax);
+                re[i] = p.r;
+                im[i] = p.i;
+            }
+        }
+    }
+
+    // start + i, wrapping where a stride runs past the last int.
+    static int ahead(int start, int i) {
+        return static_cast<int>(static_cast<unsigned>(start) + static_cast<unsigned>(i));
+    }
+};
+
+// Gives every pixel of the chunk a slot, row by row, at the start of its orbit by rule R.
+// limit: the iteration limit, at least 0.
+template <class R, class T>
+void fillSlots(Slots<T>& s, const VectorTile<T>& tile, const Chunk& chunk, int limit) {
+    using Word = typename Slots<T>::Word;
+    const typename Slots<T>::D d;
+    const typename Slots<T>::DU du;
+    const Points<T> points(tile, chunk);
+    const auto columns = static_cast<std::size_t>(chunk.x1 - chunk.x0);
+    const auto rows = static_cast<std::size_t>(chunk.y1 - chunk.y0);
+    for (std::size_t y = 0, n = 0; y < rows; ++y, n += columns) {
+        const auto im = hn::Set(d, points.im[y]);
+        const auto firstPlace = static_cast<Word>(y * static_cast<std::size_t>(tile.width));
+        for (std::size_t x = 0; x < columns; x += Slots<T>::LANES) {
+            const auto re = hn::Load(d, points.re + x);
+            if (R::start == Start::pixel) {
+                hn::StoreU(re, d, s.zr + n + x);
+                hn::StoreU(im, d, s.zi + n + x);
+            }
+            if (R::constant == Constant::pixel) {
+                hn::StoreU(re, d, s.cr + n + x);
+                hn::StoreU(im, d, s.ci + n + x);
+            }
+            const auto place = hn::Iota(du, static_cast<Word>(firstPlace + x));
+            hn::StoreU(place, du, s.place + n + x);
+        }
+    }
+    s.used = columns * rows;
+    s.saved = false;
+    if (R::start == Start::zero) {
+        fill(d, s.zr, s.used, hn::Zero(d));
+        fill(d, s.zi, s.used, hn::Zero(d));
+    }
+    fill(du, s.count, s.used, hn::Set(du, static_cast<Word>(limit)));
+    reviveUsed(s);
+}
+
+// Moves the lanes of row that are live together at its front.
+template <class D, class T>
+HWY_INLINE void packRow(D d, hn::TFromD<D>* row, const Slots<T>& s) {
+    std::size_t to = 0;
+    for (std::size_t at = 0; at < s.used; at += hn::Lanes(d)) {
+        const auto live =
+            hn::MaskFromVec(hn::BitCast(d, hn::Load(typename Slots<T>::D(), s.live + at)));
+        hn::StoreU(hn::Compress(hn::Load(d, row + at), live), d, row + to);
+        to += hn::CountTrue(d, live);
+    }
+}
+
+// Closes ranks: hands the place and count of each ended slot to finish() and moves the live ones
+// together at the front.
+template <class R, class T, class Finish>
+void closeRanks(Slots<T>& s, Finish&& finish) {
+    const typename Slots<T>::D d;
+    const typename Slots<T>::DU du;
+    for (std::size_t n = 0; n < s.used; ++n) {
+        typename Slots<T>::Word live;
+        std::memcpy(&live, s.live + n, sizeof live);
+        if (live == 0) finish(s.place[n], s.count[n]);
+    }
+    packRow(d, s.zr, s);
+    packRow(d, s.zi, s);
+    if (R::constant == Constant::pixel) {
+        packRow(d, s.cr, s);
+        packRow(d, s.ci, s);
+    }
+    if (s.saved) {
+        packRow(d, s.savedR, s);
+        packRow(d, s.savedI, s);
+    }
+    packRow(du, s.place, s);
+    packRow(du, s.count, s);
+    s.used = s.alive;
+    reviveUsed(s);
+}
+
+// Remembers the present state of every slot.
+template <class T>
+void saveStates(Slots<T>& s) {
+    std::memcpy(s.savedR, s.zr, s.used * sizeof(T));
+    std::memcpy(s.savedI, s.zi, s.used * sizeof(T));
+    s.saved = true;
+}
+
+// Ends every live slot whose orbit is known to stay: its state is the saved one again, so all that
+// followed the saved state follows once more, or it is not a number and stays so.
+//
+// Equal here means ==, which takes 0 and -0 for one value. That is sound: states that differ only
+// in signs of zeros lead to states that differ only in signs of zeros under every rule, and |z|^2
+// is the same for them. A part that is NaN makes |z|^2 NaN, and under every rule a NaN part leaves
+// a NaN part in the next state: each new part is a sum of products with both old parts, save for
+// Barnsley-Sierpinski, where each part follows from itself and so stays NaN alone. A live state has
+// no infinite part, so the sum of its parts is NaN just when one of them is.
+template <class T>
+void endRepeats(Slots<T>& s) {
+    const typename Slots<T>::D d;
+    for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) {
+        const auto zr = hn::Load(d, s.zr + at), zi = hn::Load(d, s.zi + at);
+        const auto same =
+            hn::And(hn::Eq(zr, hn::Load(d, s.savedR + at)), hn::Eq(zi, hn::Load(d, s.savedI + at)));
+        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
+        const auto stays = hn::And(live, hn::Or(same, hn::IsNaN(hn::Add(zr, zi))));
+        if (hn::AllFalse(d, stays)) continue;
+        s.alive -= hn::CountTrue(d, stays);
+        hn::Store(hn::VecFromMask(d, hn::AndNot(stays, live)), d, s.live + at);
+    }
+}
+
+// Colours pixels by the rule of colourPixel, a whole pixel at a time.
+class Painter {
+  public:
+    Painter(unsigned char* firstPixel, int iterationLimit, const unsigned char* colours)
+        : first(firstPixel), palette(colours), limit(static_cast<std::size_t>(iterationLimit)) {
+        constexpr unsigned char OPAQUE[4] = {0, 0, 0, 255};
+        std::memcpy(&alpha, OPAQUE, sizeof alpha);
+    }
+
+    // place: pixels from the first one; count: 0 to the iteration limit.
+    void operator()(std::size_t place, std::size_t count) const {
+        constexpr unsigned char BLACK[4] = {0, 0, 0, 0};
+        const std::size_t entry = limit > PALETTE_ENTRIES ? count % PALETTE_ENTRIES : count;
+        const unsigned char* colour = count < limit ? palette + 4 * entry : BLACK;
+        std::uint32_t pixel;
+        std::memcpy(&pixel, colour, sizeof pixel);
+        pixel |= alpha;
+        std::memcpy(first + 4 * place, &pixel, sizeof pixel);
+    }
+
+  private:
+    unsigned char* first;
+    const unsigned char* palette;
+    std::size_t limit;
+    std::uint32_t alpha;
+};
+
+}  // namespace HWY_NAMESPACE
+}  // namespace tessary_vector
+HWY_AFTER_NAMESPACE();
+
+#endif
