@@ -32,6 +32,7 @@ class Player : public DialogTest, public testing::WithParamInterface<unsigned> {
     Strings randomTexts(int limit);
     void build();
     void grow(CGlutMenu& menu, int depth);
+    void startOver();
     CGlutMenu* anyMenu();
     void showDialog();
 
@@ -74,7 +75,7 @@ void Player::grow(CGlutMenu& menu, int depth) {
     const int count = static_cast<int>(menu.items.size());
     for (int i = -1; i <= count; ++i) {
         if (oneIn(3)) menu.SetCheckState(i, oneIn(2));
-        if (oneIn(6)) menu.SetMenuItemState(i, oneIn(2));
+        if (oneIn(10)) menu.SetMenuItemState(i, false);
         if (depth == 0 || !oneIn(2)) continue;
         menu.AddSubMenu(i, randomTexts(6), oneIn(5) ? nullptr : select, this, "");
         if (menu.GetSubMenu(i) != nullptr) grow(*menu.GetSubMenu(i), depth - 1);
@@ -89,6 +90,12 @@ void Player::build() {
     grow(bar, 3);
     bar.Resize(1.0F, 1.0F);
     bar.Activate();
+}
+
+// A tree that closed for good, or lies under dialogs, teaches nothing more.
+void Player::startOver() {
+    while (GlutMenu::input_field != nullptr) GlutMenu::input_field->KeyboardHandler(escape, "");
+    build();
 }
 
 // A random walk down from the bar.
@@ -163,9 +170,12 @@ void Player::showDialog() {
 }
 
 void Player::playKey() {
-    constexpr int favourites[] = {8,        9,           25,         return_key, escape, arrow_left,
-                                  arrow_up, arrow_right, arrow_down, home,       end,    127};
-    const int key = oneIn(4) ? below(256) : favourites[below(12)];
+    // What opens menus and chooses comes up more often than what closes them.
+    static const std::vector<int> favourites = {return_key, return_key,  return_key,  arrow_down,
+                                                arrow_down, arrow_right, arrow_right, arrow_left,
+                                                arrow_up,   escape,      8,           9,
+                                                25,         home,        end,         127};
+    const int key = oneIn(8) ? below(256) : favourites[static_cast<std::size_t>(below(16))];
     stand_in::state.modifiers = below(16);
     if (oneIn(2)) {
         bar.keyboard_callback(key);
@@ -174,11 +184,16 @@ void Player::playKey() {
     }
 }
 
+// On an item as often as anywhere.
 void Player::playClick() {
-    const bool is_near = oneIn(2);
-    const int x = below(is_near ? 300 : stand_in::state.window_width);
-    const int y = below(is_near ? 300 : stand_in::state.window_height);
-    bar.mouse_callback(oneIn(5) ? below(5) : 0, oneIn(5) ? 1 : 0, x, y);
+    int x = below(stand_in::state.window_width);
+    int y = below(stand_in::state.window_height);
+    if (oneIn(2)) {
+        anyMenu()->GetBottomLeft(below(4), x, y);
+        x += 5;
+        y -= 10;
+    }
+    bar.mouse_callback(oneIn(8) ? below(5) : 0, oneIn(8) ? 1 : 0, x, y);
 }
 
 void Player::playReshape() {
@@ -188,7 +203,7 @@ void Player::playReshape() {
 }
 
 void Player::playEvent() {
-    switch (below(20)) {
+    switch (below(30)) {
         case 0:
             return playReshape();
         case 1:
@@ -198,12 +213,11 @@ void Player::playEvent() {
         case 3:
             return bar.Activate();
         case 4:
+            return showDialog();
         case 5:
-        case 6:
-        case 7:
-            return playClick();
+            return react(*anyMenu(), below(5));
         default:
-            return playKey();
+            return oneIn(3) ? playClick() : playKey();
     }
 }
 
@@ -241,8 +255,7 @@ TEST_P(Player, never_upsets_the_tree) {
         stand_in::state.calls.clear();
         stand_in::state.drawn.clear();
         trace();
-        // A tree that closed for good, or grew without end, teaches nothing more.
-        if (event % 200 == 199) build();
+        if (event % 50 == 49) startOver();
     }
 }
 
