@@ -1,0 +1,344 @@
+"""The menus, dialogs and file panels of the real program, walked with real keys and mouse."""
+
+import os
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+
+import harness
+import menus
+from menus import MenuTest, TOUR
+
+sys.path.insert(0, menus.SHARE)
+import make_catalogues  # noqa: E402
+
+REPORT = r"Z-range:"
+SMALL_CATALOGUE = [
+    make_catalogues.record(f"entry {n}", n % 3, (-2.0 - n, 2.0, -1.5, 1.5), iterations=50 + n,
+                           identity=n)
+    for n in range(3)
+]
+
+
+class Walk(MenuTest):
+    def test_every_fractal_command_shows_its_fractal(self):
+        program = self.start_and_settle()
+        for number, path in enumerate(menus.CREATIONS):
+            with self.subTest(command=path[-1]):
+                self.choose(program, *path)
+                self.settle(program)
+                self.assert_shows(program, self.picture(TOUR, number))
+        reports = [line for line in program.lines if re.search(REPORT, line)]
+        self.assertEqual(len(reports), 1 + 18)
+        self.quit(program)
+
+
+class Mouse(MenuTest):
+    """At 1152 x 921 an item of a drop-down is 50 pixels high, the first one begins at 51."""
+
+    @staticmethod
+    def item_y(number):
+        return 51 + 50 * number + 25
+
+    def test_clicks_walk_the_menus(self):
+        program = self.start_and_settle()
+        program.skip_output()
+        program.click(30, 25)
+        program.wait_for_line("^Item Fractals$")
+        program.click(30, self.item_y(0))
+        program.wait_for_line("^Item Fractals$")
+        program.click(290, self.item_y(7))
+        program.wait_for_line("^Item Dragon$")
+        program.wait_for_line("Dragon Fractal Z-range:")
+        self.settle(program)
+        self.assertEqual(program.window_title(), "Tessary with OpenCL V1.0 :  Dragon Fractal")
+
+    def test_a_click_beside_an_open_menu_closes_it_and_zooms_nothing(self):
+        program = self.start_and_settle()
+        before = program.screenshot()
+        program.click(30, 25)
+        program.wait_for_line("^Item Fractals$")
+        program.click(800, 700)
+        self.settle(program)
+        self.assertTrue((program.screenshot()[120:] == before[120:]).all())
+
+
+class Parameters(MenuTest):
+    def test_edited_parameters_are_rendered_and_saved(self):
+        with tempfile.TemporaryDirectory() as folder:
+            program = self.start_and_settle(cwd=folder)
+            self.choose(program, "Fractals", "Information")
+            program.key(*["BackSpace"] * 10)
+            self.type(program, "My \"own\" set")
+            program.key("Tab", *["BackSpace"] * 10)
+            self.type(program, "25.9")
+            program.key("Tab", "Tab", *["BackSpace"] * 9)
+            self.type(program, "-1.5")
+            program.key("Return")
+            program.wait_for_line("^Fractal parameters changed$")
+            report = program.wait_for_line(REPORT).string
+            self.assertIn('My "own" set Z-range:(-1.500000, -1.500000)', report)
+            self.assertIn("maxIters = 25,", report)
+            self.settle(program)
+            self.save_as(program, "mine.frac")
+            program.wait_for_line("^Saved fractal 0$")
+            self.settle(program)
+            self.assert_shows(program, self.picture(os.path.join(folder, "mine.frac"), 0))
+            self.quit(program)
+
+    def test_escape_discards_the_edits(self):
+        program = self.start_and_settle()
+        before = program.screenshot()
+        self.choose(program, "Fractals", "Information")
+        self.type(program, "xyz")
+        program.key("Tab")
+        self.type(program, "123")
+        program.key("Escape")
+        self.settle(program)
+        self.assertNotIn("Fractal parameters changed", program.lines)
+        self.assertTrue((program.screenshot()[120:] == before[120:]).all())
+
+    def test_typed_numbers_have_a_point_for_a_user_who_writes_a_comma(self):
+        with tempfile.TemporaryDirectory() as folder:
+            made = subprocess.run(["localedef", "-f", "UTF-8", "-i", "de_DE",
+                                   os.path.join(folder, "de_DE.UTF-8")], capture_output=True)
+            if made.returncode != 0:
+                self.skipTest("no such locale can be made")
+            program = self.start_and_settle(
+                env={"LC_ALL": "de_DE.UTF-8", "LOCPATH": folder, "LANGUAGE": None})
+            self.choose(program, "Fractals", "Load from disk")
+            self.panel(program, "Load fractals")
+            program.key("Escape")
+            self.wait_without_panels(program)
+            self.choose(program, "Fractals", "Information")
+            program.key("Tab", "Tab", "Tab", *["BackSpace"] * 9)
+            self.type(program, "-1.75")
+            program.key("Return")
+            self.assertIn("(-1.750000, -1.500000)", program.wait_for_line(REPORT).string)
+
+
+class Panels(MenuTest):
+    def setUp(self):
+        self.folder = tempfile.mkdtemp(prefix="tessary-panels-")
+        self.addCleanup(shutil.rmtree, self.folder)
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def test_a_zoom_is_saved_and_comes_back_with_the_same_pictures(self):
+        program = self.start_and_settle(cwd=self.folder)
+        start = program.screenshot()[120:]
+        program.drag(400, 400, 688, 616)
+        program.wait_for_line(REPORT)
+        program.wait_for_line(REPORT, timeout=120)
+        self.settle(program)
+        zoomed = program.screenshot()[120:]
+        self.save_as(program, "zoomed")
+        program.wait_for_line("^Saved fractal 1$")
+        self.settle(program)
+        self.assertEqual(program.window_title(),
+                         f"Tessary with OpenCL V1.0 :{self.path('zoomed.frac')}")
+        self.quit(program)
+
+        program = self.start_and_settle(cwd=self.folder)
+        self.choose(program, "Fractals", "Fractals", "Dragon")
+        self.settle(program)
+        self.load_from(program, self.path("zoomed.frac"))
+        program.wait_for_line("^Loaded  2 fractals.$")
+        for command, picture in (("Next Fractal", zoomed), ("Previous Fractal", start)):
+            self.choose(program, "Fractals", command)
+            self.settle(program)
+            self.assertTrue((program.screenshot()[120:] == picture).all(), command)
+        self.quit(program)
+
+    def test_a_loaded_file_is_named_in_the_title(self):
+        program = self.start_and_settle(cwd=self.folder)
+        self.load_from(program, TOUR)
+        program.wait_for_line("^Loaded  18 fractals.$")
+        self.assertEqual(program.window_title(), f"Tessary with OpenCL V1.0 :{TOUR}")
+
+    def test_cancelled_panels_change_nothing(self):
+        program = self.start_and_settle(cwd=self.folder)
+        title, before = program.window_title(), len(program.lines)
+        for command, name in (("Save to disk", "Save fractals"), ("Load from disk", "Load fractals")):
+            self.choose(program, "Fractals", command)
+            self.panel(program, name)
+            program.key("Escape")
+            self.wait_without_panels(program)
+        self.settle(program)
+        self.assertEqual(program.window_title(), title)
+        self.assertEqual(os.listdir(self.folder), [])
+        printed = {line for line in program.lines[before:] if "Rendering to" not in line}
+        self.assertFalse({line for line in printed if "fractal" in line.lower()}, printed)
+        self.assertEqual(program.errors, "")
+
+    def test_the_panel_starts_from_the_last_name(self):
+        program = self.start_and_settle(cwd=self.folder)
+        self.choose(program, "Fractals", "Save to disk")
+        self.panel(program, "Save fractals")
+        program.key("Return")
+        program.wait_for_line("^Saved fractal 0$")
+        self.assertEqual(os.listdir(self.folder), ["Fractal1.frac"])
+
+    def test_replacing_a_file_is_asked_by_the_panel(self):
+        with open(self.path("there.frac"), "wb") as file:
+            file.write(b"precious")
+        program = self.start_and_settle(cwd=self.folder)
+        self.save_as(program, "there.frac")
+        harness.time.sleep(1)
+        self.assertEqual(os.path.getsize(self.path("there.frac")), 8, "not before an answer")
+        program.key("Escape", "Escape")
+        self.wait_without_panels(program)
+        self.assertNotIn("Saved fractal 0", program.lines)
+
+    def test_replacing_a_file_that_the_extension_leads_to_is_asked_too(self):
+        with open(self.path("there.frac"), "wb") as file:
+            file.write(b"precious")
+        program = self.start_and_settle(cwd=self.folder)
+        self.save_as(program, "there")
+        harness.time.sleep(1)
+        self.assertEqual(os.path.getsize(self.path("there.frac")), 8, "not before an answer")
+        program.key("Escape")
+        harness.time.sleep(0.5)
+        self.panel(program, "Save fractals")
+        program.key("Return")
+        harness.time.sleep(0.5)
+        program.key("Tab", "Return")
+        program.wait_for_line("^Saved fractal 0$")
+        self.assertEqual(os.path.getsize(self.path("there.frac")), 87)
+
+    def test_names_with_blanks_quotes_and_accents_survive(self):
+        name = "d\u00e9j\u00e0 vu \"two\" 'three'.frac"
+        program = self.start_and_settle(cwd=self.folder)
+        self.save_as(program, name)
+        program.wait_for_line("^Saved fractal 0$")
+        self.assertEqual(os.listdir(self.folder), [name])
+        self.wait_without_panels(program)
+        self.assertEqual(program.window_title(),
+                         f"Tessary with OpenCL V1.0 :{self.path(name)}")
+
+    def test_a_signal_ends_the_program_under_an_open_panel(self):
+        program = self.start_and_settle(cwd=self.folder)
+        self.choose(program, "Fractals", "Save to disk")
+        self.panel(program, "Save fractals")
+        program.signal(signal.SIGTERM)
+        self.assertEqual(program.wait_exit(), -signal.SIGTERM)
+
+    def test_the_panel_belongs_to_the_window(self):
+        program = self.start_and_settle(cwd=self.folder)
+        self.choose(program, "Fractals", "Save to disk")
+        panel = self.panel(program, "Save fractals")
+        _, text = program.screen.tool("xprop", "-id", panel, "WM_TRANSIENT_FOR")
+        self.assertEqual(int(text.split()[-1], 16), int(program.window))
+
+
+class Quitting(MenuTest):
+    def test_quit_at_rest(self):
+        self.quit(self.start_and_settle())
+
+    def test_quit_during_a_glide(self):
+        program = self.start_and_settle()
+        program.drag(400, 400, 688, 616)
+        program.wait_for_line(REPORT)
+        self.quit(program)
+        reports = [line for line in program.lines if re.search(REPORT, line)]
+        self.assertEqual(len(reports), 2, "the glide had not ended")
+
+    def test_quit_while_cycling(self):
+        program = self.start_and_settle()
+        self.choose(program, "Fractals", "Fractals", "Sin")
+        self.choose(program, "Fractals", "Cycle")
+        program.wait_for_line("^Mandelbrot Z-range")
+        self.quit(program)
+
+    def test_closing_the_window_under_an_open_dialog(self):
+        program = self.start_and_settle()
+        self.choose(program, "Fractals", "Information")
+        self.settle(program)
+        program.close()
+        self.assertEqual(program.wait_exit(), 0)
+
+    def test_quit_after_a_dialog(self):
+        program = self.start_and_settle()
+        self.choose(program, "Devices", "System information")
+        program.key("Return")
+        self.quit(program)
+
+
+class Switching(MenuTest):
+    DEVICES = 1
+
+    def test_everything_switches_while_cycling(self):
+        program = self.start_and_settle(env={"OCL_ICD_VENDORS": None})
+        self.load_from(program, TOUR)
+        program.wait_for_line("^Loaded  18 fractals.$")
+        self.choose(program, "Fractals", "Cycle")
+        for path in (("Palette", "RGB Cycle"), ("Devices", "Double precision"), ("Devices", "CPU"),
+                     ("Devices", "CPU Threads", "1"), ("Devices", "Double precision"),
+                     ("Palette", "Random Colours"), ("Devices", "device 0"),
+                     ("Devices", "Double precision"), ("Devices", "CPU"),
+                     ("Devices", "CPU Threads", str(os.cpu_count())),
+                     ("Devices", "Double precision")):
+            self.choose(program, *path)
+            program.wait_for_frames(2, timeout=120)
+        self.choose(program, "Fractals", "Cycle")
+        self.settle(program)
+        self.choose(program, "Fractals", "Fractals", "Sinh")
+        self.settle(program)
+        self.assert_shows(program, self.picture(TOUR, 8))
+        self.assertEqual(program.errors.replace("1 warning generated.\n", ""), "")
+        self.quit(program)
+
+    def test_devices_and_precisions_show_the_same_fractal(self):
+        program = self.start_and_settle(env={"OCL_ICD_VENDORS": None})
+        for path, precision in ((("Devices", "Double precision"), "double"),
+                                (("Devices", "CPU"), "double"),
+                                (("Devices", "Double precision"), "single"),
+                                (("Devices", "device 0"), "single")):
+            self.choose(program, *path)
+            self.settle(program)
+            self.assert_shows(program, self.picture(TOUR, 0, precision), least=0.98)
+        self.quit(program)
+
+
+class Benchmark(MenuTest):
+    def test_a_saved_catalogue_is_timed_from_its_first_entry_to_its_last(self):
+        with tempfile.TemporaryDirectory() as folder:
+            path = os.path.join(folder, "small.frac")
+            with open(path, "wb") as file:
+                file.write(b"".join(SMALL_CATALOGUE))
+            program = self.start([f"--bench:{path}"])
+            total = float(program.wait_for_line(r"^Total rendering time (\S+) s$", 120)[1])
+            lines = program.lines
+            until = next(n for n, line in enumerate(lines) if line.startswith("Total"))
+            times = [float(found[1]) for line in lines[:until]
+                     if (found := re.search(harness.RENDERED_LINE, line))]
+            self.assertAlmostEqual(sum(times), total, delta=0.001 * len(times))
+            self.settle(program)
+            names = [found[1] for line in lines[:until]
+                     if (found := re.search(r"^(entry \d) Z-range", line))]
+            self.assertEqual(names, ["entry 0", "entry 1", "entry 2"])
+            self.quit(program)
+
+
+class Linking(MenuTest):
+    def test_no_panel_starts_no_toolkit(self):
+        """The desktop's toolkit opens its own connection to the X server with its first window."""
+        program = self.start_and_settle()
+        before = self.connections(program)
+        self.choose(program, "Fractals", "Load from disk")
+        self.panel(program, "Load fractals")
+        self.assertEqual(self.connections(program), before + 1)
+
+    @staticmethod
+    def connections(program):
+        folder = f"/proc/{program.process.pid}/fd"
+        return sum(os.readlink(os.path.join(folder, fd)).startswith("socket:")
+                   for fd in os.listdir(folder))
+
+
+if __name__ == "__main__":
+    menus.main()
