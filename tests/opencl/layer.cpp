@@ -3,7 +3,7 @@
 //   TESSARY_LAYER      settings, separated by ';':
 //       fail=CALL[@PARAMETER][#NTH]:STATUS   the call (its NTH call; with this parameter) fails
 //       type=N           every device reports this CL_DEVICE_TYPE
-//       no_fp64          extension lists lose cl_khr_fp64
+//       no_fp64[=START]  extension lists lose cl_khr_fp64 (of devices whose name starts so)
 //       items=N          a 4-byte CL_DEVICE_MAX_WORK_ITEM_SIZES query succeeds and answers N
 //       local=WxH        kernels are launched in groups of this size
 //       broken_source    programs are made from a text that does not compile
@@ -154,10 +154,15 @@ std::string runtimeText(cl_device_id device, cl_device_info what) {
     return text.c_str();
 }
 
+bool losesDoubles(cl_device_id device) {
+    return settings().has("no_fp64") &&
+           runtimeText(device, CL_DEVICE_NAME).rfind(settings().values.at("no_fp64"), 0) == 0;
+}
+
 std::string extensionList(cl_device_id device) {
     std::string list = runtimeText(device, CL_DEVICE_EXTENSIONS);
     const std::string name = "cl_khr_fp64";
-    if (settings().has("no_fp64")) {
+    if (losesDoubles(device)) {
         for (auto at = list.find(name); at != std::string::npos; at = list.find(name)) {
             list.erase(at, name.size());
         }
