@@ -82,8 +82,11 @@ void CTextInput::Center() {
     }
     const float h = TruncateToFloat(char_height * lines) / CGlutMenu::scale_y;
     const float w = field_width + label_width;
-    x = static_cast<float>(glutGet(GLUT_WINDOW_WIDTH) / 2 - Truncate(w) / 2);
-    y = static_cast<float>(glutGet(GLUT_WINDOW_HEIGHT) / 2 - Truncate(h) / 2);
+    // Halves of whole pixels, each cut off by itself.
+    const int left = glutGet(GLUT_WINDOW_WIDTH) / 2 - Truncate(w) / 2;
+    const int top = glutGet(GLUT_WINDOW_HEIGHT) / 2 - Truncate(h) / 2;
+    x = static_cast<float>(left);
+    y = static_cast<float>(top);
 }
 
 void CTextInput::Reinitialise() {

@@ -16,9 +16,11 @@ GlutMenu::CGlutMenu bar;
 constexpr int blink_milliseconds = 500;
 constexpr int blink_value = 1138;
 
-void DrawLines(float step) {
+// A line at each end of the window and at every division between, both ways.
+void DrawLines(int divisions) {
     glBegin(GL_LINES);
-    for (float at = -1.0F; at <= 1.0F; at += step) {
+    for (int i = 0; i <= divisions; ++i) {
+        const float at = -1.0F + 2.0F * static_cast<float>(i) / static_cast<float>(divisions);
         glVertex2f(at, -1.0F);
         glVertex2f(at, 1.0F);
         glVertex2f(-1.0F, at);
@@ -33,9 +35,9 @@ void Display() {
     // The menus left it on; the axes lie as deep as the grid.
     glDisable(GL_DEPTH_TEST);
     glColor3f(0.6F, 0.6F, 0.6F);
-    if (picture.has_grid) DrawLines(0.25F);
+    if (picture.has_grid) DrawLines(8);
     glColor3f(1.0F, 0.9F, 0.4F);
-    if (picture.has_axes) DrawLines(1.0F);
+    if (picture.has_axes) DrawLines(2);
     bar.Render();
     glutSwapBuffers();
 }
