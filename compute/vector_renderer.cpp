@@ -26,10 +26,12 @@ bool renderAs(const VectorTile<T>& tile, int type, bool detect) {
     bool done = false;
     visitRule(type, [&](auto rule) HWY_ATTR {
         using R = decltype(rule);
-        if constexpr (!usesTrig<R>) {
-            renderTile<R>(tile, detect);
-            done = true;
+        if (usesTrig<R> &&
+            (std::is_same_v<T, double> || !(tile.limit <= MAX_ARGUMENT * MAX_ARGUMENT))) {
+            return;
         }
+        if constexpr (!(usesTrig<R> && std::is_same_v<T, double>)) renderTile<R>(tile, detect);
+        done = true;
     });
     return done;
 #endif

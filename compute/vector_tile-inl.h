@@ -19,12 +19,13 @@
 #include "compute/vector_number-inl.h"
 #include "compute/vector_renderer.h"
 #include "compute/vector_slots-inl.h"
+#include "compute/vector_trig-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
-// The rules whose step calls the C library in scalar code.
+// The rules whose step calls the C library in scalar code, and is worth hundreds of plain ones.
 template <class R>
 inline constexpr bool usesTrig = std::is_same_v<R, SinRule> || std::is_same_v<R, CosRule> ||
                                  std::is_same_v<R, SinhRule> || std::is_same_v<R, CoshRule>;
@@ -66,9 +67,16 @@ struct Group {
     HWY_INLINE void step() {
         HWY_UNROLL(4)
         for (std::size_t k = 0; k < K; ++k) {
+            if constexpr (usesTrig<R>) clearEnded(k);
             z[k] = R::step(z[k], c[k]);
             live[k] = hn::AndNot(magnitudeSquared(z[k]) > limit, live[k]);
         }
+    }
+
+    // An ended orbit that went on would soon leave the range where a trigonometric step is cheap.
+    HWY_INLINE void clearEnded(std::size_t k) {
+        const Number<T> zero(0.0);
+        z[k] = {select(live[k], z[k].r, zero), select(live[k], z[k].i, zero)};
     }
 
     HWY_INLINE void storeState(S& s, std::size_t first) const {
@@ -170,7 +178,10 @@ void advance(Slots<T>& s, const Shared<T>& view, int steps, int stepsBefore, boo
 // How many steps to take before looking again, after `steps` steps. Short at first, when many
 // orbits escape; later multiples of 12, so that orbits of period 1, 2, 3, 4, 6 and 12 repeat within
 // one block.
-inline int blockLength(int steps) {
+// A trigonometric step costs so much that none may be wasted on orbits that have ended.
+template <class R>
+int blockLength(int steps) {
+    if (usesTrig<R>) return steps < 24 ? 2 : 4;
     if (steps < 8) return 4;
     if (steps < 24) return 8;
     if (steps < 96) return 24;
@@ -187,6 +198,19 @@ inline std::size_t costOf(std::size_t vectors) {
     return vectors % GROUP > 2 ? vectors / GROUP * GROUP + GROUP : vectors;
 }
 
+// Asks for the lines of a chunk's pixels, so that they are at hand when it is painted. Rows are far
+// apart, and the neighbouring tiles that share the lines may have been painted by another thread.
+inline void prefetchRows(unsigned char* firstPixel, int rows, int width) {
+    for (int y = 0; y < rows; ++y) {
+        const unsigned char* row = firstPixel + 4 * std::ptrdiff_t{y} * width;
+#if HWY_ARCH_X86
+        asm volatile("prefetchw %0" : : "m"(*row));
+#else
+        __builtin_prefetch(row, 1);
+#endif
+    }
+}
+
 template <class T>
 bool worthClosing(const Slots<T>& s) {
     const std::size_t needed = (s.alive + Slots<T>::LANES - 1) / Slots<T>::LANES;
@@ -199,6 +223,7 @@ template <class R, class T>
 void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
     const int limit = std::max(tile.maxIters, 0);
+    prefetchRows(tile.buffer + 4 * corner, chunk.y1 - chunk.y0, tile.width);
     Slots<T> s;
     fillSlots<R>(s, tile, chunk, limit);
     const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
@@ -206,11 +231,11 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     int saveAt = DETECT_FROM;
     bool calm = false;
     for (int steps = 0; steps < limit && s.alive > 0;) {
-        const int block = std::min(blockLength(steps), limit - steps);
+        const int block = std::min(blockLength<R>(steps), limit - steps);
         const std::size_t alive = s.alive;
         advance<R>(s, view, block, steps, calm);
         steps += block;
-        calm = s.alive == alive;
+        calm = !usesTrig<R> && s.alive == alive;
         if (detect && steps >= DETECT_FROM) {
             if (s.saved) endRepeats(s);
             if (steps >= saveAt) {
