@@ -183,6 +183,20 @@ TEST_F(PoolTest, TheThreadCountMayChangeWhileAFrameIsRendered) {
     EXPECT_TRUE(pictureIsRight());
 }
 
+TEST_F(PoolTest, LoweringTheThreadCountStopsAWorkerAfterTheTileInHand) {
+    copyToView(test_support::slowView());
+    const Pool pool(1);
+    const StdoutCapture silence;
+    queueFrame();
+    std::this_thread::sleep_for(30ms);
+    numCPUThreads = 0;
+    std::this_thread::sleep_for(50ms);
+    const int left = task_count;
+    std::this_thread::sleep_for(50ms);
+    EXPECT_EQ(task_count, left);
+    EXPECT_GT(left, 0);
+}
+
 TEST_F(PoolTest, AnEmptyTileRendersNothingAndIsCountedDown) {
     const Pool pool(1);
     const Picture before = image.picture();
@@ -223,9 +237,7 @@ TEST_F(PoolTest, AShutdownBeforeTheWaitEndsItAtOnce) {
 }
 
 TEST_F(PoolTest, StoppingAbandonsWhatIsStillQueued) {
-    maxIters = 20000;
-    xMax = yMax = 0.1;
-    xMin = yMin = -0.1;  // all inside: 65,536 tiles of 20,000 steps
+    copyToView(test_support::slowView());
     const Pool pool(2);
     {
         const StdoutCapture silence;

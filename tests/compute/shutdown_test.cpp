@@ -59,7 +59,8 @@ class ShutdownTest : public testing::Test {
 
     // A view that keeps every worker busy for minutes.
     static void queueLongFrame() {
-        copyToView(test_support::makeView(0, -0.1, 0.1, -0.1, 0.1, 100000));
+        bDoublePrecision = true;
+        copyToView(test_support::slowView());
         queueFrame();
     }
 

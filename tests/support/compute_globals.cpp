@@ -89,6 +89,10 @@ fractal makeView(int type, double left, double right, double low, double high, i
     return f;
 }
 
+fractal slowView() {
+    return makeView(0, 0.25 - 1e-9, 0.25, -1e-12, 1e-12, 100000);
+}
+
 void clearQueue() {
     const std::lock_guard lock(mutex);
     workQ.clear();

@@ -59,6 +59,10 @@ class Pool {
 fractal makeView(int type, double left, double right, double low, double high, int limit,
                  double bound = 4.0);
 
+// A view whose every pixel takes 100,000 steps: by the cusp of the Mandelbrot set orbits creep,
+// never repeat and never escape, so that no renderer can cut them short.
+fractal slowView();
+
 // Drops every queued tile.
 void clearQueue();
 
