@@ -16,6 +16,7 @@
 #include <cstdint>
 #include <type_traits>
 
+#include "compute/vector_certified-inl.h"
 #include "compute/vector_number-inl.h"
 #include "compute/vector_renderer.h"
 #include "compute/vector_slots-inl.h"
@@ -264,7 +265,11 @@ void renderTile(const VectorTile<T>& tile, bool detect) {
         const int rows = std::min(MAX_PIXELS / (xEnd - x), mostRows);
         for (int y = tile.yStart; y < tile.yEnd;) {
             const int yEnd = firstPiece(y, tile.yEnd, rows);
-            renderChunk<R>(tile, {x, y, xEnd, yEnd}, detect);
+            if constexpr (usesTrig<R> && std::is_same_v<T, double>) {
+                renderChunkCertified<R>(tile, {x, y, xEnd, yEnd}, detect);
+            } else {
+                renderChunk<R>(tile, {x, y, xEnd, yEnd}, detect);
+            }
             y = yEnd;
         }
         x = xEnd;
