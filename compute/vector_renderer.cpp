@@ -24,13 +24,11 @@ bool renderAs(const VectorTile<T>& tile, int type, bool detect) {
     return false;
 #else
     bool done = false;
+    // Up to the limit tested, both parts of a live state are in the range of the trigonometry.
     visitRule(type, [&](auto rule) HWY_ATTR {
         using R = decltype(rule);
-        if (usesTrig<R> &&
-            (std::is_same_v<T, double> || !(tile.limit <= MAX_ARGUMENT * MAX_ARGUMENT))) {
-            return;
-        }
-        if constexpr (!(usesTrig<R> && std::is_same_v<T, double>)) renderTile<R>(tile, detect);
+        if (usesTrig<R> && !(tile.limit <= MAX_ARGUMENT * MAX_ARGUMENT)) return;
+        renderTile<R>(tile, detect);
         done = true;
     });
     return done;

@@ -1,0 +1,254 @@
+// Double trigonometric rules on vectors, certified: each orbit is followed approximately together
+// with a bound of its distance from the orbit that the C library's functions give. A decision that
+// the bound cannot settle is not taken; such a pixel is counted anew with the C library.
+//
+// Write z for the approximate state, E for the bound, f for the function of the rule. If the C
+// library's state lies within E of z, then its next state lies within
+//     |f'(z)| E + max|f''| E^2 / 2 + S |f(z)|_1 + S |f(z) + c|_1
+// of the next z, where S covers the difference of two evaluations of f (25 u, see
+// compute/vector_trig-inl.h) and the two roundings of the sum with c. max|f''| is taken over the
+// points within E of z and is at most cosh(|h| + E) <= 1.001 cosh(h) for E <= 2^-10, h being the
+// hyperbolic argument. Every constant below is rounded up by more than the roundings of computing
+// the bound itself can take away.
+//
+// A state and bound that return end an orbit: the bound grows with itself, so when z is the saved z
+// and E no more than the saved E, all decisions since then, "stays" each, come again.
+//
+// Included once for each instruction set (see compute/vector_renderer.cpp).
+#if defined(TESSARY_COMPUTE_VECTOR_CERTIFIED_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef TESSARY_COMPUTE_VECTOR_CERTIFIED_INL_H
+#undef TESSARY_COMPUTE_VECTOR_CERTIFIED_INL_H
+#else
+#define TESSARY_COMPUTE_VECTOR_CERTIFIED_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "compute/vector_number-inl.h"
+#include "compute/vector_renderer.h"
+#include "compute/vector_slots-inl.h"
+#include "compute/vector_trig-inl.h"
+
+#if HWY_TARGET != HWY_SCALAR
+
+HWY_BEFORE_NAMESPACE();
+namespace tessary_vector {
+namespace HWY_NAMESPACE {
+
+using RealMask = hn::Mask<RealTag>;
+
+// The count of a pixel whose orbit could not be followed to its end.
+inline constexpr std::uint64_t IN_DOUBT = ~std::uint64_t{0};
+
+// The function of each rule.
+template <class R>
+struct KindOf;
+template <>
+struct KindOf<SinRule> {
+    using Kind = SineKind;
+};
+template <>
+struct KindOf<CosRule> {
+    using Kind = CosineKind;
+};
+template <>
+struct KindOf<SinhRule> {
+    using Kind = HyperbolicSineKind;
+};
+template <>
+struct KindOf<CoshRule> {
+    using Kind = HyperbolicCosineKind;
+};
+
+// The slots of a chunk and the bound of each orbit, now and when its state was saved.
+struct CertifiedSlots {
+    Slots<double> s;
+    HWY_ALIGN double bound[Slots<double>::ROOM], savedBound[Slots<double>::ROOM];
+};
+
+// An upper bound of the length of (a, b), at most 8.3 % above it: the length is convex in the
+// smaller part, and this is the chord.
+HWY_INLINE Real lengthBound(Real a, Real b) {
+    const auto x = hn::Abs(a.v), y = hn::Abs(b.v);
+    return multiplyAdd(Real(0.41421357), Real(hn::Min(x, y)), Real(hn::Max(x, y)));
+}
+
+HWY_INLINE Real sumOfMagnitudes(const cpuComplex<Real>& z) {
+    return Real(hn::Abs(z.r.v)) + Real(hn::Abs(z.i.v));
+}
+
+// One vector of orbits in registers.
+template <class Kind>
+struct CertifiedOrbits {
+    cpuComplex<Real> z, c;
+    Real bound;
+    RealMask live;
+
+    HWY_INLINE void step() {
+        const Factors f = Kind::factors(z.r, z.i);
+        const cpuComplex<Real> value = Kind::value(f);
+        const cpuComplex<Real> slope = Kind::slope(f);
+        z = value + c;
+        const Real evaluation = (sumOfMagnitudes(value) + sumOfMagnitudes(z)) * Real(0x1p-47);
+        const Real growth = multiplyAdd(bound * Real(0.501), f.cosh, lengthBound(slope.r, slope.i));
+        bound = multiplyAdd(bound, growth, evaluation) * Real(1.0 + 0x1p-30);
+    }
+
+    // Lanes that surely escaped at this state, and those of which nobody knows.
+    HWY_INLINE void decide(Real limit, RealMask& escaped, RealMask& doubtful) const {
+        const Real size = magnitudeSquared(z);
+        const Real reach = multiplyAdd(Real(2.01), sumOfMagnitudes(z), bound);
+        const Real margin = multiplyAdd(bound, reach, size * Real(0x1p-50));
+        const RealMask certain = hn::Le(bound.v, hn::Set(RealTag(), 0x1p-10));
+        escaped = hn::And(certain, size - margin > limit);
+        const RealMask stays = hn::And(certain, limit >= size + margin);
+        doubtful = hn::AndNot(hn::Or(escaped, stays), live);
+        escaped = hn::And(escaped, live);
+    }
+};
+
+// Takes `steps` steps with one vector of slots. Lanes that escape or fall into doubt end.
+template <class Kind>
+HWY_NOINLINE void advanceCertified(CertifiedSlots& slots, std::size_t at, Real limit, int steps,
+                                   int stepsBefore) {
+    const RealTag d;
+    const Slots<double>::DU du;
+    Slots<double>& s = slots.s;
+    CertifiedOrbits<Kind> orbits{{Real(hn::Load(d, s.zr + at)), Real(hn::Load(d, s.zi + at))},
+                                 {Real(hn::Load(d, s.cr + at)), Real(hn::Load(d, s.ci + at))},
+                                 Real(hn::Load(d, slots.bound + at)),
+                                 hn::MaskFromVec(hn::Load(d, s.live + at))};
+    for (int i = 0; i < steps; ++i) {
+        orbits.step();
+        RealMask escaped, doubtful;
+        orbits.decide(limit, escaped, doubtful);
+        const RealMask ended = hn::Or(escaped, doubtful);
+        if (HWY_LIKELY(hn::AllFalse(d, ended))) continue;
+        const auto count = static_cast<std::uint64_t>(stepsBefore + i);
+        hn::BlendedStore(hn::Set(du, count), hn::RebindMask(du, escaped), du, s.count + at);
+        hn::BlendedStore(hn::Set(du, IN_DOUBT), hn::RebindMask(du, doubtful), du, s.count + at);
+        s.alive -= hn::CountTrue(d, ended);
+        orbits.live = hn::AndNot(ended, orbits.live);
+        if (hn::AllFalse(d, orbits.live)) break;
+    }
+    hn::Store(orbits.z.r.v, d, s.zr + at);
+    hn::Store(orbits.z.i.v, d, s.zi + at);
+    hn::Store(orbits.bound.v, d, slots.bound + at);
+    hn::Store(hn::VecFromMask(d, orbits.live), d, s.live + at);
+}
+
+// Ends every live slot whose state is the saved one and whose bound has not grown since.
+inline void endCertifiedRepeats(CertifiedSlots& slots) {
+    const RealTag d;
+    Slots<double>& s = slots.s;
+    for (std::size_t at = 0; at < s.used; at += Slots<double>::LANES) {
+        const auto same = hn::And(hn::Eq(hn::Load(d, s.zr + at), hn::Load(d, s.savedR + at)),
+                                  hn::Eq(hn::Load(d, s.zi + at), hn::Load(d, s.savedI + at)));
+        const auto within =
+            hn::Le(hn::Load(d, slots.bound + at), hn::Load(d, slots.savedBound + at));
+        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
+        const auto stays = hn::And(live, hn::And(same, within));
+        if (hn::AllFalse(d, stays)) continue;
+        s.alive -= hn::CountTrue(d, stays);
+        hn::Store(hn::VecFromMask(d, hn::AndNot(stays, live)), d, s.live + at);
+    }
+}
+
+// Remembers the present states and bounds. A bound may always be raised, and a raised one sinks
+// back below itself where the orbit contracts; left alone it would creep up on its rest value for
+// ever.
+inline void saveCertified(CertifiedSlots& slots) {
+    const RealTag d;
+    saveStates(slots.s);
+    for (std::size_t at = 0; at < slots.s.used; at += Slots<double>::LANES) {
+        const auto raised = hn::Mul(hn::Load(d, slots.bound + at), hn::Set(d, 2.0));
+        hn::Store(raised, d, slots.bound + at);
+        hn::Store(raised, d, slots.savedBound + at);
+    }
+}
+
+// Moves the live slots together, bounds included.
+template <class R, class Finish>
+void closeCertifiedRanks(CertifiedSlots& slots, Finish&& finish) {
+    const RealTag d;
+    packRow(d, slots.bound, slots.s);
+    if (slots.s.saved) packRow(d, slots.savedBound, slots.s);
+    closeRanks<R>(slots.s, finish);
+}
+
+// The count of the pixel at point c with the C library's functions, up to the limit. `detect` looks
+// for an orbit that returns to a saved state.
+template <class Kind>
+int countWithLibrary(const cpuComplex<double>& c, double maxSizeSquared, int limit, bool detect) {
+    cpuComplex<double> z{0.0, 0.0}, saved = z;
+    int saveAt = 8;
+    for (int count = 0; count < limit; ++count) {
+        z = Kind::exact(z) + c;
+        if (z.r * z.r + z.i * z.i > maxSizeSquared) return count;
+        if (!detect) continue;
+        const bool repeats = z.r == saved.r && z.i == saved.i;
+        const bool isNumber = z.r == z.r && z.i == z.i;  // else it never is one again
+        if (repeats || !isNumber) return limit;
+        if (count < saveAt) continue;
+        saved = z;
+        saveAt = count > (1 << 29) ? count : 2 * count;
+    }
+    return limit;
+}
+
+// As renderChunk, for the trigonometric rules in double.
+template <class R>
+void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bool detect) {
+    using Kind = typename KindOf<R>::Kind;
+    const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
+    const int limit = std::max(tile.maxIters, 0);
+    CertifiedSlots slots;
+    Slots<double>& s = slots.s;
+    fillSlots<R>(s, tile, chunk, limit);
+    fill(RealTag(), slots.bound, s.used, hn::Zero(RealTag()));
+    const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
+    const auto finish = [&](std::uint64_t place, std::uint64_t count) {
+        if (count == IN_DOUBT) {
+            const int x =
+                chunk.x0 + static_cast<int>(place % static_cast<std::uint64_t>(tile.width));
+            const int y =
+                chunk.y0 + static_cast<int>(place / static_cast<std::uint64_t>(tile.width));
+            const auto c = pixelPoint(x, y, tile.width, tile.height, tile.xMin, tile.xMax,
+                                      tile.yMin, tile.yMax);
+            count = static_cast<std::uint64_t>(
+                countWithLibrary<Kind>({c.r, c.i}, tile.limit, limit, detect));
+        }
+        paint(place, count);
+    };
+    constexpr int DETECT_CERTIFIED_FROM = 24;
+    int saveAt = DETECT_CERTIFIED_FROM;
+    for (int steps = 0; steps < limit && s.alive > 0;) {
+        const int block = std::min(steps < 24 ? 2 : 4, limit - steps);
+        for (std::size_t at = 0; at < s.used; at += Slots<double>::LANES) {
+            advanceCertified<Kind>(slots, at, Real(tile.limit), block, steps);
+        }
+        steps += block;
+        if (detect && steps >= DETECT_CERTIFIED_FROM) {
+            if (s.saved) endCertifiedRepeats(slots);
+            if (steps >= saveAt) {
+                saveCertified(slots);
+                saveAt = steps > (1 << 29) ? steps : 2 * steps;
+            }
+        }
+        const std::size_t needed = (s.alive + Slots<double>::LANES - 1) / Slots<double>::LANES;
+        if (s.alive > 0 && 8 * needed <= 7 * s.vectors()) closeCertifiedRanks<R>(slots, finish);
+    }
+    for (std::size_t n = 0; n < s.used; ++n) finish(s.place[n], s.count[n]);
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace tessary_vector
+HWY_AFTER_NAMESPACE();
+
+#endif  // HWY_TARGET
+
+#endif
