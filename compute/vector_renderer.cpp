@@ -1,6 +1,7 @@
 #include "compute/vector_renderer.h"
 
 #include <atomic>
+#include <cmath>
 
 // Highway compiles the rest of this file once for each instruction set. AVX3_DL adds nothing that a
 // rule uses; the scalable sets cannot keep vectors in structs.
@@ -43,6 +44,17 @@ bool renderDouble(const VectorTile<double>& tile, int type, bool detect) {
     return renderAs(tile, type, detect);
 }
 
+vector_control::TrigValues trigValues(double trigonometric, double hyperbolic) {
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+    return {std::sin(trigonometric), std::cos(trigonometric), std::sinh(hyperbolic),
+            std::cosh(hyperbolic)};
+#else
+    const Factors f = factorsAt(Real(trigonometric), Real(hyperbolic));
+    return {hn::GetLane(f.sin.v), hn::GetLane(f.cos.v), hn::GetLane(f.sinh.v),
+            hn::GetLane(f.cosh.v)};
+#endif
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace tessary_vector
 HWY_AFTER_NAMESPACE();
@@ -54,6 +66,7 @@ namespace {
 
 HWY_EXPORT(renderFloat);
 HWY_EXPORT(renderDouble);
+HWY_EXPORT(trigValues);
 
 // Whether to look for orbits that repeat. Tests and benchmarks write it between frames.
 std::atomic<bool> cycleDetection{true};
@@ -66,6 +79,10 @@ bool render(const VectorTile<float>& tile, int type) {
 
 bool render(const VectorTile<double>& tile, int type) {
     return HWY_DYNAMIC_DISPATCH(renderDouble)(tile, type, cycleDetection);
+}
+
+vector_control::TrigValues evaluate(double trigonometric, double hyperbolic) {
+    return HWY_DYNAMIC_DISPATCH(trigValues)(trigonometric, hyperbolic);
 }
 
 void control(bool on) {
@@ -96,6 +113,10 @@ std::vector<Target> targets() {
 void forceTarget(std::int64_t bit) {
     hwy::SetSupportedTargetsForTest(bit);
     hwy::GetChosenTarget().DeInit();
+}
+
+TrigValues evaluateTrig(double trigonometric, double hyperbolic) {
+    return tessary_vector::evaluate(trigonometric, hyperbolic);
 }
 
 void detectCycles(bool on) {

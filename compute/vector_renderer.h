@@ -42,6 +42,13 @@ std::vector<Target> targets();
 // one back.
 void forceTarget(std::int64_t bit);
 
+// sin and cos of one argument, sinh and cosh of another, as the forced instruction set computes
+// them; |arguments| <= 300. The scalar target gives the C library's values.
+struct TrigValues {
+    double sin, cos, sinh, cosh;
+};
+TrigValues evaluateTrig(double trigonometric, double hyperbolic);
+
 // Turns the search for orbits that repeat off or on (it is on at start). Off, every point that
 // stays costs all its steps; the picture is the same.
 void detectCycles(bool on);
