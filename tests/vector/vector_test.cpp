@@ -201,7 +201,9 @@ class RandomViews {
     double uniform(double low, double high) {
         return low + (high - low) * static_cast<double>(generator()) / 4294967296.0;
     }
-    int pick(int low, int high) { return low + static_cast<int>(generator() % (high - low + 1u)); }
+    int pick(int low, int high) {
+        return low + static_cast<int>(generator() % static_cast<unsigned>(high - low + 1));
+    }
 
     std::mt19937 generator{20260101};
 };
