@@ -1,0 +1,96 @@
+#include "bench/pool_frame.h"
+
+#include <algorithm>
+#include <chrono>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+#include "app/view_state.h"
+#include "compute/image.h"
+#include "compute/palette.h"
+#include "compute/renderer.h"
+#include "compute/worker_pool.h"
+
+namespace bench {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double secondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// Waits without the frame loop's 20 ms steps, which would hide what is measured. The workers are
+// idle again, polling an empty queue, when the next frame starts.
+double finishFrame(Clock::time_point start) {
+    using namespace std::chrono_literals;
+    while (task_count != 0) std::this_thread::sleep_for(50us);
+    const double seconds = secondsSince(start);
+    std::this_thread::sleep_for(3ms);
+    return seconds;
+}
+
+// Queues what keep() leaves of a frame's tiles. Under the lock throughout, so that no worker
+// begins.
+template <class Keep>
+void queueTiles(Keep&& keep) {
+    const std::lock_guard lock(mutex);
+    queueFrame();
+    std::deque<params> kept;
+    std::size_t index = 0;
+    for (params tile : workQ) {
+        if (keep(index++, tile)) kept.push_back(tile);
+    }
+    workQ.swap(kept);
+    task_count = static_cast<std::int32_t>(workQ.size());
+}
+
+}  // namespace
+
+void startPool(std::int32_t threads) {
+    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    buffer = std::make_unique<unsigned char[]>(imageBytes());
+    updatePalette(0);
+    bCPU = true;
+    startWorkers(threads);
+    numCPUThreads = max_threads;
+}
+
+void setView(const View& view, int iterationLimit, bool doublePrecision) {
+    xMin = view.xMin, xMax = view.xMax, yMin = view.yMin, yMax = view.yMax;
+    cx = view.cx, cy = view.cy;
+    maxIters = iterationLimit;
+    maxSize = view.maxSize;
+    currentFractalType = view.type;
+    bDoublePrecision = doublePrecision;
+}
+
+double frameSeconds(int stride) {
+    const MutedOutput muted;
+    if (stride == 1) {
+        const auto start = Clock::now();
+        queueFrame();
+        return finishFrame(start);
+    }
+    const auto every = static_cast<std::size_t>(stride);
+    queueTiles([&](std::size_t index, params&) { return index % every == every / 2; });
+    return finishFrame(Clock::now()) * stride;
+}
+
+double emptyFrameSeconds() {
+    const MutedOutput muted;
+    double best = 1e9;
+    for (int i = 0; i < 7; ++i) {
+        std::unique_lock lock(mutex);
+        const auto start = Clock::now();
+        queueFrame();
+        for (params& tile : workQ) tile.xEnd = tile.xStart;
+        lock.unlock();
+        best = std::min(best, finishFrame(start));
+    }
+    return best;
+}
+
+}  // namespace bench

@@ -1,0 +1,39 @@
+// Frames through the real tile queue and worker pool, timed.
+#pragma once
+
+#include <cstdint>
+#include <iostream>
+
+#include "bench/views.h"
+
+namespace bench {
+
+// Keeps the program's own lines out of the table while it lives.
+class MutedOutput {
+  public:
+    MutedOutput() : saved(std::cout.rdbuf(nullptr)) {}
+    ~MutedOutput() {
+        std::cout.rdbuf(saved);
+        std::cout.clear();
+    }
+    MutedOutput(const MutedOutput&) = delete;
+    MutedOutput& operator=(const MutedOutput&) = delete;
+
+  private:
+    std::streambuf* saved;
+};
+
+// Allocates the picture and the palettes and starts `threads` workers. Once, on the main thread.
+void startPool(std::int32_t threads);
+
+// Makes `view` the one that the next frames render; maxIters replaces its iteration limit.
+void setView(const View& view, int maxIters, bool doublePrecision);
+
+// Seconds from queuing the tiles to the end of the last one. Only every `stride`-th tile is queued;
+// the time is scaled up to all of them. stride: at least 1, odd so that it visits every row.
+double frameSeconds(int stride);
+
+// Seconds of a frame whose tiles are all empty: what the queue costs by itself.
+double emptyFrameSeconds();
+
+}  // namespace bench

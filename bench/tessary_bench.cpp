@@ -1,0 +1,146 @@
+// Whole frames of the vector renderer against the scalar one, through the real queue, in one
+// process and by turns: only figures of one run compare. docs/performance.md says how to read them.
+//
+// Names are VIEW/LIMIT/PRECISION/SET, so --benchmark_filter picks by any of them. The time of a row
+// is the vector renderer's best frame; its counters:
+//   scalar_ms   the scalar renderer's best frame (expensive ones from a sample of the tiles)
+//   ratio       scalar_ms over the row's time
+//   Gsteps/s    steps that the scalar rules take for the frame, over the row's time
+//   peak        that rate as a share of a register-only loop's (z^2 + c only)
+//   queue       share of the row's time that a frame of empty tiles takes
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "bench/mean_steps.h"
+#include "bench/peak.h"
+#include "bench/pool_frame.h"
+#include "bench/views.h"
+#include "compute/vector_renderer.h"
+#include "compute/worker_pool.h"
+
+namespace {
+
+using bench::View;
+using vector_control::Target;
+
+constexpr std::array<View, 4> MORE_VIEWS = {{
+    {"DeepSpiral", 0, -0.743643887, -0.743543887, 0.131825904, 0.131925904, 0, 0, 4096, 4.0},
+    {"DeepNeedle", 0, -1.7490863749, -1.7490863748, -0.00000000005, 0.00000000005, 0, 0, 4096, 4.0},
+    {"DeepMiniature", 0, -1.7687788005, -1.7687788000, 0.0017389255, 0.0017389260, 0, 0, 4096, 4.0},
+    {"AllInterior", 0, -0.1, 0.1, -0.1, 0.1, 0, 0, 768, 4.0},
+}};
+
+struct Case {
+    View view;
+    int limit;
+    bool doublePrecision;
+    Target target;
+    bool detectCycles;
+    std::int32_t threads;
+};
+
+std::int64_t scalarBit() {
+    return vector_control::targets().back().bit;
+}
+
+// Every how-manieth tile to render so that a frame takes about a second at most.
+int affordableStride() {
+    constexpr int FIRST_TRY = 4097;
+    const double frame = bench::frameSeconds(FIRST_TRY);
+    const auto stride = static_cast<int>(std::min(frame, 1000.0));
+    return stride | 1;
+}
+
+double peakOf(const Case& c) {
+    static std::map<std::pair<std::int64_t, std::pair<bool, std::int32_t>>, double> known;
+    double& peak = known[{c.target.bit, {c.doublePrecision, c.threads}}];
+    if (peak == 0) peak = bench::peakStepsPerSecond(c.doublePrecision, c.threads);
+    return peak;
+}
+
+void report(benchmark::State& state, const Case& c, double scalar, double vectors) {
+    const double rate =
+        bench::meanSteps(c.view, c.limit, c.doublePrecision) * 2048 * 2048 / vectors;
+    state.counters["scalar_ms"] = 1e3 * scalar;
+    state.counters["ratio"] = scalar / vectors;
+    state.counters["Gsteps/s"] = 1e-9 * rate;
+    if (c.view.type <= 1) state.counters["peak"] = rate / peakOf(c);
+    state.counters["queue"] = bench::emptyFrameSeconds() / vectors;
+}
+
+// One iteration is a pair of frames; the best of each renderer counts, because whatever else the
+// machine does can only add to a time.
+void compare(benchmark::State& state, const Case& c) {
+    numCPUThreads = c.threads;
+    vector_control::detectCycles(c.detectCycles);
+    bench::setView(c.view, c.limit, c.doublePrecision);
+    vector_control::forceTarget(scalarBit());
+    const int scalarStride = affordableStride();
+    vector_control::forceTarget(c.target.bit);
+    const int stride = affordableStride();
+    double scalar = 1e9, vectors = 1e9;
+    for (auto _ : state) {
+        vector_control::forceTarget(scalarBit());
+        scalar = std::min(scalar, bench::frameSeconds(scalarStride));
+        vector_control::forceTarget(c.target.bit);
+        vectors = std::min(vectors, bench::frameSeconds(stride));
+        vectors = std::min(vectors, bench::frameSeconds(stride));
+        state.SetIterationTime(vectors);
+    }
+    report(state, c, scalar, vectors);
+    vector_control::detectCycles(true);
+    vector_control::forceTarget(0);
+    numCPUThreads = max_threads;
+}
+
+void add(const Case& c) {
+    std::string name = std::string(c.view.label) + "/" + std::to_string(c.limit) +
+                       (c.doublePrecision ? "/double/" : "/single/") + c.target.name;
+    if (!c.detectCycles) name += "/nodetect";
+    if (c.threads != max_threads) name += "/threads" + std::to_string(c.threads);
+    benchmark::RegisterBenchmark(name.c_str(), [c](benchmark::State& state) { compare(state, c); })
+        ->UseManualTime()
+        ->Iterations(4)
+        ->Unit(benchmark::kMillisecond);
+}
+
+// Each view under its own limit and the three common ones.
+void addLimits(const View& view, bool doublePrecision, const Target& target) {
+    add({view, view.maxIters, doublePrecision, target, true, max_threads});
+    for (const int limit : {768, 4096, 65536}) {
+        if (limit != view.maxIters) add({view, limit, doublePrecision, target, true, max_threads});
+    }
+}
+
+void addTarget(const Target& target) {
+    for (const bool doublePrecision : {false, true}) {
+        for (const View& view : bench::views) addLimits(view, doublePrecision, target);
+        for (const View& view : MORE_VIEWS) addLimits(view, doublePrecision, target);
+        const View& interior = MORE_VIEWS.back();
+        add({interior, interior.maxIters, doublePrecision, target, false, max_threads});
+        for (std::int32_t threads = 1; threads < max_threads; ++threads) {
+            const View& start = bench::views.front();
+            add({start, start.maxIters, doublePrecision, target, true, threads});
+        }
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    benchmark::Initialize(&argc, argv);
+    bench::startPool(static_cast<std::int32_t>(std::max(1u, std::thread::hardware_concurrency())));
+    for (const Target& target : targets()) {
+        if (target.bit != scalarBit()) addTarget(target);
+    }
+    benchmark::RunSpecifiedBenchmarks();
+    stopWorkers(false);
+    return 0;
+}
