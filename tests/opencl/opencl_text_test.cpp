@@ -2,7 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <cctype>
+#include <sstream>
 #include <string>
 
 #include "compute/kernels/embedded.h"
@@ -22,15 +23,36 @@ std::string withoutFirstLine(const std::string& text) {
     return text.substr(text.find('\n'));
 }
 
-std::string replaced(const std::string& text, const std::string& pattern, const std::string& by) {
-    return std::regex_replace(text, std::regex(pattern), by);
+bool isPartOfAName(char letter) {
+    return std::isalnum(static_cast<unsigned char>(letter)) || letter == '_';
+}
+
+// The text with every name `from` (not names that contain it) replaced.
+std::string renamed(std::string text, const std::string& from, const std::string& to) {
+    for (auto at = text.find(from); at != std::string::npos; at = text.find(from, at + 1)) {
+        const auto end = at + from.size();
+        if (at > 0 && isPartOfAName(text[at - 1])) continue;
+        if (end < text.size() && isPartOfAName(text[end])) continue;
+        text.replace(at, from.size(), to);
+    }
+    return text;
 }
 
 // The double text said in single precision.
-std::string toSingle(const std::string& text) {
-    std::string single = replaced(text, "\\bdouble\\b", "float");
-    single = replaced(single, "\\b(cos|sin|cosh|sinh|exp)CDouble\\b", "$1Cfloat");
-    return replaced(single, "add\\(c, h\\)", "add(h, c)");
+std::string toSingle(std::string text) {
+    text = renamed(text, "double", "float");
+    for (const std::string name : {"cosC", "sinC", "coshC", "sinhC", "expC"}) {
+        text = renamed(text, name + "Double", name + "float");
+    }
+    return renamed(text, "add(c, h)", "add(h, c)");
+}
+
+// The text with every run of white space as one blank.
+std::string onOneLine(const std::string& text) {
+    std::istringstream words(text);
+    std::string flat;
+    for (std::string word; words >> word;) flat += word + " ";
+    return flat;
 }
 
 class EachText : public testing::TestWithParam<const char*> {
@@ -62,11 +84,11 @@ TEST(KernelText, SingleDiffersFromDoubleInPrecisionNamesAndOneSumOnly) {
 }
 
 TEST(KernelText, SingleNamesNoDoubleType) {
-    EXPECT_FALSE(std::regex_search(kernel_single_embedded, std::regex("\\bdouble\\b|CDouble")));
+    EXPECT_EQ(toSingle(kernel_single_embedded), kernel_single_embedded);
 }
 
 TEST(KernelText, DoubleNamesNoFloatType) {
-    EXPECT_FALSE(std::regex_search(kernel_double_embedded, std::regex("\\bfloat\\b|Cfloat")));
+    EXPECT_THAT(kernel_double_embedded, Not(HasSubstr("float")));
 }
 
 TEST(KernelText, SingleHasItsComplexFunctions) {
@@ -106,12 +128,13 @@ TEST_P(EachText, KeepsNoTokenOfTheSharedSource) {
 }
 
 TEST_P(EachText, HasTheKernelWithItsArgumentsInOrder) {
-    const std::string flat = replaced(text, "\\s+", " ");
-    EXPECT_TRUE(std::regex_search(
-        flat, std::regex("__kernel void do_work\\(int width, int height, (\\w+) xMin, \\1 xMax, "
-                         "\\1 yMin, \\1 yMax, \\1 cx, \\1 cy, \\1 maxSizeSquared, int maxIters, "
-                         "__global uchar \\*buffer, __global uchar \\*colourPalette, "
-                         "int type\\)")));
+    const std::string number = text.find("CDouble") == std::string::npos ? "float " : "double ";
+    std::string arguments = "int width, int height, ";
+    for (const char* name : {"xMin", "xMax", "yMin", "yMax", "cx", "cy", "maxSizeSquared"}) {
+        arguments += number + name + ", ";
+    }
+    arguments += "int maxIters, __global uchar *buffer, __global uchar *colourPalette, int type";
+    EXPECT_THAT(onOneLine(text), HasSubstr("__kernel void do_work(" + arguments + ")"));
 }
 
 std::string textName(const testing::TestParamInfo<const char*>& test) {
