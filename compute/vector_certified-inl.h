@@ -242,7 +242,7 @@ void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bo
         const std::size_t needed = (s.alive + Slots<double>::LANES - 1) / Slots<double>::LANES;
         if (s.alive > 0 && 8 * needed <= 7 * s.vectors()) closeCertifiedRanks<R>(slots, finish);
     }
-    for (std::size_t n = 0; n < s.used; ++n) finish(s.place[n], s.count[n]);
+    finishAll(s, finish);
 }
 
 }  // namespace HWY_NAMESPACE

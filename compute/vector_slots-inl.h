@@ -43,13 +43,15 @@ struct Slots {
     static constexpr std::size_t ROOM = MAX_PIXELS + GROUP * LANES + MAX_COLUMNS;
 
     HWY_ALIGN T zr[ROOM], zi[ROOM];          // state of the orbit
-    HWY_ALIGN T cr[ROOM], ci[ROOM];          // constant of the rule, where it is the pixel's point
+    HWY_ALIGN T cr[ROOM], ci[ROOM];          // the pixel's point: the orbit's start or constant
     HWY_ALIGN T savedR[ROOM], savedI[ROOM];  // an earlier state, to see whether it returns
     HWY_ALIGN T live[ROOM];                  // all bits set while the orbit iterates
     HWY_ALIGN Word count[ROOM];              // final count; the iteration limit until known
     HWY_ALIGN Word place[ROOM];              // pixels from the first one of the chunk
     std::size_t used, alive;
-    bool saved;  // whether savedR, savedI hold states
+    bool saved;                   // whether savedR, savedI hold states
+    bool placed;                  // whether place is written: not before slots leave their order
+    std::size_t columns, stride;  // of the chunk and of the picture
 
     std::size_t vectors() const { return (used + LANES - 1) / LANES; }
 };
@@ -85,7 +87,7 @@ struct Points {
     HWY_ALIGN T re[MAX_PIXELS], im[MAX_PIXELS];
 
     Points(const VectorTile<T>& tile, const Chunk& chunk) {
-        constexpr int STRIDE = MAX_COLUMNS;
+        constexpr int STRIDE = 8;
         const int n = std::max(chunk.x1 - chunk.x0, chunk.y1 - chunk.y0);
         for (int from = 0; from < n; from += STRIDE) {
             for (int i = from; i < from + STRIDE; ++i) {
@@ -103,40 +105,57 @@ struct Points {
     }
 };
 
-// Gives every pixel of the chunk a slot, row by row, at the start of its orbit by rule R.
-// limit: the iteration limit, at least 0.
-template <class R, class T>
-void fillSlots(Slots<T>& s, const VectorTile<T>& tile, const Chunk& chunk, int limit) {
-    using Word = typename Slots<T>::Word;
+// Gives every pixel of the chunk a slot, row by row, and writes its point there. Slots behind the
+// last one, to the end of the group, get a harmless point.
+template <class T>
+void takePixels(Slots<T>& s, const VectorTile<T>& tile, const Chunk& chunk) {
     const typename Slots<T>::D d;
-    const typename Slots<T>::DU du;
+    constexpr std::size_t LANES = Slots<T>::LANES;
     const Points<T> points(tile, chunk);
-    const auto columns = static_cast<std::size_t>(chunk.x1 - chunk.x0);
+    s.columns = static_cast<std::size_t>(chunk.x1 - chunk.x0);
+    s.stride = static_cast<std::size_t>(tile.width);
     const auto rows = static_cast<std::size_t>(chunk.y1 - chunk.y0);
-    for (std::size_t y = 0, n = 0; y < rows; ++y, n += columns) {
+    for (std::size_t y = 0, n = 0; y < rows; ++y, n += s.columns) {
         const auto im = hn::Set(d, points.im[y]);
-        const auto firstPlace = static_cast<Word>(y * static_cast<std::size_t>(tile.width));
-        for (std::size_t x = 0; x < columns; x += Slots<T>::LANES) {
-            const auto re = hn::Load(d, points.re + x);
-            if (R::start == Start::pixel) {
-                hn::StoreU(re, d, s.zr + n + x);
-                hn::StoreU(im, d, s.zi + n + x);
-            }
-            if (R::constant == Constant::pixel) {
-                hn::StoreU(re, d, s.cr + n + x);
-                hn::StoreU(im, d, s.ci + n + x);
-            }
-            const auto place = hn::Iota(du, static_cast<Word>(firstPlace + x));
+        for (std::size_t x = 0; x < s.columns; x += LANES) {
+            hn::StoreU(hn::Load(d, points.re + x), d, s.cr + n + x);
+            hn::StoreU(im, d, s.ci + n + x);
+        }
+    }
+    s.used = s.alive = s.columns * rows;
+    s.saved = s.placed = false;
+    if (s.used % (GROUP * LANES) == 0) return;
+    fill(d, s.cr + s.used, GROUP * LANES, hn::Zero(d));
+    fill(d, s.ci + s.used, GROUP * LANES, hn::Zero(d));
+}
+
+// Writes down which pixel each slot holds, while the slots are still in the order of the pixels.
+template <class T>
+void writePlaces(Slots<T>& s) {
+    const typename Slots<T>::DU du;
+    using Word = typename Slots<T>::Word;
+    for (std::size_t n = 0, row = 0; n < s.used; n += s.columns, row += s.stride) {
+        for (std::size_t x = 0; x < s.columns; x += Slots<T>::LANES) {
+            const auto place = hn::Iota(du, static_cast<Word>(row + x));
             hn::StoreU(place, du, s.place + n + x);
         }
     }
-    s.used = columns * rows;
-    s.saved = false;
-    if (R::start == Start::zero) {
-        fill(d, s.zr, s.used, hn::Zero(d));
-        fill(d, s.zi, s.used, hn::Zero(d));
+    s.placed = true;
+}
+
+// Takes the pixels of the chunk and puts every orbit at its start by rule R. limit: the iteration
+// limit, at least 0.
+template <class R, class T>
+void fillSlots(Slots<T>& s, const VectorTile<T>& tile, const Chunk& chunk, int limit) {
+    const typename Slots<T>::D d;
+    const typename Slots<T>::DU du;
+    takePixels(s, tile, chunk);
+    const bool atPixel = R::start == Start::pixel;
+    for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) {
+        hn::Store(atPixel ? hn::Load(d, s.cr + at) : hn::Zero(d), d, s.zr + at);
+        hn::Store(atPixel ? hn::Load(d, s.ci + at) : hn::Zero(d), d, s.zi + at);
     }
-    fill(du, s.count, s.used, hn::Set(du, static_cast<Word>(limit)));
+    fill(du, s.count, s.used, hn::Set(du, static_cast<typename Slots<T>::Word>(limit)));
     reviveUsed(s);
 }
 
@@ -158,6 +177,7 @@ template <class R, class T, class Finish>
 void closeRanks(Slots<T>& s, Finish&& finish) {
     const typename Slots<T>::D d;
     const typename Slots<T>::DU du;
+    if (!s.placed) writePlaces(s);
     for (std::size_t n = 0; n < s.used; ++n) {
         typename Slots<T>::Word live;
         std::memcpy(&live, s.live + n, sizeof live);
@@ -177,6 +197,18 @@ void closeRanks(Slots<T>& s, Finish&& finish) {
     packRow(du, s.count, s);
     s.used = s.alive;
     reviveUsed(s);
+}
+
+// Hands the place and count of every used slot to finish().
+template <class T, class Finish>
+void finishAll(const Slots<T>& s, Finish&& finish) {
+    if (s.placed) {
+        for (std::size_t n = 0; n < s.used; ++n) finish(s.place[n], s.count[n]);
+        return;
+    }
+    for (std::size_t n = 0, row = 0; n < s.used; n += s.columns, row += s.stride) {
+        for (std::size_t x = 0; x < s.columns; ++x) finish(row + x, s.count[n + x]);
+    }
 }
 
 // Remembers the present state of every slot.

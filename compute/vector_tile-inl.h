@@ -48,19 +48,29 @@ template <class R, std::size_t K, class T>
 struct Group {
     using S = Slots<T>;
     using D = typename S::D;
+    using C = cpuComplex<Number<T>>;
 
-    HWY_INLINE Group(const S& s, std::size_t first, const Shared<T>& view) : limit(view.limit) {
+    // Orbits as the slots hold them, or at their start.
+    HWY_INLINE Group(const S& s, std::size_t first, const Shared<T>& view, bool atStart)
+        : limit(view.limit) {
         const D d;
         HWY_UNROLL(4)
         for (std::size_t k = 0; k < K; ++k) {
             const std::size_t at = first + k * S::LANES;
-            z[k] = {Number<T>(hn::Load(d, s.zr + at)), Number<T>(hn::Load(d, s.zi + at))};
-            c[k] = R::constant == Constant::view
-                       ? view.c
-                       : cpuComplex<Number<T>>{Number<T>(hn::Load(d, s.cr + at)),
-                                               Number<T>(hn::Load(d, s.ci + at))};
-            live[k] = hn::MaskFromVec(hn::Load(d, s.live + at));
+            const C point = pair(s.cr + at, s.ci + at);
+            c[k] = R::constant == Constant::view ? view.c : point;
+            if (atStart) {
+                z[k] = R::start == Start::pixel ? point : C{Number<T>(0.0), Number<T>(0.0)};
+                live[k] = hn::FirstN(d, s.used - std::min(s.used, at));
+            } else {
+                z[k] = pair(s.zr + at, s.zi + at);
+                live[k] = hn::MaskFromVec(hn::Load(d, s.live + at));
+            }
         }
+    }
+
+    static HWY_INLINE C pair(const T* r, const T* i) {
+        return {Number<T>(hn::Load(D(), r)), Number<T>(hn::Load(D(), i))};
     }
 
     // One step of every lane. A lane is live until |z|^2 is greater than the limit for the first
@@ -80,6 +90,13 @@ struct Group {
         z[k] = {select(live[k], z[k].r, zero), select(live[k], z[k].i, zero)};
     }
 
+    HWY_INLINE bool anyLive() const {
+        auto any = live[0];
+        HWY_UNROLL(4)
+        for (std::size_t k = 1; k < K; ++k) any = hn::Or(any, live[k]);
+        return !hn::AllFalse(D(), any);
+    }
+
     HWY_INLINE void storeState(S& s, std::size_t first) const {
         const D d;
         HWY_UNROLL(4)
@@ -91,7 +108,7 @@ struct Group {
     }
 
     Number<T> limit;
-    cpuComplex<Number<T>> z[K], c[K];
+    C z[K], c[K];
     MaskOf<T> live[K];
 };
 
@@ -102,7 +119,8 @@ HWY_NOINLINE HWY_FLATTEN bool allStay(Slots<T>& s, std::size_t first, const Shar
                                       int steps) {
     using S = Slots<T>;
     const typename S::D d;
-    Group<R, K, T> g(s, first, view);
+    Group<R, K, T> g(s, first, view, false);
+    if (!g.anyLive()) return true;
     for (int i = 0; i < steps; ++i) g.step();
     HWY_UNROLL(4)
     for (std::size_t k = 0; k < K; ++k) {
@@ -111,6 +129,68 @@ HWY_NOINLINE HWY_FLATTEN bool allStay(Slots<T>& s, std::size_t first, const Shar
     }
     g.storeState(s, first);
     return true;
+}
+
+// A group that counts the steps of each lane while it lives.
+template <class R, std::size_t K, class T>
+struct CountingGroup : Group<R, K, T> {
+    using S = Slots<T>;
+    using DU = typename S::DU;
+
+    HWY_INLINE CountingGroup(const S& s, std::size_t first, const Shared<T>& view, bool atStart,
+                             int stepsBefore)
+        : Group<R, K, T>(s, first, view, atStart) {
+        HWY_UNROLL(4)
+        for (std::size_t k = 0; k < K; ++k) {
+            count[k] = hn::Set(DU(), static_cast<typename S::Word>(stepsBefore));
+        }
+    }
+
+    // Two steps at a time until `steps` are taken or nobody is left.
+    HWY_INLINE void run(int steps) {
+        for (; steps > 1; steps -= 2) {
+            stepAndCount();
+            stepAndCount();
+            if (!this->anyLive()) return;
+        }
+        if (steps == 1) stepAndCount();
+    }
+
+    HWY_INLINE void stepAndCount() {
+        const typename S::D d;
+        this->step();
+        HWY_UNROLL(4)
+        for (std::size_t k = 0; k < K; ++k) {
+            const auto alive = hn::VecFromMask(d, this->live[k]);
+            count[k] = hn::Sub(count[k], hn::BitCast(DU(), alive));
+        }
+    }
+
+    hn::Vec<DU> count[K];
+};
+
+// The first `steps` steps of a group that has only taken its pixels; writes all of its slots, with
+// the count `limit` for lanes that are still live, and returns how many are not.
+template <class R, std::size_t K, class T>
+HWY_NOINLINE HWY_FLATTEN std::size_t startOrbits(Slots<T>& s, std::size_t first,
+                                                 const Shared<T>& view, int steps, int limit) {
+    using S = Slots<T>;
+    const typename S::D d;
+    const typename S::DU du;
+    CountingGroup<R, K, T> g(s, first, view, true, 0);
+    g.run(steps);
+    const auto undecided = hn::Set(du, static_cast<typename S::Word>(limit));
+    std::size_t staying = 0;
+    HWY_UNROLL(4)
+    for (std::size_t k = 0; k < K; ++k) {
+        const std::size_t at = first + k * S::LANES;
+        staying += hn::CountTrue(d, g.live[k]);
+        const auto live = hn::RebindMask(du, g.live[k]);
+        hn::Store(hn::IfThenElse(live, undecided, g.count[k]), du, s.count + at);
+        hn::Store(hn::VecFromMask(d, g.live[k]), d, s.live + at);
+    }
+    if (staying > 0) g.storeState(s, first);
+    return std::min(s.used - std::min(s.used, first), K * S::LANES) - staying;
 }
 
 // Takes `steps` steps, writes down the count of every lane that escapes and returns how many did.
@@ -122,19 +202,8 @@ HWY_NOINLINE HWY_FLATTEN std::size_t countEscapes(Slots<T>& s, std::size_t first
     using S = Slots<T>;
     const typename S::D d;
     const typename S::DU du;
-    Group<R, K, T> g(s, first, view);
-    hn::Vec<typename S::DU> count[K];
-    HWY_UNROLL(4)
-    for (std::size_t k = 0; k < K; ++k) {
-        count[k] = hn::Set(du, static_cast<typename S::Word>(stepsBefore));
-    }
-    for (int i = 0; i < steps; ++i) {
-        g.step();
-        HWY_UNROLL(4)
-        for (std::size_t k = 0; k < K; ++k) {
-            count[k] = hn::Sub(count[k], hn::BitCast(du, hn::VecFromMask(d, g.live[k])));
-        }
-    }
+    CountingGroup<R, K, T> g(s, first, view, false, stepsBefore);
+    g.run(steps);
     g.storeState(s, first);
     std::size_t escaped = 0;
     HWY_UNROLL(4)
@@ -144,34 +213,45 @@ HWY_NOINLINE HWY_FLATTEN std::size_t countEscapes(Slots<T>& s, std::size_t first
         const auto gone = hn::AndNot(g.live[k], before);
         if (hn::AllFalse(d, gone)) continue;
         escaped += hn::CountTrue(d, gone);
-        hn::BlendedStore(count[k], hn::RebindMask(du, gone), du, s.count + at);
+        hn::BlendedStore(g.count[k], hn::RebindMask(du, gone), du, s.count + at);
         hn::Store(hn::VecFromMask(d, g.live[k]), d, s.live + at);
     }
     return escaped;
 }
 
-// Advances one group; returns how many lanes escaped. `calm` says that none did in the block
-// before: then counting would be waste, and a block that proves eventful after all is done again.
+// What the slots have behind them, and what to do next.
+struct Block {
+    int steps;        // to take now
+    int stepsBefore;  // taken by every slot
+    int limit;        // of iterations
+    bool calm;        // nobody escaped in the block before
+};
+
+// Advances one group; returns how many lanes escaped. After a calm block counting would be waste;
+// a block that proves eventful after all is done again.
 template <class R, std::size_t K, class T>
 HWY_INLINE std::size_t advanceGroup(Slots<T>& s, std::size_t first, const Shared<T>& view,
-                                    int steps, int stepsBefore, bool calm) {
-    if (calm && allStay<R, K>(s, first, view, steps)) return 0;
-    return countEscapes<R, K>(s, first, view, steps, stepsBefore);
+                                    const Block& block) {
+    if (block.stepsBefore == 0) {
+        return startOrbits<R, K>(s, first, view, block.steps, block.limit);
+    }
+    if (block.calm && allStay<R, K>(s, first, view, block.steps)) return 0;
+    return countEscapes<R, K>(s, first, view, block.steps, block.stepsBefore);
 }
 
-// Advances all slots by `steps` steps.
+// Advances all slots by one block.
 template <class R, class T>
-void advance(Slots<T>& s, const Shared<T>& view, int steps, int stepsBefore, bool calm) {
+void advance(Slots<T>& s, const Shared<T>& view, const Block& block) {
     constexpr std::size_t LANES = Slots<T>::LANES;
     std::size_t vectors = s.vectors(), first = 0;
     std::size_t escaped = 0;
     for (; vectors > 2; vectors -= std::min(vectors, GROUP), first += GROUP * LANES) {
-        escaped += advanceGroup<R, GROUP>(s, first, view, steps, stepsBefore, calm);
+        escaped += advanceGroup<R, GROUP>(s, first, view, block);
     }
     if (vectors == 2) {
-        escaped += advanceGroup<R, 2>(s, first, view, steps, stepsBefore, calm);
+        escaped += advanceGroup<R, 2>(s, first, view, block);
     } else if (vectors == 1) {
-        escaped += advanceGroup<R, 1>(s, first, view, steps, stepsBefore, calm);
+        escaped += advanceGroup<R, 1>(s, first, view, block);
     }
     s.alive -= escaped;
 }
@@ -226,7 +306,7 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     const int limit = std::max(tile.maxIters, 0);
     prefetchRows(tile.buffer + 4 * corner, chunk.y1 - chunk.y0, tile.width);
     Slots<T> s;
-    fillSlots<R>(s, tile, chunk, limit);
+    takePixels(s, tile, chunk);
     const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
     const Shared<T> view(tile);
     int saveAt = DETECT_FROM;
@@ -234,7 +314,7 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     for (int steps = 0; steps < limit && s.alive > 0;) {
         const int block = std::min(blockLength<R>(steps), limit - steps);
         const std::size_t alive = s.alive;
-        advance<R>(s, view, block, steps, calm);
+        advance<R>(s, view, {block, steps, limit, calm});
         steps += block;
         calm = !usesTrig<R> && s.alive == alive;
         if (detect && steps >= DETECT_FROM) {
@@ -246,7 +326,7 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
         }
         if (s.alive > 0 && worthClosing(s)) closeRanks<R>(s, paint);
     }
-    for (std::size_t n = 0; n < s.used; ++n) paint(s.place[n], s.count[n]);
+    finishAll(s, paint);
 }
 
 // The end of the first of `parts` nearly equal pieces of [from, to).
