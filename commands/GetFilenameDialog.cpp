@@ -57,23 +57,29 @@ class Toolkit {
     // Loads the library; false, with a line on standard error, when it is not there.
     bool load() {
         void* library = dlopen("libgtk-3.so.0", RTLD_LAZY | RTLD_LOCAL);
-        const bool found = library != nullptr && findFunctions(library);
-        if (!found) std::cerr << "No file panel can be shown: " << dlerror() << std::endl;
-        return found;
+        const bool complete = library != nullptr && findFunctions(library);
+        if (!complete) std::cerr << "No file panel can be shown: " << dlerror() << std::endl;
+        return complete;
     }
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): the name of a member cannot stand in parentheses
 #define DECLARE(name) decltype(&::name) name = nullptr;
     TESSARY_TOOLKIT_FUNCTIONS(DECLARE)
 #undef DECLARE
 
   private:
+    template <class F>
+    static bool find(void* library, const char* name, F& function) {
+        function = reinterpret_cast<F>(dlsym(library, name));
+        return function != nullptr;
+    }
+
     bool findFunctions(void* library) {
-#define FIND(name)                                                  \
-    name = reinterpret_cast<decltype(name)>(dlsym(library, #name)); \
-    if (name == nullptr) return false;
+        bool complete = true;
+#define FIND(name) complete = complete && find(library, #name, name);
         TESSARY_TOOLKIT_FUNCTIONS(FIND)
 #undef FIND
-        return true;
+        return complete;
     }
 };
 
@@ -122,7 +128,7 @@ bool startToolkit() {
     int argc = display.empty() ? 1 : 3;
 
     const ErrorHandlers before = exchange({});
-    const bool started = toolkit.gtk_init_check(&argc, &argv);
+    const bool started = toolkit.gtk_init_check(&argc, &argv) != FALSE;
     panelHandlers = exchange(before);
     return started;
 }

@@ -58,17 +58,17 @@ void storeValue(fractal& entry, const std::string& label, const std::string& val
 void Append(std::string label, std::string value, std::vector<std::string>& labels,
             std::vector<std::string>& values) {
     labels.push_back(label);
-    values.push_back(value.c_str());
+    values.emplace_back(value.c_str());
 }
 
 void Append(std::string label, double value, std::vector<std::string>& labels,
             std::vector<std::string>& values) {
     std::array<char, 400> text;  // the longest double has 309 digits before the point
-    const auto end =
+    const char* const end =
         std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6)
             .ptr;
     labels.push_back(label);
-    values.emplace_back(text.data(), end);
+    values.emplace_back(text.data(), static_cast<std::size_t>(end - text.data()));
 }
 
 void showParameterDialog() {
