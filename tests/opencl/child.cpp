@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The folder of the test that is running: the runtime's compile cache and all scratch files.
+// The folder of the test that is running, for its scratch files.
 fs::path testFolder() {
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
     std::string name = "outside_a_test";
@@ -52,15 +52,18 @@ void redirect(int descriptor, const std::string& path) {
     _exit(126);
 }
 
-// In-process OpenCL must not compile into a cache that another test reads at the same time.
-class CacheFolder : public testing::EmptyTestEventListener {
+// Every test, and the drivers it runs, sees one known runtime with one device. Compiled programs
+// are kept in the build folder for all of them: they are a few texts, compiled again and again.
+class KnownRuntime : public testing::EmptyTestEventListener {
     void OnTestStart(const testing::TestInfo&) override {
-        setenv("POCL_CACHE_DIR", scratchFile("pocl_cache").c_str(), 1);
+        setenv("OCL_ICD_VENDORS", "/etc/OpenCL/vendors/pocl.icd", 1);
+        setenv("POCL_DEVICES", "pthread", 1);
+        setenv("POCL_CACHE_DIR", TESSARY_OPENCL_SCRATCH "/pocl_cache", 1);
     }
 };
 
 [[maybe_unused]] const bool listening = [] {
-    testing::UnitTest::GetInstance()->listeners().Append(new CacheFolder);
+    testing::UnitTest::GetInstance()->listeners().Append(new KnownRuntime);
     return true;
 }();
 
@@ -80,7 +83,6 @@ Result run(const std::string& commands, const Environment& environment) {
 
     const pid_t process = fork();
     if (process == 0) {
-        setenv("POCL_CACHE_DIR", scratchFile("pocl_cache").c_str(), 1);
         setenv("TESSARY_LAYER_LOG", log.c_str(), 1);
         for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
         becomeDriver(words, out, err);

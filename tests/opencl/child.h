@@ -29,7 +29,7 @@ std::vector<std::string> linesThatStart(const std::string& text, const std::stri
 // A file name for this test alone in the build folder; nothing is created.
 std::string scratchFile(const std::string& name);
 
-// The printed lines that list the devices, without the blank line end.
+// The lines of a text, without their ends.
 std::vector<std::string> lines(const std::string& text);
 
 }  // namespace child

@@ -51,6 +51,11 @@ const Failure failures[] = {
 INSTANTIATE_TEST_SUITE_P(Each, WhenACallFails, testing::ValuesIn(failures),
                          [](const auto& test) { return std::string(test.param.label); });
 
+TEST(ReadBackFailure, WaitsForTheKernelBeforeTheProcessEnds) {
+    const auto run = child::run(FRAME, child::layer("fail=clEnqueueReadBuffer:-5"));
+    EXPECT_EQ(child::lines(run.callLog).back(), "clFinish");
+}
+
 TEST(BuildFailure, ShowsTheCompilersLog) {
     const auto run = child::run(FRAME, child::layer("broken_source"));
     EXPECT_THAT(run.out, AllOf(HasSubstr("\nCould not build program\nError code -11\n"),
