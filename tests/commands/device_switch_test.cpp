@@ -1,6 +1,8 @@
 // The "Devices" menu over real OpenCL devices: pictures come out of every switch.
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "app/catalogue.h"
 #include "app/frame_loop.h"
 #include "commands/menu_handlers.h"
@@ -17,6 +19,17 @@ using test_support::Picture;
 namespace {
 
 constexpr int SIDE = 256;
+
+// Two devices of one library, whatever else is installed. Takes effect before the loader is asked
+// for its first device.
+class TwoDevices : public testing::Environment {
+    void SetUp() override {
+        setenv("OCL_ICD_VENDORS", "/etc/OpenCL/vendors/pocl.icd", 1);
+        setenv("POCL_DEVICES", "pthread basic", 1);
+    }
+};
+
+testing::Environment* const twoDevices = testing::AddGlobalTestEnvironment(new TwoDevices);
 
 class DeviceSwitch : public stand_ins::CommandsTest {
   protected:

@@ -38,6 +38,10 @@ CREATIONS = [
 ]
 
 
+# Two devices of one OpenCL library, whatever else is installed.
+TWO_DEVICES = {"OCL_ICD_VENDORS": "/etc/OpenCL/vendors/pocl.icd", "POCL_DEVICES": "pthread basic"}
+
+
 def device_items(devices=0):
     return ["CPU", *[f"device {number}" for number in range(devices)], "Double precision",
             "CPU Threads", "System information"]

@@ -269,21 +269,21 @@ class Quitting(MenuTest):
 
 
 class Switching(MenuTest):
-    DEVICES = 1
+    DEVICES = 2
 
     def test_everything_switches_while_cycling(self):
         with tempfile.TemporaryDirectory() as folder:
             path = os.path.join(folder, "small.frac")
             with open(path, "wb") as file:
                 file.write(b"".join(SMALL_CATALOGUE))
-            program = self.start_and_settle(env={"OCL_ICD_VENDORS": None})
+            program = self.start_and_settle(env=menus.TWO_DEVICES)
             self.load_from(program, path)
             program.wait_for_line("^Loaded  3 fractals.$")
         self.choose(program, "Fractals", "Cycle")
         for path in (("Palette", "RGB Cycle"), ("Devices", "Double precision"), ("Devices", "CPU"),
                      ("Devices", "CPU Threads", "1"), ("Devices", "Double precision"),
                      ("Palette", "Random Colours"), ("Devices", "device 0"),
-                     ("Devices", "Double precision"), ("Devices", "CPU"),
+                     ("Devices", "Double precision"), ("Devices", "device 1"), ("Devices", "CPU"),
                      ("Devices", "CPU Threads", str(os.cpu_count())),
                      ("Devices", "Double precision")):
             self.choose(program, *path)
@@ -297,11 +297,11 @@ class Switching(MenuTest):
         self.quit(program)
 
     def test_devices_and_precisions_show_the_same_fractal(self):
-        program = self.start_and_settle(env={"OCL_ICD_VENDORS": None})
+        program = self.start_and_settle(env=menus.TWO_DEVICES)
         for path, precision in ((("Devices", "Double precision"), "double"),
                                 (("Devices", "CPU"), "double"),
                                 (("Devices", "Double precision"), "single"),
-                                (("Devices", "device 0"), "single")):
+                                (("Devices", "device 1"), "single")):
             self.choose(program, *path)
             self.settle(program)
             self.assert_shows(program, self.picture(TOUR, 0, precision), least=0.98)
