@@ -72,16 +72,25 @@ void frameOnPool(benchmark::State& state, const bench::View& view, bool doublePr
 
 using Frame = void (*)(benchmark::State&, const bench::View&, bool);
 
-void add(const char* renderer, bool doublePrecision, Frame frame) {
-    for (const bench::View& view : bench::views) {
-        const std::string name =
-            std::string(renderer) + (doublePrecision ? "/double/" : "/single/") + view.label;
-        benchmark::RegisterBenchmark(name.c_str(),
-                                     [&view, doublePrecision, frame](benchmark::State& state) {
-                                         frame(state, view, doublePrecision);
-                                     })
-            ->UseRealTime()
-            ->Unit(benchmark::kMillisecond);
+void add(const bench::View& view, const char* renderer, bool doublePrecision, Frame frame) {
+    const std::string name =
+        std::string(view.label) + (doublePrecision ? "/double/" : "/single/") + renderer;
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [&view, doublePrecision, frame](benchmark::State& state) {
+                                     frame(state, view, doublePrecision);
+                                 })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+}
+
+// Both renderers of a view in a row, so that whatever else the machine does meets both.
+void addAll() {
+    for (const bool doublePrecision : {false, true}) {
+        const bool onDevice = !devices.empty() && (!doublePrecision || fp64_support[0]);
+        for (const bench::View& view : bench::views) {
+            add(view, "cpu", doublePrecision, frameOnPool);
+            if (onDevice) add(view, "device", doublePrecision, frameOnDevice);
+        }
     }
 }
 
@@ -101,12 +110,8 @@ int main(int argc, char** argv) {
     const auto threads = std::max(1u, std::thread::hardware_concurrency());
     startWorkers(static_cast<std::int32_t>(threads));
     numCPUThreads = max_threads;
-    for (const bool doublePrecision : {false, true}) {
-        add("cpu", doublePrecision, frameOnPool);
-        if (devices.empty() || (doublePrecision && !fp64_support[0])) continue;
-        nCudaDevice = 0;
-        add("device", doublePrecision, frameOnDevice);
-    }
+    nCudaDevice = 0;
+    addAll();
     benchmark::RunSpecifiedBenchmarks();
     release_opencl_resource(bDoublePrecision);
     stopWorkers(false);
