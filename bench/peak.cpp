@@ -12,6 +12,8 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include "compute/vector_number-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace bench {
 namespace HWY_NAMESPACE {
@@ -23,6 +25,7 @@ template <class T, int K>
 HWY_NOINLINE T spin(int steps) {
     const hn::ScalableTag<T> d;
     using V = hn::Vec<decltype(d)>;
+    using N = tessary_vector::HWY_NAMESPACE::Number<T>;
     V zr[K], zi[K], rr[K], ii[K];
     hn::Mask<decltype(d)> live[K];
     const V cr = hn::Set(d, T(-0.1)), ci = hn::Set(d, T(0.1)), limit = hn::Set(d, T(4));
@@ -40,7 +43,8 @@ HWY_NOINLINE T spin(int steps) {
             zi[k] = hn::Add(hn::Add(ri, ri), ci);
             rr[k] = hn::Mul(zr[k], zr[k]);
             ii[k] = hn::Mul(zi[k], zi[k]);
-            live[k] = hn::AndNot(hn::Gt(hn::Add(rr[k], ii[k]), limit), live[k]);
+            live[k] = tessary_vector::HWY_NAMESPACE::andNotGreater(
+                live[k], N(hn::Add(rr[k], ii[k])), N(limit));
         }
     }
     V sum = zr[0];

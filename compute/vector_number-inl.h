@@ -66,6 +66,21 @@ HWY_INLINE MaskOf<T> operator>=(Number<T> a, Number<T> b) {
     return hn::Ge(a.v, b.v);
 }
 
+// The lanes of `mask` where a is not greater than b (a NaN is not), in one instruction where the
+// machine has it.
+template <class T>
+HWY_INLINE MaskOf<T> andNotGreater(MaskOf<T> mask, Number<T> a, Number<T> b) {
+#if HWY_TARGET == HWY_AVX3
+    if constexpr (sizeof(T) == sizeof(float)) {
+        return MaskOf<T>{_mm512_mask_cmp_ps_mask(mask.raw, a.v.raw, b.v.raw, _CMP_NGT_UQ)};
+    } else {
+        return MaskOf<T>{_mm512_mask_cmp_pd_mask(mask.raw, a.v.raw, b.v.raw, _CMP_NGT_UQ)};
+    }
+#else
+    return hn::AndNot(a > b, mask);
+#endif
+}
+
 template <class T>
 HWY_INLINE MaskOf<T> operator==(Number<T> a, Number<T> b) {
     return hn::Eq(a.v, b.v);

@@ -80,7 +80,7 @@ struct Group {
         for (std::size_t k = 0; k < K; ++k) {
             if constexpr (usesTrig<R>) clearEnded(k);
             z[k] = R::step(z[k], c[k]);
-            live[k] = hn::AndNot(magnitudeSquared(z[k]) > limit, live[k]);
+            live[k] = andNotGreater(live[k], magnitudeSquared(z[k]), limit);
         }
     }
 
@@ -224,7 +224,7 @@ struct Block {
     int steps;        // to take now
     int stepsBefore;  // taken by every slot
     int limit;        // of iterations
-    bool calm;        // nobody escaped in the block before
+    bool calm;        // nobody escaped in the block before, and steps are cheap
 };
 
 // Advances one group; returns how many lanes escaped. After a calm block counting would be waste;
@@ -257,21 +257,19 @@ void advance(Slots<T>& s, const Shared<T>& view, const Block& block) {
 }
 
 // How many steps to take before looking again, after `steps` steps. Short at first, when many
-// orbits escape; later multiples of 12, so that orbits of period 1, 2, 3, 4, 6 and 12 repeat within
-// one block.
-// A trigonometric step costs so much that none may be wasted on orbits that have ended.
+// orbits escape; later a multiple of 12, so that orbits of period 1, 2, 3, 4, 6 and 12 repeat
+// within one block. A trigonometric step costs so much that none may be wasted on orbits that have
+// ended.
 template <class R>
 int blockLength(int steps) {
     if (usesTrig<R>) return steps < 24 ? 2 : 4;
-    if (steps < 8) return 4;
-    if (steps < 24) return 8;
-    if (steps < 96) return 24;
-    return 48;
+    return steps < 24 ? 8 : 24;
 }
 
 // Looking for repeats costs a few per cent, and an orbit that repeats needs some dozens of steps to
-// come to rest: not before this step.
-inline constexpr int DETECT_FROM = 72;
+// come to rest: not before this step, and only after blocks in which nobody escaped, which are rare
+// where no orbit stays.
+inline constexpr int DETECT_FROM = 48;
 
 // The cost of so many vectors in units of one: a group that is not full costs as much as a full one
 // when it has more than two.
@@ -295,7 +293,7 @@ inline void prefetchRows(unsigned char* firstPixel, int rows, int width) {
 template <class T>
 bool worthClosing(const Slots<T>& s) {
     const std::size_t needed = (s.alive + Slots<T>::LANES - 1) / Slots<T>::LANES;
-    return 4 * costOf(needed) <= 3 * costOf(s.vectors());
+    return 2 * costOf(needed) <= costOf(s.vectors());
 }
 
 // Iterates all pixels of the chunk to their end and paints them. With `detect`, Brent's algorithm
@@ -314,17 +312,20 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     for (int steps = 0; steps < limit && s.alive > 0;) {
         const int block = std::min(blockLength<R>(steps), limit - steps);
         const std::size_t alive = s.alive;
-        advance<R>(s, view, {block, steps, limit, calm});
+        advance<R>(s, view, {block, steps, limit, calm && !usesTrig<R>});
         steps += block;
-        calm = !usesTrig<R> && s.alive == alive;
-        if (detect && steps >= DETECT_FROM) {
+        calm = s.alive == alive;
+        if (detect && calm && steps >= DETECT_FROM) {
             if (s.saved) endRepeats(s);
-            if (steps >= saveAt) {
+            if (!s.saved || steps >= saveAt) {
                 saveStates(s);
                 saveAt = steps > (1 << 29) ? steps : 2 * steps;
             }
         }
-        if (s.alive > 0 && worthClosing(s)) closeRanks<R>(s, paint);
+        if (s.alive > 0 && worthClosing(s)) {
+            s.saved = false;  // cheaper to save anew than to move along
+            closeRanks<R>(s, paint);
+        }
     }
     finishAll(s, paint);
 }
