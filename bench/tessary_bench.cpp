@@ -56,12 +56,11 @@ std::int64_t scalarBit() {
     return targets().back().bit;
 }
 
-// Every how-manieth tile to render so that a frame takes about a second at most.
+// Every how-manieth tile to render so that a frame takes about a third of a second at most.
 int affordableStride() {
     constexpr int FIRST_TRY = 4097;
     const double frame = bench::frameSeconds(FIRST_TRY);
-    const auto stride = static_cast<int>(std::min(frame, 1000.0));
-    return stride | 1;
+    return static_cast<int>(std::min(3 * frame, 4096.0)) | 1;
 }
 
 double peakOf(const Case& c) {
@@ -113,7 +112,7 @@ void add(const Case& c) {
     if (c.threads != max_threads) name += "/threads" + std::to_string(c.threads);
     benchmark::RegisterBenchmark(name.c_str(), [c](benchmark::State& state) { compare(state, c); })
         ->UseManualTime()
-        ->Iterations(4)
+        ->Iterations(3)
         ->Unit(benchmark::kMillisecond);
 }
 
