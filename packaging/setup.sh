@@ -60,6 +60,9 @@ configure() {
     local preset=$1 what=$2 folder=$root/build/$1 options=()
     if [[ -f $folder/build.ninja ]] && cmp -s "$root/CMakePresets.json" "$folder/presets"; then
         [[ $what == program || -f $folder/with-tests ]] && return 0
+    else
+        # A cache of other presets would win over these.
+        options+=(--fresh)
     fi
     [[ $what == program ]] && options+=(-DTESSARY_TESTS=OFF -DTESSARY_BENCH=OFF)
     command -v ccache >/dev/null && options+=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
