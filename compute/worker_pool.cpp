@@ -37,11 +37,14 @@ std::optional<params> takeTile() {
 
 // Locks `mutex` for a worker, or gives up when the program is ending: exit() can be reached by a
 // thread that holds the lock, and it joins the workers. A tile changes hands in far less time than
-// a sleep takes, so the lock is tried for a moment first.
+// a sleep takes, so the lock is tried for a moment first. What the lock guards was last written by
+// another core; its memory comes along while that of the lock does.
 std::unique_lock<std::recursive_mutex> lockUnlessStopping() {
+    __builtin_prefetch(&workQ, 1);
+    __builtin_prefetch(&task_count, 1);
     std::unique_lock lock(mutex, std::defer_lock);
     for (int tries = 1; !lock.try_lock(); ++tries) {
-        if (tries % 256 != 0) continue;
+        if (tries % 128 != 0) continue;
         if (shutdown_threads) break;
         std::this_thread::sleep_for(50us);
     }
