@@ -50,7 +50,8 @@ namespace {
     USE(gtk_main_iteration)                             \
     USE(gtk_message_dialog_new)                         \
     USE(gtk_widget_destroy)                             \
-    USE(gtk_widget_get_window)
+    USE(gtk_widget_get_window)                          \
+    USE(gtk_window_set_title)
 
 class Toolkit {
   public:
@@ -217,6 +218,7 @@ class Panel {
         GtkWidget* question = toolkit.gtk_message_dialog_new(
             GTK_WINDOW(dialog), GTK_DIALOG_MODAL, GTK_MESSAGE_QUESTION, GTK_BUTTONS_NONE,
             "A file named \u201c%s\u201d already exists. Do you want to replace it?", shown.get());
+        toolkit.gtk_window_set_title(GTK_WINDOW(question), "Replace file");
         toolkit.gtk_dialog_add_buttons(GTK_DIALOG(question), "_Cancel", GTK_RESPONSE_CANCEL,
                                        "_Replace", GTK_RESPONSE_ACCEPT, nullptr);
         toolkit.gtk_dialog_set_default_response(GTK_DIALOG(question), GTK_RESPONSE_CANCEL);
