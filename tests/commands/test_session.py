@@ -121,10 +121,12 @@ class Session(MenuTest):
     def quit_from_anywhere(self):
         """Quit, though the bar may be waiting for the drag that follows "Zoom", or a dialog be
         open, or cycling be on."""
-        for _ in range(20):
+        for _ in range(10):
             try:
                 self.leave_panels()
-                self.program.drag(300, 300, 420, 400)
+                self.program.key("Escape", "Escape")
+                _x, _y, width, height = self.program.geometry()
+                self.program.drag(width / 4, height / 2, width / 2, height * 3 / 4)
                 self.program.key(*menus.keys_to("Fractals", "Quit"))
             except AssertionError:
                 pass  # the window is gone already; the process may take a while longer
