@@ -68,7 +68,7 @@ double rate() {
 template <class T>
 double bestRate() {
     double best = 0;
-    for (int repeat = 0; repeat < 3; ++repeat) {
+    for (int repeat = 0; repeat < 8; ++repeat) {
         best = std::max({best, rate<T, 3>(), rate<T, 4>(), rate<T, 5>(), rate<T, 6>()});
     }
     return best;

@@ -23,8 +23,9 @@ double secondsSince(Clock::time_point start) {
 
 // Waits without the frame loop's 20 ms steps, which would hide what is measured. The workers are
 // idle again, polling an empty queue, when the next frame starts.
-double finishFrame(Clock::time_point start) {
+double finishFrame(Clock::time_point start, double shortest) {
     using namespace std::chrono_literals;
+    std::this_thread::sleep_until(start + std::chrono::duration<double>(0.9 * shortest));
     while (task_count != 0) std::this_thread::sleep_for(50us);
     const double seconds = secondsSince(start);
     std::this_thread::sleep_for(3ms);
@@ -67,16 +68,16 @@ void setView(const View& view, int iterationLimit, bool doublePrecision) {
     bDoublePrecision = doublePrecision;
 }
 
-double frameSeconds(int stride) {
+double frameSeconds(int stride, double shortest) {
     const MutedOutput muted;
     if (stride == 1) {
         const auto start = Clock::now();
         queueFrame();
-        return finishFrame(start);
+        return finishFrame(start, shortest);
     }
     const auto every = static_cast<std::size_t>(stride);
     queueTiles([&](std::size_t index, params&) { return index % every == every / 2; });
-    return finishFrame(Clock::now()) * stride;
+    return finishFrame(Clock::now(), shortest / stride) * stride;
 }
 
 double emptyFrameSeconds() {
@@ -88,7 +89,7 @@ double emptyFrameSeconds() {
         queueFrame();
         for (params& tile : workQ) tile.xEnd = tile.xStart;
         lock.unlock();
-        best = std::min(best, finishFrame(start));
+        best = std::min(best, finishFrame(start, 0));
     }
     return best;
 }

@@ -31,7 +31,9 @@ void setView(const View& view, int maxIters, bool doublePrecision);
 
 // Seconds from queuing the tiles to the end of the last one. Only every `stride`-th tile is queued;
 // the time is scaled up to all of them. stride: at least 1, odd so that it visits every row.
-double frameSeconds(int stride);
+// shortest: what such a frame takes at the least; for nine tenths of that the caller sleeps, as its
+// looks at the clock would take one of the workers' cores away. 0 when not known.
+double frameSeconds(int stride, double shortest);
 
 // Seconds of a frame whose tiles are all empty: what the queue costs by itself.
 double emptyFrameSeconds();

@@ -145,17 +145,12 @@ HWY_NOINLINE void advanceCertified(CertifiedSlots& slots, std::size_t at, Real l
 inline void endCertifiedRepeats(CertifiedSlots& slots) {
     const RealTag d;
     Slots<double>& s = slots.s;
-    for (std::size_t at = 0; at < s.used; at += Slots<double>::LANES) {
+    endWhere(s, [&](std::size_t at) HWY_ATTR {
         const auto same = hn::And(hn::Eq(hn::Load(d, s.zr + at), hn::Load(d, s.savedR + at)),
                                   hn::Eq(hn::Load(d, s.zi + at), hn::Load(d, s.savedI + at)));
-        const auto within =
-            hn::Le(hn::Load(d, slots.bound + at), hn::Load(d, slots.savedBound + at));
-        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
-        const auto stays = hn::And(live, hn::And(same, within));
-        if (hn::AllFalse(d, stays)) continue;
-        s.alive -= hn::CountTrue(d, stays);
-        hn::Store(hn::VecFromMask(d, hn::AndNot(stays, live)), d, s.live + at);
-    }
+        return hn::And(same,
+                       hn::Le(hn::Load(d, slots.bound + at), hn::Load(d, slots.savedBound + at)));
+    });
 }
 
 // Remembers the present states and bounds. A bound may always be raised, and a raised one sinks

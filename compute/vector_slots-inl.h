@@ -50,6 +50,7 @@ struct Slots {
     HWY_ALIGN Word place[ROOM];              // pixels from the first one of the chunk
     std::size_t used, alive;
     bool saved;                   // whether savedR, savedI hold states
+    bool suspect;                 // whether an orbit may be at its saved state
     bool placed;                  // whether place is written: not before slots leave their order
     std::size_t columns, stride;  // of the chunk and of the picture
 
@@ -123,7 +124,7 @@ void takePixels(Slots<T>& s, const VectorTile<T>& tile, const Chunk& chunk) {
         }
     }
     s.used = s.alive = s.columns * rows;
-    s.saved = s.placed = false;
+    s.saved = s.suspect = s.placed = false;
     if (s.used % (GROUP * LANES) == 0) return;
     fill(d, s.cr + s.used, GROUP * LANES, hn::Zero(d));
     fill(d, s.ci + s.used, GROUP * LANES, hn::Zero(d));
@@ -213,34 +214,61 @@ void finishAll(const Slots<T>& s, Finish&& finish) {
 
 // Remembers the present state of every slot.
 template <class T>
-void saveStates(Slots<T>& s) {
-    std::memcpy(s.savedR, s.zr, s.used * sizeof(T));
-    std::memcpy(s.savedI, s.zi, s.used * sizeof(T));
+HWY_INLINE void saveStates(Slots<T>& s) {
+    const typename Slots<T>::D d;
+    for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) {
+        hn::Store(hn::Load(d, s.zr + at), d, s.savedR + at);
+        hn::Store(hn::Load(d, s.zi + at), d, s.savedI + at);
+    }
     s.saved = true;
+    s.suspect = false;
 }
 
-// Ends every live slot whose orbit is known to stay: its state is the saved one again, so all that
-// followed the saved state follows once more, or it is not a number and stays so.
+// Ends every live slot among those that stays(at) picks from the vector of slots at `at`; returns
+// whether there was one.
+template <class T, class Stays>
+HWY_INLINE bool endWhere(Slots<T>& s, Stays&& stays) {
+    const typename Slots<T>::D d;
+    const std::size_t before = s.alive;
+    for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) {
+        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
+        const auto ended = hn::And(live, stays(at));
+        if (hn::AllFalse(d, ended)) continue;
+        s.alive -= hn::CountTrue(d, ended);
+        hn::Store(hn::VecFromMask(d, hn::AndNot(ended, live)), d, s.live + at);
+    }
+    return s.alive < before;
+}
+
+// Ends the orbits whose state is the saved one again, for all that followed it follows once more;
+// returns whether there was one.
 //
 // Equal here means ==, which takes 0 and -0 for one value. That is sound: states that differ only
 // in signs of zeros lead to states that differ only in signs of zeros under every rule, and |z|^2
-// is the same for them. A part that is NaN makes |z|^2 NaN, and under every rule a NaN part leaves
-// a NaN part in the next state: each new part is a sum of products with both old parts, save for
-// Barnsley-Sierpinski, where each part follows from itself and so stays NaN alone. A live state has
-// no infinite part, so the sum of its parts is NaN just when one of them is.
+// is the same for them.
 template <class T>
-void endRepeats(Slots<T>& s) {
+bool endRepeats(Slots<T>& s) {
     const typename Slots<T>::D d;
-    for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) {
-        const auto zr = hn::Load(d, s.zr + at), zi = hn::Load(d, s.zi + at);
-        const auto same =
-            hn::And(hn::Eq(zr, hn::Load(d, s.savedR + at)), hn::Eq(zi, hn::Load(d, s.savedI + at)));
-        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
-        const auto stays = hn::And(live, hn::Or(same, hn::IsNaN(hn::Add(zr, zi))));
-        if (hn::AllFalse(d, stays)) continue;
-        s.alive -= hn::CountTrue(d, stays);
-        hn::Store(hn::VecFromMask(d, hn::AndNot(stays, live)), d, s.live + at);
-    }
+    s.suspect = false;
+    return endWhere(s, [&](std::size_t at) HWY_ATTR {
+        return hn::And(hn::Eq(hn::Load(d, s.zr + at), hn::Load(d, s.savedR + at)),
+                       hn::Eq(hn::Load(d, s.zi + at), hn::Load(d, s.savedI + at)));
+    });
+}
+
+// Ends the orbits whose state is not a number, for it stays so, and |z|^2 with it; returns whether
+// there was one.
+//
+// Under every rule a NaN part leaves a NaN part in the next state: each new part is a sum of
+// products with both old parts, save for Barnsley-Sierpinski, where each part follows from itself
+// and so stays NaN alone. A live state has no infinite part, so the sum of its parts is NaN just
+// when one of them is.
+template <class T>
+bool endNotNumbers(Slots<T>& s) {
+    const typename Slots<T>::D d;
+    return endWhere(s, [&](std::size_t at) HWY_ATTR {
+        return hn::IsNaN(hn::Add(hn::Load(d, s.zr + at), hn::Load(d, s.zi + at)));
+    });
 }
 
 // Colours pixels by the rule of colourPixel, a whole pixel at a time.

@@ -97,6 +97,19 @@ struct Group {
         return !hn::AllFalse(D(), any);
     }
 
+    // Whether the real part of some live lane is the saved one again: the whole comparison waits
+    // for that.
+    HWY_INLINE bool mayRepeat(const S& s, std::size_t first) const {
+        const D d;
+        auto any = hn::And(live[0], hn::Eq(z[0].r.v, hn::Load(d, s.savedR + first)));
+        HWY_UNROLL(4)
+        for (std::size_t k = 1; k < K; ++k) {
+            const auto saved = hn::Load(d, s.savedR + first + k * S::LANES);
+            any = hn::Or(any, hn::And(live[k], hn::Eq(z[k].r.v, saved)));
+        }
+        return !hn::AllFalse(d, any);
+    }
+
     HWY_INLINE void storeState(S& s, std::size_t first) const {
         const D d;
         HWY_UNROLL(4)
@@ -128,6 +141,7 @@ HWY_NOINLINE HWY_FLATTEN bool allStay(Slots<T>& s, std::size_t first, const Shar
         if (!hn::AllFalse(d, hn::AndNot(g.live[k], before))) return false;
     }
     g.storeState(s, first);
+    if (s.saved && g.mayRepeat(s, first)) s.suspect = true;
     return true;
 }
 
@@ -216,6 +230,7 @@ HWY_NOINLINE HWY_FLATTEN std::size_t countEscapes(Slots<T>& s, std::size_t first
         hn::BlendedStore(g.count[k], hn::RebindMask(du, gone), du, s.count + at);
         hn::Store(hn::VecFromMask(d, g.live[k]), d, s.live + at);
     }
+    if (s.saved && g.mayRepeat(s, first)) s.suspect = true;
     return escaped;
 }
 
@@ -228,14 +243,17 @@ struct Block {
 };
 
 // Advances one group; returns how many lanes escaped. After a calm block counting would be waste;
-// a block that proves eventful after all is done again.
+// a block that proves eventful after all is done again. Fewer vectors than a full group wait for
+// their own results anyway, and count meanwhile.
 template <class R, std::size_t K, class T>
 HWY_INLINE std::size_t advanceGroup(Slots<T>& s, std::size_t first, const Shared<T>& view,
                                     const Block& block) {
     if (block.stepsBefore == 0) {
         return startOrbits<R, K>(s, first, view, block.steps, block.limit);
     }
-    if (block.calm && allStay<R, K>(s, first, view, block.steps)) return 0;
+    if constexpr (K == GROUP) {
+        if (block.calm && allStay<R, K>(s, first, view, block.steps)) return 0;
+    }
     return countEscapes<R, K>(s, first, view, block.steps, block.stepsBefore);
 }
 
@@ -266,10 +284,18 @@ int blockLength(int steps) {
     return steps < 24 ? 8 : 24;
 }
 
-// Looking for repeats costs a few per cent, and an orbit that repeats needs some dozens of steps to
-// come to rest: not before this step, and only after blocks in which nobody escaped, which are rare
-// where no orbit stays.
-inline constexpr int DETECT_FROM = 48;
+// Whether an orbit repeated in the chunk that this thread rendered last. Each thread writes and
+// reads its own, no lock. A guess for the next chunk, which mostly lies beside it: the picture does
+// not depend on it.
+inline thread_local bool lastChunkRepeated = false;
+
+// The step from which to look for repeats. An orbit that repeats needs some dozens of steps to come
+// to rest. Where none does the search is waste: looking late then keeps it below 3 % of the time.
+// Beside a trigonometric step its cost vanishes.
+template <class R>
+int detectFrom() {
+    return usesTrig<R> || lastChunkRepeated ? 48 : 192;
+}
 
 // The cost of so many vectors in units of one: a group that is not full costs as much as a full one
 // when it has more than two.
@@ -297,7 +323,8 @@ bool worthClosing(const Slots<T>& s) {
 }
 
 // Iterates all pixels of the chunk to their end and paints them. With `detect`, Brent's algorithm
-// looks for orbits that return to a saved state: states are saved at steps that double.
+// looks for orbits that return to a saved state: states are saved at steps that double. Saves
+// wait for calm blocks, which are rare where no orbit stays.
 template <class R, class T>
 void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
@@ -307,26 +334,28 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     takePixels(s, tile, chunk);
     const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
     const Shared<T> view(tile);
-    int saveAt = DETECT_FROM;
-    bool calm = false;
+    int saveAt = detectFrom<R>();
+    bool repeated = false, calm = false;
     for (int steps = 0; steps < limit && s.alive > 0;) {
         const int block = std::min(blockLength<R>(steps), limit - steps);
         const std::size_t alive = s.alive;
         advance<R>(s, view, {block, steps, limit, calm && !usesTrig<R>});
         steps += block;
         calm = s.alive == alive;
-        if (detect && calm && steps >= DETECT_FROM) {
-            if (s.saved) endRepeats(s);
-            if (!s.saved || steps >= saveAt) {
-                saveStates(s);
-                saveAt = steps > (1 << 29) ? steps : 2 * steps;
-            }
+        if (s.suspect) repeated |= endRepeats(s);
+        if (detect && calm && steps >= saveAt) {
+            // What is not a number comes from the view's own numbers, within a few steps.
+            if (!s.saved) repeated |= endNotNumbers(s);
+            saveStates(s);
+            saveAt = steps > (1 << 29) ? steps : 2 * steps;
         }
         if (s.alive > 0 && worthClosing(s)) {
-            s.saved = false;  // cheaper to save anew than to move along
+            if (s.saved) saveAt = steps;  // cheaper to save anew than to move along
+            s.saved = false;
             closeRanks<R>(s, paint);
         }
     }
+    lastChunkRepeated = repeated;
     finishAll(s, paint);
 }
 
