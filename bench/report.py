@@ -26,7 +26,10 @@ class Row:
         parts = entry["name"].split("/iterations:")[0].split("/")
         self.view, self.limit, self.precision, self.set = parts[0], int(parts[1]), parts[2], parts[3]
         self.options = parts[4:]
+        self.search = entry.get("search")
         self.vectors = entry["real_time"]
+        if self.search is not None:
+            return
         self.scalar = entry["scalar_ms"]
         self.ratio = entry["ratio"]
         self.rate = entry["Gsteps/s"]
@@ -61,6 +64,21 @@ def print_tables(rows):
             name = " ".join([row.view, f"{row.limit:,}", *row.options])
             precision = "float" if row.precision == "single" else "double"
             print(f"| {name} | {precision} | {cells(row)} |")
+
+
+def print_search_table(rows):
+    """One line for each view: what the search for repeats adds, for each set and precision."""
+    columns = list(dict.fromkeys((row.set, row.precision) for row in rows))
+    print("\n### The search for orbits that repeat\n")
+    print("| view, limit |" + "".join(
+        f" {instructions} {'float' if precision == 'single' else 'double'} |"
+        for instructions, precision in columns))
+    print("| --- |" + " ---: |" * len(columns))
+    for view, limit in dict.fromkeys((row.view, row.limit) for row in rows):
+        found = {(row.set, row.precision): row.search for row in rows
+                 if (row.view, row.limit) == (view, limit)}
+        print(f"| {view} {limit:,} |" + "".join(
+            f" {100 * found[column]:+.1f} % |" if column in found else " |" for column in columns))
 
 
 class Panel:
@@ -139,8 +157,12 @@ def write_plot(rows, path, most_threads):
 def main():
     with open(sys.argv[1], encoding="utf-8") as file:
         run = json.load(file)
-    rows = [Row(entry) for entry in run["benchmarks"]]
+    every = [Row(entry) for entry in run["benchmarks"]]
+    rows = [row for row in every if row.search is None]
+    searches = [row for row in every if row.search is not None]
     print_tables(rows)
+    if searches:
+        print_search_table(searches)
     if len(sys.argv) > 2:
         write_plot(rows, sys.argv[2], run["context"]["num_cpus"])
 

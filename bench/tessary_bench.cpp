@@ -8,6 +8,9 @@
 //   Gsteps/s    steps that the scalar rules take for the frame, over the row's time
 //   peak        that rate as a share of a register-only loop's (z^2 + c only)
 //   queue       share of the row's time that a frame of empty tiles takes
+//
+// Rows that end in /search set the vector renderer against itself, in one thread:
+//   search      what the search for orbits that repeat adds to the time without it
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -80,7 +83,8 @@ void report(benchmark::State& state, const Case& c, double scalar, double vector
     state.counters["queue"] = bench::emptyFrameSeconds() / vectors;
 }
 
-// The shortest of the frames rendered so far: whatever else the machine does can only add to a time.
+// The shortest of the frames rendered so far: whatever else the machine does can only add to a
+// time.
 struct BestFrame {
     explicit BestFrame(int tileStride) : stride(tileStride) {}
 
@@ -118,20 +122,55 @@ void compare(benchmark::State& state, const Case& c) {
     numCPUThreads = max_threads;
 }
 
-void add(const Case& c) {
+// By turns with and without the search. One thread, as two would add their own noise to a
+// difference of a few per cent.
+void compareSearch(benchmark::State& state, const Case& c) {
+    numCPUThreads = 1;
+    bench::setView(c.view, c.limit, c.doublePrecision);
+    vector_control::forceTarget(c.target.bit);
+    const int stride = affordableStride();
+    BestFrame with(stride), without(stride);
+    for (auto _ : state) {
+        for (int i = 0; i < 4; ++i) {
+            vector_control::detectCycles(true);
+            with.render(1);
+            vector_control::detectCycles(false);
+            without.render(1);
+        }
+        state.SetIterationTime(with.seconds);
+    }
+    state.counters["search"] = with.seconds / without.seconds - 1;
+    vector_control::detectCycles(true);
+    vector_control::forceTarget(0);
+    numCPUThreads = max_threads;
+}
+
+std::string nameOf(const Case& c) {
     std::string name = std::string(c.view.label) + "/" + std::to_string(c.limit) +
                        (c.doublePrecision ? "/double/" : "/single/") + c.target.name;
     if (!c.detectCycles) name += "/nodetect";
     if (c.threads != max_threads) name += "/threads" + std::to_string(c.threads);
-    benchmark::RegisterBenchmark(name.c_str(), [c](benchmark::State& state) { compare(state, c); })
+    return name;
+}
+
+using Measure = void(benchmark::State&, const Case&);
+
+void add(const std::string& name, const Case& c, Measure* measure) {
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { measure(state, c); })
         ->UseManualTime()
         ->Iterations(3)
         ->Unit(benchmark::kMillisecond);
 }
 
+void add(const Case& c) {
+    add(nameOf(c), c, compare);
+}
+
 // Each view under its own limit and the three common ones.
 void addLimits(const View& view, bool doublePrecision, const Target& target) {
-    add({view, view.maxIters, doublePrecision, target, true, max_threads});
+    const Case own{view, view.maxIters, doublePrecision, target, true, max_threads};
+    add(own);
+    add(nameOf(own) + "/search", own, compareSearch);
     for (const int limit : {768, 4096, 65536}) {
         if (limit != view.maxIters) add({view, limit, doublePrecision, target, true, max_threads});
     }
