@@ -1,45 +1,27 @@
-// Seconds a frame, CPU pool against the first OpenCL device, for every built-in view in both
-// precisions. One run measures both renderers, since only figures of one run compare.
+// Whole frames of the CPU pool against those of the first OpenCL device, in one process and by
+// turns: only figures of one run compare.
+//
+// Names are VIEW/PRECISION. The time of a row is the device's best frame, with reading the picture
+// back; its counters:
+//   pool_ms  the CPU pool's best frame, with queuing its tiles
+//   ratio    the row's time over pool_ms
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <iostream>
-#include <memory>
+#include <chrono>
 #include <string>
 #include <thread>
 
 #include "app/view_state.h"
+#include "bench/pool_frame.h"
 #include "bench/views.h"
-#include "compute/image.h"
 #include "compute/opencl_backend.h"
-#include "compute/palette.h"
 #include "compute/renderer.h"
 #include "compute/worker_pool.h"
 
 namespace {
 
-// Keeps the program's own lines out of the table.
-class Muted {
-  public:
-    Muted() : saved(std::cout.rdbuf(nullptr)) {}
-    ~Muted() {
-        std::cout.rdbuf(saved);
-        std::cout.clear();
-    }
-    Muted(const Muted&) = delete;
-    Muted& operator=(const Muted&) = delete;
-
-  private:
-    std::streambuf* saved;
-};
-
-void setView(const bench::View& view) {
-    xMin = view.xMin, xMax = view.xMax, yMin = view.yMin, yMax = view.yMax;
-    cx = view.cx, cy = view.cy;
-    maxIters = view.maxIters;
-    maxSize = view.maxSize;
-    currentFractalType = view.type;
-}
+using bench::View;
 
 // Sets the device up for the precision when it is not yet.
 void useDevice(bool doublePrecision) {
@@ -49,69 +31,58 @@ void useDevice(bool doublePrecision) {
     setupOpenCL(load_kernel());
 }
 
-void renderOnPool() {
-    queueFrame();
-    waitForFrame();
+double deviceSeconds() {
+    using Clock = std::chrono::steady_clock;
+    const bench::MutedOutput muted;
+    const auto start = Clock::now();
+    renderFrameOpenCL();
+    return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-void frameOnDevice(benchmark::State& state, const bench::View& view, bool doublePrecision) {
-    const Muted muted;
-    useDevice(doublePrecision);
-    setView(view);
-    renderFrameOpenCL();  // the first launch compiles for its group size
-    for (auto _ : state) renderFrameOpenCL();
+// One iteration is a frame of the device and some of the pool's.
+void compare(benchmark::State& state, const View& view, bool doublePrecision) {
+    {
+        const bench::MutedOutput muted;
+        useDevice(doublePrecision);
+    }
+    bench::setView(view, view.maxIters, doublePrecision);
+    bench::BestFrame pool(1);
+    double device = deviceSeconds();  // the first launch compiles for its group size
+    for (auto _ : state) {
+        pool.render();
+        device = std::min({device, deviceSeconds(), deviceSeconds()});
+        state.SetIterationTime(device);
+    }
+    state.counters["pool_ms"] = 1e3 * pool.seconds;
+    state.counters["ratio"] = device / pool.seconds;
 }
 
-void frameOnPool(benchmark::State& state, const bench::View& view, bool doublePrecision) {
-    const Muted muted;
-    release_opencl_resource(bDoublePrecision);
-    bDoublePrecision = doublePrecision;
-    setView(view);
-    for (auto _ : state) renderOnPool();
-}
-
-using Frame = void (*)(benchmark::State&, const bench::View&, bool);
-
-void add(const bench::View& view, const char* renderer, bool doublePrecision, Frame frame) {
-    const std::string name =
-        std::string(view.label) + (doublePrecision ? "/double/" : "/single/") + renderer;
+void add(const View& view, bool doublePrecision) {
+    const std::string name = std::string(view.label) + (doublePrecision ? "/double" : "/single");
     benchmark::RegisterBenchmark(name.c_str(),
-                                 [&view, doublePrecision, frame](benchmark::State& state) {
-                                     frame(state, view, doublePrecision);
+                                 [&view, doublePrecision](benchmark::State& state) {
+                                     compare(state, view, doublePrecision);
                                  })
-        ->UseRealTime()
+        ->UseManualTime()
+        ->Iterations(3)
         ->Unit(benchmark::kMillisecond);
 }
 
-// Both renderers of a view in a row, so that whatever else the machine does meets both.
-void addAll() {
-    for (const bool doublePrecision : {false, true}) {
-        const bool onDevice = !devices.empty() && (!doublePrecision || fp64_support[0]);
-        for (const bench::View& view : bench::views) {
-            add(view, "cpu", doublePrecision, frameOnPool);
-            if (onDevice) add(view, "device", doublePrecision, frameOnDevice);
-        }
-    }
-}
-
-void allocate() {
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    buffer = std::make_unique<unsigned char[]>(imageBytes());
-    updatePalette(0);
+void addAll(bool doublePrecision) {
+    for (const View& view : bench::views) add(view, doublePrecision);
+    for (const View& view : bench::moreViews) add(view, doublePrecision);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    allocate();
     get_list_of_devices(devices, device_names, fp64_support, types, true);
-    const auto threads = std::max(1u, std::thread::hardware_concurrency());
-    startWorkers(static_cast<std::int32_t>(threads));
-    numCPUThreads = max_threads;
+    if (devices.empty()) return 1;  // the list was printed
+    bench::startPool(static_cast<std::int32_t>(std::max(1u, std::thread::hardware_concurrency())));
     nCudaDevice = 0;
-    addAll();
+    addAll(false);
+    if (fp64_support[0]) addAll(true);
     benchmark::RunSpecifiedBenchmarks();
     release_opencl_resource(bDoublePrecision);
     stopWorkers(false);

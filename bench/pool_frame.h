@@ -35,6 +35,18 @@ void setView(const View& view, int maxIters, bool doublePrecision);
 // looks at the clock would take one of the workers' cores away. 0 when not known.
 double frameSeconds(int stride, double shortest);
 
+// The shortest of some frames of the present view: whatever else the machine does can only add to a
+// time.
+struct BestFrame {
+    explicit BestFrame(int tileStride) : stride(tileStride) {}
+
+    // Renders one more frame, and again while the frames of this call are short, four at most.
+    void render();
+
+    int stride;          // as frameSeconds takes it
+    double seconds = 0;  // 0 before the first frame
+};
+
 // Seconds of a frame whose tiles are all empty: what the queue costs by itself.
 double emptyFrameSeconds();
 

@@ -14,7 +14,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <string>
 #include <thread>
@@ -32,13 +31,6 @@ namespace {
 
 using bench::View;
 using vector_control::Target;
-
-constexpr std::array<View, 4> MORE_VIEWS = {{
-    {"DeepSpiral", 0, -0.743643887, -0.743543887, 0.131825904, 0.131925904, 0, 0, 4096, 4.0},
-    {"DeepNeedle", 0, -1.7490863749, -1.7490863748, -0.00000000005, 0.00000000005, 0, 0, 4096, 4.0},
-    {"DeepMiniature", 0, -1.7687788005, -1.7687788000, 0.0017389255, 0.0017389260, 0, 0, 4096, 4.0},
-    {"AllInterior", 0, -0.1, 0.1, -0.1, 0.1, 0, 0, 768, 4.0},
-}};
 
 struct Case {
     View view;
@@ -59,11 +51,15 @@ std::int64_t scalarBit() {
     return targets().back().bit;
 }
 
-// Every how-manieth tile to render so that a frame takes about a third of a second at most.
+// Every how-manieth tile to render so that a frame's sample takes a tenth of a second, at least
+// where the frame does. With these strides the tiles lie evenly over the picture, which is 256
+// tiles high.
 int affordableStride() {
-    constexpr int FIRST_TRY = 4097;
-    const double frame = bench::frameSeconds(FIRST_TRY, 0);
-    return static_cast<int>(std::min(3 * frame, 4096.0)) | 1;
+    constexpr double ENOUGH = 0.1;
+    for (const int stride : {355, 99, 21, 5}) {
+        if (bench::frameSeconds(stride, 0) > ENOUGH * stride) return stride;
+    }
+    return 1;
 }
 
 double peakOf(const Case& c) {
@@ -83,22 +79,6 @@ void report(benchmark::State& state, const Case& c, double scalar, double vector
     state.counters["queue"] = bench::emptyFrameSeconds() / vectors;
 }
 
-// The shortest of the frames rendered so far: whatever else the machine does can only add to a
-// time.
-struct BestFrame {
-    explicit BestFrame(int tileStride) : stride(tileStride) {}
-
-    void render(int frames) {
-        for (int i = 0; i < frames; ++i) {
-            const double frame = bench::frameSeconds(stride, seconds);
-            seconds = seconds == 0 ? frame : std::min(seconds, frame);
-        }
-    }
-
-    int stride;
-    double seconds = 0;
-};
-
 // One iteration is a scalar frame and some of the vector renderer's.
 void compare(benchmark::State& state, const Case& c) {
     numCPUThreads = c.threads;
@@ -108,12 +88,12 @@ void compare(benchmark::State& state, const Case& c) {
     const int scalarStride = affordableStride();
     vector_control::forceTarget(c.target.bit);
     const int stride = affordableStride();
-    BestFrame scalar(scalarStride), vectors(stride);
+    bench::BestFrame scalar(scalarStride), vectors(stride);
     for (auto _ : state) {
         vector_control::forceTarget(scalarBit());
-        scalar.render(1);
+        scalar.render();
         vector_control::forceTarget(c.target.bit);
-        vectors.render(4);
+        vectors.render();
         state.SetIterationTime(vectors.seconds);
     }
     report(state, c, scalar.seconds, vectors.seconds);
@@ -129,14 +109,12 @@ void compareSearch(benchmark::State& state, const Case& c) {
     bench::setView(c.view, c.limit, c.doublePrecision);
     vector_control::forceTarget(c.target.bit);
     const int stride = affordableStride();
-    BestFrame with(stride), without(stride);
+    bench::BestFrame with(stride), without(stride);
     for (auto _ : state) {
-        for (int i = 0; i < 4; ++i) {
-            vector_control::detectCycles(true);
-            with.render(1);
-            vector_control::detectCycles(false);
-            without.render(1);
-        }
+        vector_control::detectCycles(true);
+        with.render();
+        vector_control::detectCycles(false);
+        without.render();
         state.SetIterationTime(with.seconds);
     }
     state.counters["search"] = with.seconds / without.seconds - 1;
@@ -179,8 +157,8 @@ void addLimits(const View& view, bool doublePrecision, const Target& target) {
 void addTarget(const Target& target) {
     for (const bool doublePrecision : {false, true}) {
         for (const View& view : bench::views) addLimits(view, doublePrecision, target);
-        for (const View& view : MORE_VIEWS) addLimits(view, doublePrecision, target);
-        const View& interior = MORE_VIEWS.back();
+        for (const View& view : bench::moreViews) addLimits(view, doublePrecision, target);
+        const View& interior = bench::moreViews.back();
         add({interior, interior.maxIters, doublePrecision, target, false, max_threads});
         for (std::int32_t threads = 1; threads < max_threads; ++threads) {
             const View& start = bench::views.front();

@@ -1,5 +1,4 @@
-// The built-in views that benchmarks render: every formula, and every constant of the Julia
-// formula.
+// The views that benchmarks render.
 #pragma once
 
 #include <array>
@@ -15,6 +14,7 @@ struct View {
     double maxSize;
 };
 
+// The built-in ones: every formula, and every constant of the Julia formula.
 inline constexpr std::array<View, 18> views = {{
     {"Mandelbrot", 0, -2.0, 2.0, -1.5, 1.5, 0, 0, 768, 4.0},
     {"JuliaSanMarco", 1, -1.5, 1.5, -1.5, 1.5, 0, -0.75, 768, 4.0},
@@ -34,6 +34,15 @@ inline constexpr std::array<View, 18> views = {{
     {"Chebyshev", 11, -2.0, 2.0, -1.5, 1.5, 0, 0, 768, 16.0},
     {"Hermite", 12, -2.0, 2.0, -1.5, 1.5, 0, 0, 768, 16.0},
     {"Legendre", 13, -2.0, 2.0, -1.5, 1.5, 0, 0, 768, 16.0},
+}};
+
+// Views that no menu offers: three deep ones, of which the last two want double precision, and one
+// where no orbit escapes.
+inline constexpr std::array<View, 4> moreViews = {{
+    {"DeepSpiral", 0, -0.743643887, -0.743543887, 0.131825904, 0.131925904, 0, 0, 4096, 4.0},
+    {"DeepNeedle", 0, -1.7490863749, -1.7490863748, -0.00000000005, 0.00000000005, 0, 0, 4096, 4.0},
+    {"DeepMiniature", 0, -1.7687788005, -1.7687788000, 0.0017389255, 0.0017389260, 0, 0, 4096, 4.0},
+    {"AllInterior", 0, -0.1, 0.1, -0.1, 0.1, 0, 0, 768, 4.0},
 }};
 
 }  // namespace bench
