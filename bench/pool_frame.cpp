@@ -80,14 +80,16 @@ double frameSeconds(int stride, double shortest) {
     return finishFrame(Clock::now(), shortest / stride) * stride;
 }
 
+double BestFrame::renderOnce() {
+    const double frame = frameSeconds(stride, seconds);
+    seconds = seconds == 0 ? frame : std::min(seconds, frame);
+    return frame;
+}
+
 void BestFrame::render() {
     constexpr double ENOUGH = 0.1;
     double sum = 0;
-    for (int i = 0; i < 4 && sum < ENOUGH; ++i) {
-        const double frame = frameSeconds(stride, seconds);
-        seconds = seconds == 0 ? frame : std::min(seconds, frame);
-        sum += frame;
-    }
+    for (int i = 0; i < 4 && sum < ENOUGH; ++i) sum += renderOnce();
 }
 
 double emptyFrameSeconds() {

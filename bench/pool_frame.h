@@ -40,7 +40,10 @@ double frameSeconds(int stride, double shortest);
 struct BestFrame {
     explicit BestFrame(int tileStride) : stride(tileStride) {}
 
-    // Renders one more frame, and again while the frames of this call are short, four at most.
+    // Renders one more frame and returns its seconds.
+    double renderOnce();
+
+    // The same, and again while the frames of this call are short, four at most.
     void render();
 
     int stride;          // as frameSeconds takes it

@@ -4,8 +4,9 @@
     build/release/bench/tessary_bench --benchmark_out=run.json --benchmark_out_format=json
     bench/report.py run.json docs/frame-time.svg
 
-Prints one Markdown table for each instruction set in the run and writes the plot: frame time of
-the Mandelbrot start view against the iteration limit and against the number of threads.
+Prints Markdown tables (the ratios, the cost of the search for repeats, and every figure of each
+instruction set in the run) and writes the plot: frame time of the Mandelbrot start view against the
+iteration limit and against the number of threads.
 """
 import json
 import math
@@ -36,6 +37,10 @@ class Row:
         self.peak = entry.get("peak")
         self.queue = entry["queue"]
 
+    def name(self):
+        shown = [option for option in self.options if option != "search"]
+        return " ".join([self.view, f"{self.limit:,}", *shown])
+
     def threads(self, most):
         for option in self.options:
             if option.startswith("threads"):
@@ -61,24 +66,21 @@ def print_tables(rows):
         for row in rows:
             if row.set != instructions:
                 continue
-            name = " ".join([row.view, f"{row.limit:,}", *row.options])
             precision = "float" if row.precision == "single" else "double"
-            print(f"| {name} | {precision} | {cells(row)} |")
+            print(f"| {row.name()} | {precision} | {cells(row)} |")
 
 
-def print_search_table(rows):
-    """One line for each view: what the search for repeats adds, for each set and precision."""
+def print_by_view(title, rows, cell):
+    """One line for each view and limit, one column for each instruction set and precision."""
     columns = list(dict.fromkeys((row.set, row.precision) for row in rows))
-    print("\n### The search for orbits that repeat\n")
+    print(f"\n### {title}\n")
     print("| view, limit |" + "".join(
         f" {instructions} {'float' if precision == 'single' else 'double'} |"
         for instructions, precision in columns))
     print("| --- |" + " ---: |" * len(columns))
-    for view, limit in dict.fromkeys((row.view, row.limit) for row in rows):
-        found = {(row.set, row.precision): row.search for row in rows
-                 if (row.view, row.limit) == (view, limit)}
-        print(f"| {view} {limit:,} |" + "".join(
-            f" {100 * found[column]:+.1f} % |" if column in found else " |" for column in columns))
+    for name in dict.fromkeys(row.name() for row in rows):
+        found = {(row.set, row.precision): cell(row) for row in rows if row.name() == name}
+        print(f"| {name} |" + "".join(f" {found.get(column, '')} |" for column in columns))
 
 
 class Panel:
@@ -160,9 +162,10 @@ def main():
     every = [Row(entry) for entry in run["benchmarks"]]
     rows = [row for row in every if row.search is None]
     searches = [row for row in every if row.search is not None]
+    print_by_view("Scalar time over vector time", rows, lambda row: f"{row.ratio:.1f}")
+    print_by_view("What the search for orbits that repeat adds", searches,
+                  lambda row: f"{100 * row.search:+.1f} %")
     print_tables(rows)
-    if searches:
-        print_search_table(searches)
     if len(sys.argv) > 2:
         write_plot(rows, sys.argv[2], run["context"]["num_cpus"])
 

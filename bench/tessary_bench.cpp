@@ -109,12 +109,15 @@ void compareSearch(benchmark::State& state, const Case& c) {
     bench::setView(c.view, c.limit, c.doublePrecision);
     vector_control::forceTarget(c.target.bit);
     const int stride = affordableStride();
+    constexpr double ENOUGH = 0.15;
     bench::BestFrame with(stride), without(stride);
     for (auto _ : state) {
-        vector_control::detectCycles(true);
-        with.render();
-        vector_control::detectCycles(false);
-        without.render();
+        for (double sum = 0; sum < ENOUGH; sum += with.seconds) {
+            vector_control::detectCycles(true);
+            with.renderOnce();
+            vector_control::detectCycles(false);
+            without.renderOnce();
+        }
         state.SetIterationTime(with.seconds);
     }
     state.counters["search"] = with.seconds / without.seconds - 1;
