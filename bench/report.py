@@ -1,12 +1,15 @@
 #!/usr/bin/python3
-"""Turns a run of tessary_bench into the tables and the plot of docs/performance.md.
+"""Turns a run of tessary_bench into the tables and the plot of docs/performance.md, and one of
+opencl_bench into the table of docs/opencl.md.
 
     build/release/bench/tessary_bench --benchmark_out=run.json --benchmark_out_format=json
     bench/report.py run.json docs/frame-time.svg
+    build/release/bench/opencl_bench --benchmark_out=device.json --benchmark_out_format=json
+    bench/report.py device.json
 
 Prints Markdown tables (the ratios, the cost of the search for repeats, and every figure of each
 instruction set in the run) and writes the plot: frame time of the Mandelbrot start view against the
-iteration limit and against the number of threads.
+iteration limit and against the number of threads. Of a device, the pool's time beside it.
 """
 import json
 import math
@@ -20,12 +23,16 @@ SERIES = [  # label, precision, whose time, colour
 ]
 
 
+SETS = {"AVX3": "AVX-512"}  # what the vector library calls otherwise than the world does
+
+
 class Row:
     """One benchmark: where it stands in the name, and its figures."""
 
     def __init__(self, entry):
         parts = entry["name"].split("/iterations:")[0].split("/")
-        self.view, self.limit, self.precision, self.set = parts[0], int(parts[1]), parts[2], parts[3]
+        self.view, self.limit, self.precision = parts[0], int(parts[1]), parts[2]
+        self.set = SETS.get(parts[3], parts[3])
         self.options = parts[4:]
         self.search = entry.get("search")
         self.vectors = entry["real_time"]
@@ -83,10 +90,30 @@ def print_by_view(title, rows, cell):
         print(f"| {name} |" + "".join(f" {found.get(column, '')} |" for column in columns))
 
 
+def print_device_table(entries):
+    """One line for each view of a run of opencl_bench."""
+    found = {}
+    for entry in entries:
+        view, precision = entry["name"].split("/")[:2]
+        figures = (entry["pool_ms"], entry["real_time"], entry["ratio"])
+        found.setdefault(view, {})[precision] = figures
+    print("| view | CPU pool ms, single | device ms | ratio | CPU pool ms, double | device ms | ratio |")
+    print("| --- |" + " ---: |" * 6)
+    for view, by_precision in found.items():
+        line = [view]
+        for precision in ("single", "double"):
+            if precision in by_precision:
+                pool, device, ratio = by_precision[precision]
+                line += [milliseconds(pool), milliseconds(device), f"{ratio:.1f}"]
+            else:
+                line += [""] * 3
+        print("| " + " | ".join(line) + " |")
+
+
 class Panel:
     """One diagram with logarithmic times; x values are spread evenly in their order."""
 
-    WIDTH, HEIGHT, LEFT, TOP = 300, 260, 60, 40
+    WIDTH, HEIGHT, LEFT, TOP = 290, 260, 76, 40
 
     def __init__(self, offset, title, ticks, low, high):
         self.offset, self.title, self.ticks = offset, title, ticks
@@ -146,8 +173,8 @@ def write_plot(rows, path, most_threads):
         for _, precision, whose, colour in SERIES:
             parts += panel.line(points_of(chosen, precision, whose, key), colour)
     for n, (label, _, _, colour) in enumerate(SERIES):
-        parts.append(f'<rect x="{60 + 180 * n}" y="336" width="12" height="12" fill="{colour}"/>')
-        parts.append(f'<text x="{78 + 180 * n}" y="347">{label}</text>')
+        parts.append(f'<rect x="{76 + 180 * n}" y="336" width="12" height="12" fill="{colour}"/>')
+        parts.append(f'<text x="{94 + 180 * n}" y="347">{label}</text>')
     with open(path, "w", encoding="utf-8") as file:
         file.write('<svg xmlns="http://www.w3.org/2000/svg" width="780" height="360" '
                    'font-family="sans-serif" font-size="12">\n'
@@ -159,6 +186,9 @@ def write_plot(rows, path, most_threads):
 def main():
     with open(sys.argv[1], encoding="utf-8") as file:
         run = json.load(file)
+    if "pool_ms" in run["benchmarks"][0]:
+        print_device_table(run["benchmarks"])
+        return
     every = [Row(entry) for entry in run["benchmarks"]]
     rows = [row for row in every if row.search is None]
     searches = [row for row in every if row.search is not None]

@@ -14,7 +14,10 @@
 
 namespace {
 
+using vector_test::allTargets;
 using vector_test::allTargetsAgree;
+using vector_test::scalarPicture;
+using vector_test::vectorPicture;
 using vector_test::View;
 
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
@@ -104,7 +107,7 @@ TEST_P(EveryCatalogueView, IsTheSamePictureWithoutTheSearchForCycles) {
 TEST_P(EveryCatalogueView, IsTheScalarPictureOverDegenerateRectangles) {
     View v = view();
     v.width = v.height = 24;
-    v.maxIters = 60;
+    v.maxIters = 400;
     const double edges[][4] = {{2, -2, 1.5, -1.5},  // inverted
                                {0.25, 0.25, 0, 0},  // a point
                                {0, 0, -1, 1},       // a line
@@ -125,7 +128,7 @@ TEST_P(EveryCatalogueView, IsTheScalarPictureOverDegenerateRectangles) {
 TEST_P(EveryCatalogueView, IsTheScalarPictureWithAnyConstant) {
     View v = view();
     v.width = v.height = 24;
-    v.maxIters = 60;
+    v.maxIters = 400;
     for (const double c : {-0.0, 1e-45, 1e20, -1e300, INFINITE, NOT_A_NUMBER}) {
         v.cx = c;
         EXPECT_TRUE(allTargetsAgree(v, "constant"));
@@ -155,6 +158,53 @@ TEST(LargestLimit, IsReachableByNoneAndCountsTheFirstSteps) {
         for (const bool doublePrecision : {false, true}) {
             v.doublePrecision = doublePrecision;
             EXPECT_TRUE(allTargetsAgree(v, "largest"));
+        }
+    }
+}
+
+// Whether every instruction set shows that no orbit of the view escapes, at a limit that would take
+// hours to reach.
+testing::AssertionResult staysAtTheLargestLimit(View v) {
+    v.width = v.height = 16;
+    v.maxIters = 100;
+    const auto black = scalarPicture(v);
+    v.maxIters = INT_MAX;
+    for (const vector_control::Target& target : allTargets()) {
+        if (target.name == "scalar") continue;
+        const vector_test::ForcedTarget forced(target.bit);
+        auto result = samePicture(vectorPicture(v), black, "stays." + target.name);
+        if (!result) return result << " on " << target.name << ", " << v;
+    }
+    return testing::AssertionSuccess();
+}
+
+TEST(OrbitThatRepeats, EndsLongBeforeTheLargestLimit) {
+    // Formulas and the middle of a square of constants with an attracting point.
+    const std::tuple<int, double, double> middles[] = {
+        {0, -0.1, 0.0}, {1, 0.0, 0.0}, {2, 0.5, 0.0}, {3, 0.0, 0.0}, {4, 0.0, 0.5}, {5, -1.0, 0.0}};
+    for (const auto& [type, x, y] : middles) {
+        View v;
+        v.type = type;
+        v.xMin = x - 0.01;
+        v.xMax = x + 0.01;
+        v.yMin = y - 0.01;
+        v.yMax = y + 0.01;
+        v.cx = 0.1;
+        for (const bool doublePrecision : {false, true}) {
+            v.doublePrecision = doublePrecision;
+            EXPECT_TRUE(staysAtTheLargestLimit(v));
+        }
+    }
+}
+
+TEST(OrbitOfNoNumber, EndsLongBeforeTheLargestLimit) {
+    for (int type = 0; type < 14; ++type) {
+        View v;
+        v.type = type;
+        v.xMin = NOT_A_NUMBER;
+        for (const bool doublePrecision : {false, true}) {
+            v.doublePrecision = doublePrecision;
+            EXPECT_TRUE(staysAtTheLargestLimit(v));
         }
     }
 }
