@@ -18,7 +18,7 @@ CONSTANT = re.compile(r"\.(rodata|data\.rel\.ro|text|init_array|fini_array|eh_fr
 # What the compiler and the standard library make for themselves.
 MADE_BY_COMPILER = re.compile(r"^(guard variable for |std::|__|\.L|DW\.ref|_ZL?Z?GV|vtable|typeinfo)")
 
-DECLARATION = re.compile(r"\s*(extern(?! \"C\")|static|inline static)\b")
+DECLARATION = re.compile(r"\s*(extern(?! \"C\")|static|inline static|inline thread_local)\b")
 
 
 def objects():
