@@ -27,11 +27,19 @@ std::atomic<int> threadsLeft{-1};
 
 }  // namespace
 
+// The sanitizers' function of that name, where one is linked: it must hear of every thread, and the
+// stand-in below hides it.
+extern "C" [[gnu::weak]] int __interceptor_pthread_create(pthread_t*, const pthread_attr_t*,
+                                                          void* (*)(void*), void*);
+
 // Stands before the C library's function for std::thread too, so that creation can fail on request.
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
                               void* (*body)(void*), void* argument) {
     using Function = int (*)(pthread_t*, const pthread_attr_t*, void* (*)(void*), void*);
-    static const auto original = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_create"));
+    static const auto original =
+        __interceptor_pthread_create
+            ? &__interceptor_pthread_create
+            : reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_create"));
     if (threadsLeft == 0) return EAGAIN;
     if (threadsLeft > 0) --threadsLeft;
     return original(thread, attributes, body, argument);
