@@ -55,12 +55,10 @@ namespace {
 
 class Toolkit {
   public:
-    // Loads the library; false, with a line on standard error, when it is not there.
-    bool load() {
+    // Loads the library; returns why it cannot be used, nothing when it can.
+    std::string load() {
         void* library = dlopen("libgtk-3.so.0", RTLD_LAZY | RTLD_LOCAL);
-        const bool complete = library != nullptr && findFunctions(library);
-        if (!complete) std::cerr << "No file panel can be shown: " << dlerror() << std::endl;
-        return complete;
+        return library != nullptr && findFunctions(library) ? "" : dlerror();
     }
 
 // NOLINTNEXTLINE(bugprone-macro-parentheses): the name of a member cannot stand in parentheses
@@ -117,9 +115,11 @@ class PanelErrorHandling {
     ErrorHandlers previous;
 };
 
-// Loads the toolkit and starts it on the display that the GLUT window is on.
-bool startToolkit() {
-    if (!toolkit.load()) return false;
+// Loads the toolkit and starts it on the display that the GLUT window is on; returns why it does
+// not run, nothing when it does.
+std::string startToolkit() {
+    std::string trouble = toolkit.load();
+    if (!trouble.empty()) return trouble;
     toolkit.gtk_disable_setlocale();
     toolkit.gdk_set_allowed_backends("x11");
     std::string program = "tessary", option = "--display", display;
@@ -131,12 +131,14 @@ bool startToolkit() {
     const ErrorHandlers before = exchange({});
     const bool started = toolkit.gtk_init_check(&argc, &argv) != FALSE;
     panelHandlers = exchange(before);
-    return started;
+    return started ? "" : "cannot open display " + display;
 }
 
+// Whether panels can be shown; a line tells when they cannot.
 bool toolkitRuns() {
-    static const bool started = startToolkit();
-    return started;
+    static const std::string trouble = startToolkit();
+    if (!trouble.empty()) std::cout << "No file panel can be shown: " << trouble << std::endl;
+    return trouble.empty();
 }
 
 // The GLUT window as the toolkit sees it; null where there is none.

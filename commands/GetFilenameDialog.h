@@ -1,4 +1,5 @@
-// The desktop's own file panels. GLUT thread; both run modally until the user answers.
+// The desktop's own file panels. GLUT thread; both run modally until the user answers. Where the
+// desktop's toolkit is missing or does not start, each call prints a line and chooses nothing.
 #pragma once
 
 #include <string>

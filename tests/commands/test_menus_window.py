@@ -343,6 +343,22 @@ class Loading(MenuTest):
         self.panel(program, "Load fractals")
         self.assertTrue({name for name in self.libraries(program) if "libgtk" in name})
 
+    def test_without_the_desktop_toolkit_each_try_is_one_line(self):
+        folder = tempfile.mkdtemp(prefix="tessary-libraries-")
+        self.addCleanup(shutil.rmtree, folder)
+        with open(os.path.join(folder, "libgtk-3.so.0"), "w") as file:
+            file.write("no library")
+        program = self.start_and_settle(env={"LD_LIBRARY_PATH": folder}, cwd=folder)
+        for times, command in ((1, "Load from disk"), (2, "Save to disk"), (3, "Load from disk")):
+            self.choose(program, "Fractals", command)
+            harness.wait_until(lambda: times <= sum(
+                line.startswith("No file panel can be shown: ") for line in program.lines), 30,
+                "the line")
+        self.assertEqual(self.open_panels(program), [])
+        self.assertEqual(os.listdir(folder), ["libgtk-3.so.0"])
+        self.assertEqual(program.errors, "")
+        self.quit(program)
+
     def test_a_panel_leaves_the_window_as_it_was(self):
         program = self.start_and_settle()
         before = program.screenshot()
