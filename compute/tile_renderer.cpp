@@ -24,6 +24,7 @@ void threadCPU(int xStart, int yStart, int xEnd, int yEnd, int width, int height
                              maxIters,
                              buffer,
                              palette};
+    if (tile.xStart >= tile.xEnd || tile.yStart >= tile.yEnd) return;
     if (renderWithVectors(tile, type)) return;
     threadScalar(xStart, yStart, xEnd, yEnd, width, height, xMin, xMax, yMin, yMax, cx, cy,
                  maxSizeSquared, maxIters, buffer, palette, type);

@@ -5,7 +5,7 @@
 // each count by rule `type` (0..13; any other number paints opaque black) and writes its four bytes
 // at (y * width + x) * 4 of buffer.
 //   T               float or double, the type of all arithmetic
-//   width, height   size of the picture that `buffer` holds, at least 1
+//   width, height   size of the picture that `buffer` holds; below 1 there is nothing to render
 //   xMin .. yMax    view rectangle, any values
 //   maxSizeSquared  escape limit as a whole number, converted to T
 //   maxIters        iteration limit, any int

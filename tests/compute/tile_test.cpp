@@ -1,10 +1,12 @@
 #include "compute/tile_renderer.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/compute/count_palette.h"
@@ -145,6 +147,16 @@ TYPED_TEST(TileTest, BoundsWhollyOutsideThePictureWriteNothing) {
     this->expectTile(this->view(0), {0, 12, 8, 20});
     this->expectTile(this->view(0), {-16, -16, -8, -8});
     this->expectTile(this->view(0), {0, -16, 8, 0});
+}
+
+TYPED_TEST(TileTest, APictureWithoutPixelsIsLeftAlone) {
+    for (const auto& [width, height] : {std::pair(0, 0), {0, 12}, {20, 0}, {-1, 12}, {20, -1}}) {
+        ReferenceView v = this->view(0);
+        v.width = width, v.height = height;
+        unsigned char pixel[4] = {CANARY, CANARY, CANARY, CANARY};
+        render<TypeParam>(v, {0, 0, 8, 8}, pixel, countPalette());
+        EXPECT_THAT(pixel, testing::Each(CANARY)) << width << " x " << height;
+    }
 }
 
 TYPED_TEST(TileTest, ExtremeBoundsAreClipped) {
