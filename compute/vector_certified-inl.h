@@ -129,7 +129,7 @@ HWY_NOINLINE void advanceCertified(CertifiedSlots& slots, std::size_t at, Real l
         orbits.decide(limit, escaped, doubtful);
         const RealMask ended = hn::Or(escaped, doubtful);
         if (HWY_LIKELY(hn::AllFalse(d, ended))) continue;
-        const auto count = static_cast<std::uint64_t>(stepsBefore + i);
+        const auto count = static_cast<std::uint64_t>(std::int64_t{stepsBefore} + i);
         hn::BlendedStore(hn::Set(du, count), hn::RebindMask(du, escaped), du, s.count + at);
         hn::BlendedStore(hn::Set(du, IN_DOUBT), hn::RebindMask(du, doubtful), du, s.count + at);
         s.alive -= hn::CountTrue(d, ended);

@@ -305,7 +305,7 @@ inline std::size_t costOf(std::size_t vectors) {
 
 // Asks for the lines of a chunk's pixels, so that they are at hand when it is painted. Rows are far
 // apart, and the neighbouring tiles that share the lines may have been painted by another thread.
-inline void prefetchRows(unsigned char* firstPixel, int rows, int width) {
+inline void prefetchRows(const unsigned char* firstPixel, int rows, int width) {
     for (int y = 0; y < rows; ++y) {
         const unsigned char* row = firstPixel + 4 * std::ptrdiff_t{y} * width;
 #if HWY_ARCH_X86
