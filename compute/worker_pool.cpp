@@ -159,6 +159,7 @@ void queueFrame() {
 void waitForFrame() {
     if (vThreads.empty() && !shutdown_threads) {
         appleThread(nullptr);
+        const std::lock_guard lock(mutex);
         task_count = 0;
     }
     if (task_count == 0 || shutdown_threads) return;

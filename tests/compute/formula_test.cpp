@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "compute/complex.h"
 #include "tests/support/reference_fractal.h"
 
 namespace {
@@ -65,6 +67,23 @@ class FormulaTest : public testing::Test {};
 
 using Precisions = testing::Types<float, double>;
 TYPED_TEST_SUITE(FormulaTest, Precisions);
+
+// Each part is a product in double, whatever the precision of the argument, rounded once.
+TYPED_TEST(FormulaTest, TheComplexFunctionsRoundProductsOfDoubles) {
+    std::mt19937 random(5);
+    std::uniform_real_distribution<TypeParam> parts(-4, 4);
+    const auto is = [](const cpuComplex<TypeParam>& z, double r, double i) {
+        return z.r == static_cast<TypeParam>(r) && z.i == static_cast<TypeParam>(i);
+    };
+    for (int n = 0; n < 1000; ++n) {
+        const cpuComplex<TypeParam> a{parts(random), parts(random)};
+        const double r = a.r, j = a.i;
+        EXPECT_PRED3(is, sinC(a), std::sin(r) * std::cosh(j), std::cos(r) * std::sinh(j));
+        EXPECT_PRED3(is, cosC(a), std::cos(r) * std::cosh(j), -(std::sin(r) * std::sinh(j)));
+        EXPECT_PRED3(is, sinhC(a), std::sinh(r) * std::cos(j), std::cosh(r) * std::sin(j));
+        EXPECT_PRED3(is, coshC(a), std::cosh(r) * std::cos(j), std::sinh(r) * std::sin(j));
+    }
+}
 
 TYPED_TEST(FormulaTest, NoIterationsAllowedGivesZeroForAllButJulia) {
     for (const auto& f : formulas<TypeParam>()) {

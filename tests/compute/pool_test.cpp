@@ -6,9 +6,12 @@
 
 #include <chrono>
 #include <cmath>
+#include <iostream>
 #include <limits>
 #include <mutex>
+#include <sstream>
 #include <thread>
+#include <vector>
 
 #include "app/view_state.h"
 #include "compute/palette.h"
@@ -195,6 +198,38 @@ TEST_F(PoolTest, LoweringTheThreadCountStopsAWorkerAfterTheTileInHand) {
     std::this_thread::sleep_for(50ms);
     EXPECT_EQ(task_count, left);
     EXPECT_GT(left, 0);
+}
+
+// An output that takes its time over the line and then looks whether a tile was taken meanwhile.
+class SlowOutput : public std::stringbuf {
+  public:
+    std::size_t waiting = 0;
+
+  private:
+    int sync() override {
+        std::this_thread::sleep_for(50ms);
+        waiting = workQ.size();  // under the caller's lock
+        return std::stringbuf::sync();
+    }
+};
+
+TEST_F(PoolTest, NoTileIsTakenBeforeTheLineOfTheFrameIsOut) {
+    const Pool pool(4);
+    SlowOutput output;
+    std::streambuf* const before = std::cout.rdbuf(&output);
+    queueFrame();
+    std::cout.rdbuf(before);
+    waitForFrame();
+    EXPECT_EQ(output.str(), "Enqueuing 65536\n");
+    EXPECT_EQ(output.waiting, 65536u);
+}
+
+TEST(Params, AreTheBoundsThenTheViewThenTheConstant) {
+    const params tile{1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
+    EXPECT_EQ((std::vector<int>{tile.xStart, tile.xEnd, tile.yStart, tile.yEnd}),
+              (std::vector<int>{1, 2, 3, 4}));
+    EXPECT_EQ((std::vector<double>{tile.xMin, tile.xMax, tile.yMin, tile.yMax, tile.cx, tile.cy}),
+              (std::vector<double>{5, 6, 7, 8, 9, 10}));
 }
 
 TEST_F(PoolTest, AnEmptyTileRendersNothingAndIsCountedDown) {

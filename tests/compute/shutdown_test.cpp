@@ -91,6 +91,19 @@ TEST_F(ShutdownTest, TheScopeObjectStopsThePoolAndSaysSo) {
     EXPECT_TRUE(shutdown_threads);
 }
 
+TEST_F(ShutdownTest, TheScopeObjectStopsThePoolWhenItsScopeIsLeftByAnException) {
+    const Pool pool(2);
+    const StdoutCapture capture;
+    try {
+        const CThreadShutdown shutdown;
+        throw 1;
+    } catch (int) {
+        std::cout << "caught" << std::endl;
+    }
+    EXPECT_EQ(capture.text(), linesOfShutdown(2) + "caught\n");
+    EXPECT_TRUE(vThreads.empty());
+}
+
 TEST_F(ShutdownTest, WithoutThreadsNoneIsWaitedFor) {
     const Pool pool(0);
     const StdoutCapture capture;
