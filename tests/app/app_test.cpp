@@ -1,7 +1,5 @@
 #include "tests/app/app_test.h"
 
-#include <thread>
-
 #include "app/frame_loop.h"
 #include "app/navigation.h"
 #include "app/view_state.h"
@@ -82,13 +80,4 @@ fractal namedEntry(const std::string& name, int id, const Rectangle& rectangle) 
     entry.name = name;
     entry.fractalID = id;
     return entry;
-}
-
-bool isHeld(std::recursive_mutex& lock) {
-    bool free = false;
-    std::thread([&] {
-        free = lock.try_lock();
-        if (free) lock.unlock();
-    }).join();
-    return !free;
 }

@@ -5,10 +5,10 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "tests/app/lock_probe.h"
 #include "tests/support/compute_globals.h"
 #include "tests/support/glut_stand_in.h"
 #include "tests/support/stdout_capture.h"
@@ -46,6 +46,3 @@ Rectangle rectangleOf(const fractal& entry);
 
 // An entry named `name` with this identity and rectangle.
 fractal namedEntry(const std::string& name, int id, const Rectangle& rectangle);
-
-// Whether the calling thread holds this lock.
-bool isHeld(std::recursive_mutex& lock);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "app/view_state.h"
+#include "app/window_title.h"
 #include "tests/app/app_test.h"
 #include "tests/support/catalogue_table.h"
 
@@ -190,6 +191,21 @@ TEST_F(CatalogueTest, AVeryLongNameStillGivesATitle) {
     setCurrentFractal(entry);
     ASSERT_EQ(glut.titles.size(), 1u);
     EXPECT_THAT(glut.titles[0], StartsWith(" nnnn"));
+}
+
+TEST_F(CatalogueTest, ATenThousandByteNameIsInTheTitleToItsLastByte) {
+    const std::string name = "first" + std::string(9991, 'n') + "last";
+    fractal entry = namedEntry(name, 0, {1, 0, 1, 0});
+    title = "prefix";
+    setCurrentFractal(entry);
+    EXPECT_THAT(glut.titles, ElementsAre("prefix " + name));
+}
+
+TEST_F(CatalogueTest, ATitleIsCutAtAHundredThousandBytes) {
+    const std::string longest(100000, 't');
+    setWindowTitle(longest);
+    setWindowTitle(longest + "more");
+    EXPECT_THAT(glut.titles, ElementsAre(longest, longest));
 }
 
 TEST(ViewState, AddingAnUpdateNeverOverflows) {

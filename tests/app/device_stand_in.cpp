@@ -9,12 +9,26 @@
 #include <string>
 
 std::vector<bool> standInDevices;
+std::function<void(const std::string& name)> onDeviceCall;
+std::vector<unsigned char> uploadedBytes;
 
 namespace {
 
 // Handles are the addresses of these.
 char platformHandle;
 char deviceHandles[16];
+char contextHandle, queueHandle, bufferHandle, programHandle, kernelHandle;
+
+cl_int accept(const char* name) {
+    if (onDeviceCall) onDeviceCall(name);
+    return CL_SUCCESS;
+}
+
+template <class Handle>
+Handle create(const char* name, char& handle, cl_int* status) {
+    *status = accept(name);
+    return reinterpret_cast<Handle>(&handle);
+}
 
 cl_int answer(const void* value, std::size_t length, std::size_t size, void* out,
               std::size_t* sizeReturned) {
@@ -75,5 +89,68 @@ cl_int clGetDeviceInfo(cl_device_id device, cl_device_info what, std::size_t siz
             return answer(&number, sizeof number, size, out, returned);
     }
 }
+
+cl_context clCreateContext(const cl_context_properties*, cl_uint, const cl_device_id*,
+                           void(CL_CALLBACK*)(const char*, const void*, std::size_t, void*), void*,
+                           cl_int* status) {
+    return create<cl_context>("clCreateContext", contextHandle, status);
+}
+
+cl_command_queue clCreateCommandQueue(cl_context, cl_device_id, cl_command_queue_properties,
+                                      cl_int* status) {
+    return create<cl_command_queue>("clCreateCommandQueue", queueHandle, status);
+}
+
+cl_mem clCreateBuffer(cl_context, cl_mem_flags, std::size_t, void*, cl_int* status) {
+    return create<cl_mem>("clCreateBuffer", bufferHandle, status);
+}
+
+cl_program clCreateProgramWithSource(cl_context, cl_uint, const char**, const std::size_t*,
+                                     cl_int* status) {
+    return create<cl_program>("clCreateProgramWithSource", programHandle, status);
+}
+
+cl_int clBuildProgram(cl_program, cl_uint, const cl_device_id*, const char*,
+                      void(CL_CALLBACK*)(cl_program, void*), void*) {
+    return accept("clBuildProgram");
+}
+
+cl_kernel clCreateKernel(cl_program, const char*, cl_int* status) {
+    return create<cl_kernel>("clCreateKernel", kernelHandle, status);
+}
+
+cl_int clSetKernelArg(cl_kernel, cl_uint, std::size_t, const void*) {
+    return CL_SUCCESS;
+}
+
+cl_int clEnqueueNDRangeKernel(cl_command_queue, cl_kernel, cl_uint, const std::size_t*,
+                              const std::size_t*, const std::size_t*, cl_uint, const cl_event*,
+                              cl_event*) {
+    return accept("clEnqueueNDRangeKernel");
+}
+
+cl_int clEnqueueReadBuffer(cl_command_queue, cl_mem, cl_bool, std::size_t, std::size_t, void*,
+                           cl_uint, const cl_event*, cl_event*) {
+    return accept("clEnqueueReadBuffer");
+}
+
+cl_int clEnqueueWriteBuffer(cl_command_queue, cl_mem, cl_bool, std::size_t, std::size_t size,
+                            const void* from, cl_uint, const cl_event*, cl_event*) {
+    const auto* bytes = static_cast<const unsigned char*>(from);
+    uploadedBytes.assign(bytes, bytes + size);
+    return accept("clEnqueueWriteBuffer");
+}
+
+#define ACCEPT(name, Handle)  \
+    cl_int name(Handle) {     \
+        return accept(#name); \
+    }
+ACCEPT(clFlush, cl_command_queue)
+ACCEPT(clFinish, cl_command_queue)
+ACCEPT(clReleaseKernel, cl_kernel)
+ACCEPT(clReleaseProgram, cl_program)
+ACCEPT(clReleaseMemObject, cl_mem)
+ACCEPT(clReleaseCommandQueue, cl_command_queue)
+ACCEPT(clReleaseContext, cl_context)
 
 }  // extern "C"

@@ -39,6 +39,7 @@ namespace {
 using glut_stand_in::call;
 using glut_stand_in::glut;
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::Eq;
 using testing::ExitedWithCode;
 using testing::HasSubstr;
@@ -80,6 +81,7 @@ void printState() {
     standInDevices = devicesThere;
     glut.echo = true;
     glut.mainLoop = loop;
+    onDeviceCall = [](const std::string& name) { std::cout << name << std::endl; };
     arguments.insert(arguments.begin(), path);
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -136,6 +138,17 @@ TEST_F(StartUpTest, OpensOnTheMandelbrotViewInAFixedOrder) {
                 AllOf(StartsWith(first), HasSubstr(window)));
 }
 
+TEST_F(StartUpTest, ADeviceIsSettledAfterGlutAndBeforeTheWindowAndSetUpAtTheFirstFrame) {
+    const std::string first = "Maximum CPU threads: " + hardwareThreads() + "\nglutInit()\n";
+    EXPECT_EXIT(runProgram({}, DOUBLE, [] { glut.display(); }), ExitedWithCode(0),
+                AllOf(StartsWith(first),
+                      HasSubstr("\nDouble Precision Available\n"
+                                "Running on device: Device 0:OpenCL 1.2 in Single precision\n"
+                                "glutInitWindowSize(1152, 900)\n"),
+                      ContainsRegex("createMenu.*glutMainLoop.*OpenCL single precison on Device "
+                                    "0:OpenCL 1.2\nclCreateContext\n")));
+}
+
 TEST_F(StartUpTest, TheMainLoopFindsEverythingInPlace) {
     EXPECT_EXIT(
         runProgram({}, NONE), ExitedWithCode(0),
@@ -148,6 +161,16 @@ TEST_F(StartUpTest, TheMainLoopFindsEverythingInPlace) {
 TEST_F(StartUpTest, TheShutdownFollowsTheMainLoop) {
     EXPECT_EXIT(runProgram({}, NONE, [] {}), ExitedWithCode(0),
                 HasSubstr("glutMainLoop()\n" + shutdownLines()));
+}
+
+TEST_F(StartUpTest, WhatTheDeviceHoldsIsReleasedBeforeTheShutdown) {
+    const std::string released =
+        "clFlush\nclFinish\nclReleaseKernel\nclReleaseProgram\nclReleaseMemObject\n"
+        "clReleaseMemObject\nclReleaseCommandQueue\nclReleaseContext\n";
+    for (const Arguments& arguments : {Arguments{"--single"}, Arguments{"--double"}}) {
+        EXPECT_EXIT(runProgram(arguments, DOUBLE, [] { glut.display(); }), ExitedWithCode(0),
+                    HasSubstr("glutSwapBuffers()\n" + released + shutdownLines()));
+    }
 }
 
 TEST_F(StartUpTest, AnUnsignedExceptionEndsTheLoopQuietly) {
@@ -178,6 +201,31 @@ TEST_F(StartUpTest, ACpuCountBelowOneIsTheHardwares) {
     for (const char* option : {"--cpu0", "--cpu", "--cpu-3", "--cpux"}) {
         EXPECT_EXIT(runProgram({option}, DOUBLE), ExitedWithCode(0),
                     HasSubstr("CPU Threads: " + hardwareThreads() + "\n"));
+    }
+}
+
+struct TypedCount {
+    std::string typed;
+    std::string threads;
+};
+
+TEST_F(StartUpTest, ACpuCountIsReadAsTheCLibraryReadsIt) {
+    const std::string all = hardwareThreads();
+    for (const TypedCount& row :
+         std::vector<TypedCount>{{" 7", "7"},
+                                 {"\t7", "7"},
+                                 {"+7", "7"},
+                                 {"007", "7"},
+                                 {"7.9", "7"},
+                                 {"7 8", "7"},
+                                 {"0x7", all},
+                                 {"+ 7", all},
+                                 {"2147483647", "2147483647"},
+                                 {"2147483648", all},  // wraps to a negative number
+                                 {"99999999999999999999", all}}) {
+        EXPECT_EXIT(runProgram({"--cpu" + row.typed}, DOUBLE, [] {}), ExitedWithCode(0),
+                    HasSubstr("CPU Threads: " + row.threads + "\n"))
+            << row.typed;
     }
 }
 

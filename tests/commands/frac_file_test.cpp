@@ -278,6 +278,11 @@ TEST_F(KeyboardInput, LoadOwesOneRender) {
     EXPECT_EQ(update_count, 1);
 }
 
+TEST_F(KeyboardInput, ALoadThatFailsOwesOneRenderToo) {
+    EXPECT_TRUE(keyboard_input_load("OK", "/nonexistent/x", nullptr));
+    EXPECT_EQ(update_count, 1);
+}
+
 TEST_F(KeyboardInput, WithoutAUserTextOnlyTheNameIsPrinted) {
     forgetOutput();
     keyboard_input_load("OK", "/nonexistent/x", nullptr);

@@ -3,7 +3,10 @@
 
 #include <gmock/gmock.h>
 
+#include <utility>
+
 #include "app/frame_loop.h"
+#include "app/start_up.h"
 #include "commands/menu_handlers.h"
 #include "compute/opencl_backend.h"
 #include "compute/renderer.h"
@@ -12,8 +15,11 @@
 
 using GlutMenu::CGlutMenu;
 using stand_ins::submenu;
+using testing::AllOf;
+using testing::Each;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
+using testing::IsSupersetOf;
+using testing::Ne;
 
 namespace {
 
@@ -44,6 +50,20 @@ void useDevice(int device, std::vector<bool> doubles) {
     bCPU = false;
     nCudaDevice = device;
 }
+
+// A number that has another value while this lives.
+class Restored {
+  public:
+    Restored(std::int32_t& changed, std::int32_t value)
+        : number(changed), before(std::exchange(changed, value)) {}
+    ~Restored() { number = before; }
+    Restored(const Restored&) = delete;
+    Restored& operator=(const Restored&) = delete;
+
+  private:
+    std::int32_t& number;
+    std::int32_t before;
+};
 
 struct ItemText {
     const std::string& text;
@@ -107,6 +127,14 @@ TEST_F(MenuTree, BarIsGreenAndAsWideAsTheWindow) {
     createMenu();
     EXPECT_THAT(menu.background_colour, ElementsAre(0.0f, 0.7f, 0.3f, 0.7f));
     EXPECT_EQ(menu.width, 1024);
+}
+
+TEST_F(MenuTree, IsLaidOutForTheSizeOfTheWindow) {
+    const Restored width(screen_width, 640), height(screen_height, 384);
+    createMenu();
+    EXPECT_EQ(CGlutMenu::screen_width, 640.0f);
+    EXPECT_EQ(CGlutMenu::screen_height, 384.0f);
+    EXPECT_EQ(menu.GetScaleY(), 0.5f);
 }
 
 TEST_F(MenuTree, ZoomHasNoSubmenu) {
@@ -191,11 +219,13 @@ TEST_F(MenuTree, SubmenusHaveNeitherTitleNorUserPointer) {
     createMenu();
     for (const std::vector<std::string>& path : {std::vector<std::string>{"Fractals"},
                                                  {"Fractals", "Fractals"},
+                                                 {"Fractals", "Fractals", "Julia"},
+                                                 {"Fractals", "Fractals", "Barnsley"},
                                                  {"Palette"},
                                                  {"Devices"},
                                                  {"Devices", "CPU Threads"}}) {
-        EXPECT_EQ(submenu(path)->GetTitle(), "");
-        EXPECT_EQ(submenu(path)->user_data, nullptr);
+        EXPECT_EQ(submenu(path)->GetTitle(), "") << path.back();
+        EXPECT_EQ(submenu(path)->user_data, nullptr) << path.back();
     }
 }
 
@@ -323,14 +353,33 @@ TEST_F(MenuTree, NoChosenDeviceLeavesEverythingEnabled) {
     EXPECT_TRUE(enabled(submenu({"Devices"}), "Double precision"));
 }
 
+TEST_F(MenuTree, ANumberBeyondTheDevicesLeavesEverythingEnabled) {
+    for (const int device : {2, 7}) {
+        useDevice(device, {true, false});
+        createMenu();
+        EXPECT_TRUE(enabled(submenu({"Devices"}), "CPU Threads")) << device;
+        EXPECT_TRUE(enabled(submenu({"Devices"}), "Double precision")) << device;
+    }
+}
+
+// The texts of all items of a menu and of all menus below it.
+std::vector<std::string> textsBelow(const CGlutMenu& list) {
+    std::vector<std::string> found = list.items;
+    for (int i = 0; i < static_cast<int>(list.items.size()); ++i) {
+        const CGlutMenu* child = list.GetSubMenu(i);
+        if (child == nullptr) continue;
+        const std::vector<std::string> below = textsBelow(*child);
+        found.insert(found.end(), below.begin(), below.end());
+    }
+    return found;
+}
+
 TEST_F(MenuTree, TogglesToCpuAndGpuAreInNoMenu) {
     stand_ins::listDevices({true});
     createMenu();
-    for (const std::vector<std::string>& path :
-         {std::vector<std::string>{}, {"Fractals"}, {"Palette"}, {"Devices"}}) {
-        EXPECT_EQ(submenu(path)->GetMenuPosition(toggle_to_cpu), -1);
-        EXPECT_EQ(submenu(path)->GetMenuPosition(toggle_to_gpu), -1);
-    }
+    const std::vector<std::string> all = textsBelow(menu);
+    EXPECT_THAT(all, IsSupersetOf({"Quit", "Siegel Disk", "Sierpinski", "RGB Cycle", "4"}));
+    EXPECT_THAT(all, Each(AllOf(Ne("Toggle to CPU"), Ne("Toggle to GPU"))));
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ std::vector<std::string> backendCalls;
 extern "C" {
 void glutPostRedisplay() {
     ++stand_ins::glut.redisplays;
+    if (stand_ins::glut.onRedisplay) stand_ins::glut.onRedisplay();
 }
 void glutIdleFunc(void (*callback)()) {
     stand_ins::glut.idle = callback;
@@ -154,6 +155,7 @@ CommandsTest::CommandsTest() : saved(std::make_unique<Saved>()) {
 }
 
 CommandsTest::~CommandsTest() {
+    forget();
     devices = saved->handles;
     device_names = saved->names;
     fp64_support = saved->doubles;

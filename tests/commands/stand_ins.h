@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@ struct GlutCalls {
     void (*idle)() = nullptr;
     int idleCalls = 0;
     std::vector<std::string> titles;
+    std::function<void()> onRedisplay;  // runs while one is asked for
 };
 extern GlutCalls glut;
 

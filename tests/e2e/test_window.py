@@ -73,15 +73,19 @@ class StartUp(TessaryTest):
         program = self.start()
         program.wait_for_frames(1)
         lines = program.lines
+        menus = 8  # the bar and the seven below it
         self.assertEqual(
-            lines[:4],
+            lines[:4 + menus],
             [
                 f"Maximum CPU threads: {CORES}",
                 "No OpenCL devices are available. Reverting to CPU rendering",
                 f"Running on CPU with {CORES} threads in Single precision",
                 START_REPORT,
+                *["font x scaling is 0.164326"] * menus,
             ],
         )
+        for line in lines[4 + menus:-2]:
+            self.assertRegex(line, r"^(Resh|Resizing|old |new |scale |font scale )", "a reshape")
         self.assertEqual(lines[-2], "Enqueuing 65536")
         self.assertRegex(lines[-1], r"^Rendering to texture took \d+(\.\d+)?(e-\d+)? s$")
 
@@ -90,6 +94,12 @@ class StartUp(TessaryTest):
         program.wait_for_frames(1)
         self.assertEqual(program.lines[1], "CPU Threads: 1")
         self.assertIn(f"Running on CPU with {CORES} threads in Double precision", program.lines)
+
+    def test_glut_is_given_the_arguments(self):
+        screen = harness.Screen()
+        self.addCleanup(screen.stop)
+        program = self.start(["-display", screen.display], env={"DISPLAY": None}, screen=screen)
+        program.wait_for_frames(1)
 
     def test_the_window_takes_nine_tenths_of_the_screen(self):
         program = self.start()
@@ -318,6 +328,7 @@ class Benchmark(TessaryTest):
     def test_a_file_that_is_not_there_is_reported_and_the_window_opens(self):
         program = self.start(["--bench:/nonexistent/a.frac"])
         program.wait_for_line("^Could not read from disk$")
+        self.assertEqual(program.errors, "")
         program.wait_for_line("^Total rendering time ")
         program.close()
         self.assertEqual(program.wait_exit(), 0)
