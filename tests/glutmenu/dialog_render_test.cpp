@@ -111,8 +111,15 @@ TEST_F(SingleField, has_an_opaque_title_bar_though_the_text_is_not) {
 TEST_F(SingleField, title_bar_lies_on_whole_pixels) {
     dialog.x = 50.75F;
     dialog.y = 60.75F;
-    const auto bar = shapes(render(dialog), GL_QUADS)[1];
-    EXPECT_EQ(bar.points[0], (Point{50.0F, 60.0F}));
+    dialog.width = 200.5F;
+    // 200.5 + 50 and 33.33 + 60 + 2, each cut off
+    expectBox(shapes(render(dialog), GL_QUADS)[1], 50.0F, 60.0F, 250.0F, 95.0F);
+}
+
+TEST_F(SingleField, title_stands_where_the_dialog_does_between_pixels) {
+    dialog.x = 50.75F;
+    dialog.y = 60.75F;
+    expectAt(textOf(render(dialog), "Title"), 50.75F, 60.75F + line);
 }
 
 TEST_F(SingleField, draws_every_button_framed_around_its_label) {
@@ -162,6 +169,19 @@ TEST_F(Message, writes_its_lines_from_the_second_row_on) {
 
 TEST_F(Message, draws_no_cursor) {
     EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
+}
+
+TEST_F(Message, emptied_by_return_is_drawn_as_a_single_field_when_shown_again) {
+    press({return_key});
+    dialog.Display();
+    const auto drawn = render(dialog);
+    // trunc(10 + 5 * 33.33 + 60) is 236.
+    expectBox(shapes(drawn, GL_QUADS)[0], 50.0F, 236.0F, 50.0F + dialog.width, 60.0F);
+    EXPECT_THAT(words(drawn), ElementsAre(":", "Title", "OK", "Cancel"));
+    const float left = 50.0F + dialog.label_width;
+    expectAt(textOf(drawn, ":"), left - lengthOf(":") - 2.0F, 5.0F + 60.0F + 2.0F * line);
+    expectBox(shapes(drawn, GL_LINE_LOOP)[0], left, 60.0F + line + 5.0F, left,
+              10.0F + 2.0F * line + 60.0F);
 }
 
 class FormDrawing : public DialogTest {

@@ -1,6 +1,5 @@
-// What a dialog is initialised with, how big it is, and its place among the open ones.
+// What a dialog is initialised with, and how big it is.
 
-#include <memory>
 #include <tuple>
 
 #include "tests/glutmenu/dialog_fixture.h"
@@ -16,7 +15,16 @@ float whole(float value) {
 
 const std::string last_line = "Press [RETURN]/[ENTER] to continue";
 
-class Dialog : public DialogTest {};
+class Dialog : public DialogTest {
+  protected:
+    // Centres a single field in a window of this height.
+    void centreInWindow(int height) {
+        GlutMenu::CGlutMenu bar;
+        initialiseBar(bar, {"A"}, 1024, height);
+        openSingleField("Ada", 12);
+        dialog.Center();
+    }
+};
 
 TEST_F(Dialog, starts_empty_in_the_corner) {
     EXPECT_EQ(dialog.x, 0.0F);
@@ -189,6 +197,15 @@ TEST_F(Dialog, is_never_narrower_than_its_buttons) {
     EXPECT_EQ(dialog.width, whole(button * 2.4F));
 }
 
+TEST_F(Dialog, multiplies_the_row_of_its_buttons_in_double_precision) {
+    GlutMenu::CGlutMenu bar;
+    initialiseBar(bar, {"A"}, 4618, 768);
+    openSingleField("", 0);
+    // 2 * 1.2 * 276.66666 is just short of 664, which single precision would make of it.
+    ASSERT_FLOAT_EQ(dialog.button_width, 276.66666F);
+    EXPECT_EQ(dialog.width, 663.0F);
+}
+
 TEST_F(Dialog, widens_for_more_buttons) {
     openSingleField("", 0);
     dialog.DefineButtons({"Yes", "No", "Perhaps"});
@@ -241,11 +258,14 @@ TEST_F(Dialog, is_centred_in_the_window_whatever_the_drawing_space) {
 }
 
 TEST_F(Dialog, divides_a_centred_height_by_the_scale) {
-    GlutMenu::CGlutMenu bar;
-    initialiseBar(bar, {"A"}, 1024, 1536);
-    openSingleField("Ada", 12);
-    dialog.Center();
+    centreInWindow(1536);
     EXPECT_EQ(dialog.y, 768.0F - 33.0F);
+}
+
+TEST_F(Dialog, cuts_a_centred_height_off_before_dividing_it) {
+    centreInWindow(192);
+    // Two lines are 16.665 high, 16 of which make 64 at a scale of a quarter.
+    EXPECT_EQ(dialog.y, 96.0F - 32.0F);
 }
 
 TEST_F(Dialog, stays_centred_when_its_size_changes) {
@@ -263,6 +283,17 @@ TEST_F(Dialog, is_no_longer_centred_when_initialised_again) {
     openMessage({"One"});
     EXPECT_EQ(dialog.centred, 0.0F);
     EXPECT_EQ(dialog.x, 50.0F);
+}
+
+TEST_F(Dialog, of_every_kind_shows_the_cursor_at_first) {
+    CTextInput::cursor_visible = false;
+    Strings lines = {"One"};
+    dialog.Initialise("Title", lines, 30, 40, answerText, &answers);
+    EXPECT_TRUE(CTextInput::cursor_visible);
+    CTextInput::cursor_visible = false;
+    Strings values = {"a"};
+    dialog.Initialise("Title", lines, values, 30, 40, 9, answerForm, &answers);
+    EXPECT_TRUE(CTextInput::cursor_visible);
 }
 
 class DialogReshape : public DialogTest {};
@@ -327,6 +358,17 @@ TEST_F(DialogReshape, sizes_a_message_and_shows_the_cursor) {
     EXPECT_TRUE(CTextInput::cursor_visible);
 }
 
+TEST_F(DialogReshape, shows_the_cursor_of_fields) {
+    openSingleField("Ada", 12);
+    CTextInput::cursor_visible = false;
+    dialog.Reinitialise();
+    EXPECT_TRUE(CTextInput::cursor_visible);
+    openForm({"A"}, {"a"}, 9);
+    CTextInput::cursor_visible = false;
+    dialog.Reinitialise();
+    EXPECT_TRUE(CTextInput::cursor_visible);
+}
+
 TEST_F(DialogReshape, sizes_a_form_and_centres_it_again) {
     openForm({"A"}, {"a"}, 9);
     dialog.Center();
@@ -335,102 +377,6 @@ TEST_F(DialogReshape, sizes_a_form_and_centres_it_again) {
     dialog.Reinitialise();
     EXPECT_FLOAT_EQ(dialog.width, dialog.label_width + 117.0F);
     EXPECT_EQ(dialog.y, 200.0F - 33.0F);
-}
-
-class Stack : public DialogTest {
-  protected:
-    void open(CTextInput& one) {
-        Strings lines = {"hello"};
-        one.Initialise("T", lines, 10, 20, nullptr, nullptr);
-        one.Display();
-    }
-};
-
-TEST_F(Stack, takes_a_displayed_dialog_on_top) {
-    EXPECT_TRUE(openMessage({"One"}));
-    EXPECT_EQ(GlutMenu::input_field, &dialog);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
-    EXPECT_EQ(dialog.previous, nullptr);
-    EXPECT_EQ(stand_in::state.redisplays, 1);
-}
-
-TEST_F(Stack, returns_to_the_dialog_beneath) {
-    CTextInput upper;
-    openMessage({"One"});
-    open(upper);
-    EXPECT_EQ(upper.previous, &dialog);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
-    upper.KeyboardHandler(escape, "");
-    EXPECT_EQ(GlutMenu::input_field, &dialog);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
-}
-
-TEST_F(Stack, holds_a_dialog_displayed_twice_once) {
-    openMessage({"One"});
-    dialog.Display();
-    EXPECT_EQ(dialog.previous, nullptr);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
-    press({escape});
-    EXPECT_EQ(GlutMenu::input_field, nullptr);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 0);
-}
-
-TEST_F(Stack, moves_a_dialog_displayed_again_from_beneath_to_the_top) {
-    CTextInput upper;
-    openMessage({"One"});
-    open(upper);
-    dialog.Display();
-    EXPECT_EQ(GlutMenu::input_field, &dialog);
-    EXPECT_EQ(dialog.previous, &upper);
-    EXPECT_EQ(upper.previous, nullptr);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
-}
-
-TEST_F(Stack, closes_up_over_a_dialog_closed_in_its_middle) {
-    CTextInput middle;
-    CTextInput upper;
-    openMessage({"One"});
-    open(middle);
-    open(upper);
-    middle.KeyboardHandler(escape, "");
-    EXPECT_EQ(GlutMenu::input_field, &upper);
-    EXPECT_EQ(upper.previous, &dialog);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
-}
-
-TEST_F(Stack, loses_a_destroyed_dialog) {
-    auto upper = std::make_unique<CTextInput>();
-    CTextInput top;
-    openMessage({"One"});
-    open(*upper);
-    open(top);
-    upper.reset();
-    EXPECT_EQ(top.previous, &dialog);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 2);
-}
-
-TEST_F(Stack, is_empty_when_its_only_dialog_is_destroyed) {
-    auto only = std::make_unique<CTextInput>();
-    open(*only);
-    only.reset();
-    EXPECT_EQ(GlutMenu::input_field, nullptr);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 0);
-}
-
-TEST_F(Stack, is_untouched_by_the_end_of_a_dialog_that_was_not_open) {
-    openMessage({"One"});
-    { CTextInput other; }
-    EXPECT_EQ(GlutMenu::input_field, &dialog);
-    EXPECT_EQ(GlutMenu::num_dialogs_active, 1);
-}
-
-TEST_F(Stack, forgets_the_kept_dialog_with_its_end) {
-    auto kept = std::make_unique<CTextInput>();
-    GlutMenu::text_input = kept.get();
-    { CTextInput other; }
-    EXPECT_EQ(GlutMenu::text_input, kept.get());
-    kept.reset();
-    EXPECT_EQ(GlutMenu::text_input, nullptr);
 }
 
 }  // namespace

@@ -187,6 +187,16 @@ TEST_F(Layout, keeps_the_extra_vertical_offset_in_every_formula) {
     EXPECT_EQ(by, 145);
 }
 
+TEST_F(Layout, counts_the_extra_vertical_offset_in_the_reported_height_of_a_bar) {
+    initialiseBar(menu, {"A", "B"});
+    menu.y_offset = 40;
+    int w = 0;
+    int h = 0;
+    // trunc((40 + 33.33 + 5) * 0.30003)
+    EXPECT_EQ(menu.GetWidthAndHeight(w, h), 23);
+    EXPECT_EQ(h, 23);
+}
+
 TEST_F(Layout, of_a_list_is_reported_as_it_is) {
     initialiseList(menu, {"A", "Bb"});
     int w = 0;
@@ -206,10 +216,8 @@ TEST_F(Layout, measures_text_by_its_glyphs) {
 
 TEST_F(Layout, measures_text_with_the_stroked_font_of_the_moment) {
     initialiseBar(menu, {"A"});
-    void* const before = GlutMenu::stroked_font;
     GlutMenu::stroked_font = nullptr;
     EXPECT_FLOAT_EQ(CGlutMenu::GetStringLength("HH"), 2.0F * 13.0F / 89.0F);
-    GlutMenu::stroked_font = before;
 }
 
 TEST_F(Layout, has_no_predecessor_below_zero) {
@@ -232,6 +240,74 @@ TEST_F(Layout, stays_when_a_text_out_of_range_is_set) {
     menu.SetMenuText(2, "x");
     EXPECT_EQ(menu.width, 1);
     EXPECT_EQ(menu.items, (Strings{"A", "B"}));
+}
+
+TEST_F(Layout, has_margins_of_five_after_every_initialisation) {
+    initialiseBar(menu, {"A"});
+    menu.ReshapeCallback(2048, 2304);
+    ASSERT_EQ(menu.margin_x, 10.0F);
+    ASSERT_EQ(menu.margin_y, 15.0F);
+    initialiseBar(menu, {"A"}, 2048, 2304);
+    EXPECT_EQ(menu.margin_x, 5.0F);
+    EXPECT_EQ(menu.margin_y, 5.0F);
+    EXPECT_EQ(menu.height, 109);
+}
+
+// A bar away from the corner. On the reference screen "File " is 43 wide and "View " 53.
+class MovedBar : public ToolkitTest {
+  protected:
+    MovedBar() {
+        initialiseBar(bar, {"File", "View", "Zoom"});
+        bar.x = 100.0F;
+        bar.y = 20.0F;
+    }
+    CGlutMenu& addToView() {
+        bar.AddSubMenu(1, {"Grid"}, nullptr, nullptr, "");
+        return *bar.GetSubMenu(1);
+    }
+
+    CGlutMenu bar;
+};
+
+TEST_F(MovedBar, moves_its_items) {
+    // 20 + 33.33 + 5 is where the texts stand; two margins more lie between "View" and "Zoom".
+    EXPECT_EQ(cornersOf(bar, 0), (Corners{100, 58, 143, 24}));
+    EXPECT_EQ(cornersOf(bar, 1), (Corners{143, 58, 196, 24}));
+    EXPECT_EQ(cornersOf(bar, 2), (Corners{206, 58, 271, 24}));
+}
+
+TEST_F(MovedBar, cuts_the_place_of_an_item_off_after_adding_its_parts_up) {
+    bar.x = 100.75F;
+    bar.margin_x = 5.25F;
+    bar.y = 20.5F;
+    bar.margin_y = 5.25F;
+    // 43 + 53 + 100.75 + 10.5 and 20.5 + 33.33 + 5.25
+    EXPECT_EQ(cornersOf(bar, 2)[0], 207);
+    EXPECT_EQ(cornersOf(bar, 2)[1], 59);
+}
+
+TEST_F(MovedBar, puts_a_new_submenu_five_margins_and_a_line_below_its_top) {
+    // The submenu starts at trunc(5 * 5 + 20) and is moved down by 33.33 + 10.
+    EXPECT_EQ(positionOf(addToView()), (std::array<int, 2>{148, 88}));
+}
+
+TEST_F(MovedBar, hangs_its_submenus_below_its_items) {
+    CGlutMenu& drop = addToView();
+    bar.Resize(1.0F, 1.0F);
+    // The text stands at 58, the bar at 20, and the margin is 5.
+    EXPECT_EQ(positionOf(drop), (std::array<int, 2>{143, 58 + 20 + 5}));
+}
+
+TEST_F(MovedBar, is_clicked_where_it_lies) {
+    bar.Resize(1.0F, 1.0F);
+    bar.Activate();
+    trace();
+    EXPECT_FALSE(click(bar, 99, 40));
+    EXPECT_FALSE(click(bar, 110, 19));
+    EXPECT_TRUE(click(bar, 110, 20));
+    EXPECT_TRUE(click(bar, 210, 63));
+    EXPECT_FALSE(click(bar, 210, 64));
+    EXPECT_EQ(trace(), "Item File\nItem Zoom\n");
 }
 
 class Reshape : public Layout {};
@@ -273,9 +349,7 @@ TEST_F(Reshape, traces_its_steps) {
 TEST_F(Reshape, passes_the_factors_to_the_open_dialog_after_the_menu_moved) {
     initialiseBar(menu, {"A"});
     GlutMenu::CTextInput dialog;
-    Strings lines = {"hello"};
-    dialog.Initialise("T", lines, 10, 20, nullptr, nullptr);
-    dialog.Display();
+    showMessage(dialog);
     menu.ReshapeCallback(2048, 384);
     EXPECT_EQ(dialog.x, 20.0F);
     EXPECT_EQ(dialog.y, 10.0F);

@@ -69,8 +69,10 @@ TEST_F(Helpers, draw_text_upright_with_strokes_of_two_and_restore_the_line_width
     EXPECT_FLOAT_EQ(text.glyph_scale[1], -0.30003F);
     EXPECT_EQ(text.line_width, 2.0F);
     EXPECT_EQ(stand_in::state.line_width, 3.5F);
-    EXPECT_EQ(stand_in::state.calls.front(), "glPushMatrix");
-    EXPECT_EQ(stand_in::state.modelview_depth, 0);
+    EXPECT_THAT(stand_in::state.calls,
+                ElementsAre("glPushMatrix", "glLineWidth 2", "glTranslatef 10 20 0",
+                            "glScalef 0.146067 -0.30003 1", "glutStrokeCharacter Roman",
+                            "glPopMatrix", "glLineWidth 3.5"));
 }
 
 TEST_F(Helpers, draw_text_with_the_roman_font_whatever_font_they_are_given) {
@@ -120,6 +122,17 @@ TEST_F(Rendering, blends_without_depth_test_and_ends_with_depth_test_and_no_blen
     EXPECT_TRUE(stand_in::state.depth_test);
 }
 
+TEST_F(Rendering, takes_blending_depth_test_and_projection_back_in_this_order) {
+    draw(bar);
+    const auto& calls = stand_in::state.calls;
+    ASSERT_GT(calls.size(), 6U);
+    EXPECT_THAT(Strings(calls.end() - 6, calls.end()),
+                ElementsAre("glDisable " + std::to_string(GL_BLEND),
+                            "glEnable " + std::to_string(GL_DEPTH_TEST),
+                            "glMatrixMode " + std::to_string(GL_PROJECTION), "glPopMatrix",
+                            "glMatrixMode " + std::to_string(GL_MODELVIEW), "glPopMatrix"));
+}
+
 TEST_F(Rendering, leaves_matrices_colour_and_line_width_as_it_found_them) {
     openNested();
     const stand_in::State before = stand_in::state;
@@ -145,6 +158,14 @@ TEST_F(Rendering, of_a_bar_fills_it_then_draws_highlight_and_texts) {
     EXPECT_EQ(drawn[2].colour, white);
     EXPECT_EQ(drawn[3].text, "View");
     EXPECT_EQ(drawn[3].points, (Points{{43.0F, 38.0F}}));
+}
+
+TEST_F(Rendering, fills_down_to_the_extra_vertical_offset) {
+    bar.x = 100.0F;
+    bar.y = 20.0F;
+    bar.y_offset = 7;
+    bar.Resize(1.0F, 1.0F);
+    EXPECT_EQ(draw(bar)[0].points, box(100.0F, 20.0F, 1024.0F, 20.0F + 43.0F + 7.0F));
 }
 
 TEST_F(Rendering, draws_an_open_submenu_beneath_its_parent) {
@@ -185,6 +206,14 @@ TEST_F(Rendering, dims_the_text_of_a_disabled_item) {
     const auto drawn = draw(bar);
     EXPECT_EQ(textOf(drawn, "Quit").colour, (Colour{0.6F, 0.3F, 0.15F, 0.8F}));
     EXPECT_EQ(textOf(drawn, "Open").colour, (Colour{1.0F, 0.5F, 0.25F, 0.8F}));
+}
+
+// In single precision each of these products would be the next larger number.
+TEST_F(Rendering, dims_in_double_precision) {
+    drop->SetTextColour(0.03F, 0.07F, 0.14F, 1.0F);
+    drop->SetMenuItemState(2, false);
+    openDrop();
+    EXPECT_EQ(textOf(draw(bar), "Quit").colour, (Colour{0.018F, 0.042F, 0.084F, 1.0F}));
 }
 
 TEST_F(Rendering, dims_the_text_of_an_item_without_a_state) {
@@ -229,6 +258,20 @@ TEST_F(Rendering, points_an_arrow_at_an_item_with_a_submenu) {
     EXPECT_FLOAT_EQ(at[2][1], (119.6666F + 85.67F) / 2.0F);
 }
 
+TEST_F(Rendering, sizes_marks_by_the_roman_font_whatever_text_is_measured_with) {
+    drop->SetCheckState(0, true);
+    openDrop();
+    GlutMenu::stroked_font = nullptr;
+    const auto drawn = draw(bar);
+    const auto ticks = shapes(drawn, GL_LINE_STRIP);
+    const auto arrows = shapes(drawn, GL_TRIANGLES);
+    ASSERT_EQ(ticks.size(), 1U);
+    ASSERT_EQ(arrows.size(), 1U);
+    const auto right = static_cast<float>(drop->width);
+    EXPECT_FLOAT_EQ(ticks[0].points[0][0], right - 12.35F);
+    EXPECT_FLOAT_EQ(arrows[0].points[0][0], right - 13.0F);
+}
+
 TEST_F(Rendering, points_an_arrow_at_a_checked_item_with_a_deleted_submenu) {
     drop->SetCheckState(1, true);
     drop->DeleteSubMenu(1);
@@ -260,21 +303,26 @@ TEST_F(Rendering, highlights_nothing_out_of_range) {
 TEST_F(Rendering, draws_the_dialog_once_for_every_level) {
     openNested();
     GlutMenu::CTextInput dialog;
-    Strings lines = {"hello"};
-    dialog.Initialise("Title", lines, 10, 20, nullptr, nullptr);
-    dialog.Display();
+    showMessage(dialog);
     const Strings drawn = words(draw(bar));
     EXPECT_EQ(std::count(drawn.begin(), drawn.end(), "Title"), 3);
     EXPECT_EQ(drawn.back(), "Cancel");
 }
 
 TEST_F(Rendering, draws_the_dialog_of_an_inactive_root) {
-    bar.Deactive(false);
     GlutMenu::CTextInput dialog;
-    Strings lines = {"hello"};
-    dialog.Initialise("Title", lines, 10, 20, nullptr, nullptr);
-    dialog.Display();
+    showMessage(dialog);
+    bar.Deactive(false);
     EXPECT_EQ(words(draw(bar)).front(), "hello");
+}
+
+TEST_F(Rendering, draws_the_dialog_though_none_is_counted) {
+    GlutMenu::CTextInput dialog;
+    showMessage(dialog);
+    GlutMenu::num_dialogs_active = 0;
+    EXPECT_THAT(words(draw(bar)), testing::Contains("hello"));
+    bar.Deactive(false);
+    EXPECT_THAT(words(draw(bar)), testing::Contains("hello"));
 }
 
 TEST_F(Rendering, changes_no_menu) {

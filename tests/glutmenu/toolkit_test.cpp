@@ -14,6 +14,7 @@ ToolkitTest::ToolkitTest() : output(std::cout.rdbuf(traced.rdbuf())) {
     GlutMenu::input_field = nullptr;
     GlutMenu::num_dialogs_active = 0;
     GlutMenu::text_input = nullptr;
+    GlutMenu::stroked_font = GLUT_STROKE_ROMAN;
     CTextInput::cursor_visible = true;
     // A menu of the reference screen leaves its scale in the globals.
     CGlutMenu menu;
@@ -54,11 +55,33 @@ bool ToolkitTest::clickItem(CGlutMenu& root, const CGlutMenu& menu, int i) {
     return click(root, bx + 10, by - 10);
 }
 
+void ToolkitTest::showMessage(CTextInput& dialog, int x, int y) {
+    Strings lines = {"hello"};
+    dialog.Initialise("Title", lines, x, y, nullptr, nullptr);
+    dialog.Display();
+}
+
 std::vector<Drawn> ToolkitTest::draw(CGlutMenu& root) {
     stand_in::state.drawn.clear();
     stand_in::state.calls.clear();
     root.Render();
     return stand_in::state.drawn;
+}
+
+OutputByFlush::OutputByFlush() : before(std::cout.rdbuf(this)) {}
+
+OutputByFlush::~OutputByFlush() {
+    std::cout.rdbuf(before);
+}
+
+int OutputByFlush::overflow(int c) {
+    pending.push_back(static_cast<char>(c));
+    return c;
+}
+
+int OutputByFlush::sync() {
+    flushed.push_back(std::exchange(pending, ""));
+    return 0;
 }
 
 std::vector<Drawn> shapes(const std::vector<Drawn>& drawn, GLenum mode) {

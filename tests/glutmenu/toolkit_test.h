@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -30,12 +31,32 @@ class ToolkitTest : public testing::Test {
     static bool click(GlutMenu::CGlutMenu& root, int x, int y);
     static bool clickItem(GlutMenu::CGlutMenu& root, const GlutMenu::CGlutMenu& menu, int i);
 
+    // Shows a message "hello" with its corner at (x, y).
+    static void showMessage(GlutMenu::CTextInput& dialog, int x = 10, int y = 20);
+
     // Draws a menu as a frame does and returns what was drawn since the last call.
     static std::vector<stand_in::Drawn> draw(GlutMenu::CGlutMenu& root);
 
   private:
     std::ostringstream traced;
     std::streambuf* output;
+};
+
+// Takes standard output over while it lives.
+class OutputByFlush : public std::streambuf {
+  public:
+    OutputByFlush();
+    ~OutputByFlush() override;
+
+    Strings flushed;      // what was written, cut where it was flushed
+    std::string pending;  // what was not flushed
+
+  protected:
+    int overflow(int c) override;
+    int sync() override;
+
+  private:
+    std::streambuf* before;
 };
 
 // Of what was drawn: the shapes of one mode, and the texts.
