@@ -133,8 +133,15 @@ class MenuTest(harness.WindowTest):
 
         window = harness.wait_until(find, 30, f"the panel {title}")
         program.screen.tool("xdotool", "windowfocus", "--sync", window)
-        harness.time.sleep(0.5)
+        # The window manager may still be busy with a request from before and take the keyboard away.
+        focus = harness.Unchanged(lambda: self.keyboard_focus(program))
+        harness.wait_until(lambda: focus.seconds() >= 0.5 and focus.value == window, 30,
+                           f"the keyboard of {title}")
         return window
+
+    def keyboard_focus(self, program):
+        """The X window that keys go to."""
+        return program.screen.tool("xdotool", "getwindowfocus", check=False)[1].decode().strip()
 
     def open_panels(self, program):
         return [

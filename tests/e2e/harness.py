@@ -26,6 +26,7 @@ import sys
 import tempfile
 import threading
 import time
+import types
 import unittest
 
 import numpy as np
@@ -57,6 +58,21 @@ def wait_until(condition, timeout, what):
         if time.monotonic() > deadline:
             raise AssertionError(f"waited {timeout * PATIENCE:.0f} s in vain for {what}")
         time.sleep(0.02)
+
+
+class Unchanged:
+    """How long a value has been the same, as far as was looked."""
+
+    def __init__(self, read):
+        self._read = read
+        self._since = 0.0
+        self.value = object()
+
+    def seconds(self):
+        value, now = self._read(), time.monotonic()
+        if value != self.value:
+            self.value, self._since = value, now
+        return now - self._since
 
 
 def _dies_with_us(command):
@@ -145,8 +161,16 @@ class Screen:
         return ":" + number
 
     def _start_window_manager(self):
+        """It names itself before it is ready and loses windows that are mapped in between, so it is
+        asked for something until it has done it: to show the desktop, and to show windows again."""
         self._spawn(["openbox", "--sm-disable"], env=self.env)
-        wait_until(lambda: self.tool("wmctrl", "-m", check=False)[0] == 0, 15, "openbox")
+        for mode in ("on", "off"):
+            wait_until(lambda: self._window_manager_shows_desktop(mode), 15, "openbox")
+
+    def _window_manager_shows_desktop(self, mode):
+        self.tool("wmctrl", "-k", mode, check=False)
+        _, facts = self.tool("wmctrl", "-m", check=False)
+        return f"showing the desktop\" mode: {mode.upper()}".encode() in facts
 
     def tool(self, *command, check=True, timeout=60):
         """Runs an X client on this screen; answers (status, standard output as bytes)."""
@@ -269,18 +293,26 @@ class Program:
         return [float(self.wait_for_line(RENDERED_LINE, timeout)[1]) for _ in range(count)]
 
     def wait_until_quiet(self, seconds=1.0, timeout=60):
-        """Waits until nothing has been printed for a while, and the screen has had that while to
-        follow."""
+        """Waits until nothing has been printed for a while, and the program has come to rest: a
+        frame is drawn after its line is printed, on a busy machine long after."""
         quiet = seconds * (2.0 if SANITIZE else 1.0)
-        state = {"count": -1, "since": time.monotonic()}
+        printed = Unchanged(lambda: len(self.lines))
+        at_work = Unchanged(self._main_thread)
+        wait_until(lambda: printed.seconds() >= quiet and at_work.seconds() >= 0.1, timeout,
+                   "the output to fall quiet")
 
-        def settled():
-            count = len(self.lines)
-            if count != state["count"]:
-                state.update(count=count, since=time.monotonic())
-            return time.monotonic() - state["since"] >= quiet
-
-        wait_until(settled, timeout, "the output to fall quiet")
+    def _main_thread(self):
+        """How long the thread that draws has run so far; nothing two times the same while it runs
+        or could run."""
+        pid = self.process.pid
+        try:
+            with open(f"/proc/{pid}/task/{pid}/schedstat") as file:
+                ran = file.read().split()[0]
+            with open(f"/proc/{pid}/task/{pid}/stat") as file:
+                state = file.read().rsplit(")", 1)[1].split()[0]
+        except OSError:
+            return "ended"
+        return (ran, time.monotonic()) if state == "R" else ran
 
     # ---- its window
 
@@ -445,7 +477,7 @@ class WindowTest(unittest.TestCase):
         self._programs = []
         test = getattr(self, method)
 
-        def test_with_artifacts():
+        def test_with_artifacts(_self):
             try:
                 test()
             except unittest.SkipTest:
@@ -455,7 +487,8 @@ class WindowTest(unittest.TestCase):
                 raise
 
         test_with_artifacts.__doc__ = test.__doc__
-        setattr(self, method, test_with_artifacts)
+        # A method, as unittest takes a plain function for a static one when a test is named.
+        setattr(self, method, types.MethodType(test_with_artifacts, self))
 
     def start(self, args=(), env=None, wm=True, screen=None, window=True, cwd=None):
         """The program with these arguments, its window shown (unless window=False)."""
