@@ -27,6 +27,7 @@ namespace {
     USE(g_signal_connect_data)                          \
     USE(g_source_remove)                                \
     USE(g_timeout_add)                                  \
+    USE(gdk_display_flush)                              \
     USE(gdk_display_get_default)                        \
     USE(gdk_set_allowed_backends)                       \
     USE(gdk_window_set_transient_for)                   \
@@ -194,6 +195,9 @@ class Panel {
     ~Panel() {
         toolkit.gtk_widget_destroy(dialog);
         while (toolkit.gtk_events_pending()) toolkit.gtk_main_iteration();
+        // What the toolkit has not sent by now would wait for the next panel, this one's
+        // disappearance too.
+        toolkit.gdk_display_flush(toolkit.gdk_display_get_default());
     }
     Panel(const Panel&) = delete;
     Panel& operator=(const Panel&) = delete;

@@ -10,6 +10,7 @@ import harness
 
 SHARE = os.path.join(harness.SOURCE, "share")
 TOUR = os.path.join(SHARE, "tour.frac")
+NO_FLUSH = os.path.join(harness.BUILD, "tests", "commands", "libtessary_no_flush.so")
 PICTURES = os.path.join(harness.BUILD, "tests", "commands", "frac_picture")
 
 # The bar of the menu covers the top of the picture.

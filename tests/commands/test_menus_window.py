@@ -175,6 +175,13 @@ class Panels(MenuTest):
         self.assertFalse({line for line in printed if "fractal" in line.lower()}, printed)
         self.assertEqual(program.errors, "")
 
+    def test_a_panel_goes_though_its_toolkit_keeps_that_to_itself(self):
+        program = self.start_and_settle(cwd=self.folder, env={"LD_PRELOAD": menus.NO_FLUSH})
+        self.choose(program, "Fractals", "Load from disk")
+        self.panel(program, "Load fractals")
+        program.key("Escape")
+        self.wait_without_panels(program)
+
     def test_the_panel_starts_from_the_last_name(self):
         program = self.start_and_settle(cwd=self.folder)
         self.choose(program, "Fractals", "Save to disk")
