@@ -14,8 +14,8 @@
 #include <iostream>
 #include <memory>
 
-#include "commands/frac_extension.h"
 #include "compute/worker_pool.h"
+#include "frac/frac_extension.h"
 
 namespace {
 

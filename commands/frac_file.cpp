@@ -9,9 +9,9 @@
 #include "app/catalogue.h"
 #include "app/navigation.h"
 #include "app/view_state.h"
-#include "commands/byte_reader.h"
-#include "commands/file_replace.h"
-#include "commands/frac_record.h"
+#include "frac/byte_reader.h"
+#include "frac/file_replace.h"
+#include "frac/frac_record.h"
 
 std::string filename = "Fractal1.frac";
 

@@ -1,5 +1,5 @@
 // Which paths get the extension.
-#include "commands/frac_extension.h"
+#include "frac/frac_extension.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Saving never costs the user what was there.
-#include "commands/file_replace.h"
+#include "frac/file_replace.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>

@@ -14,9 +14,9 @@
 #include <random>
 #include <thread>
 
-#include "commands/byte_reader.h"
 #include "commands/frac_file.h"
-#include "commands/frac_record.h"
+#include "frac/byte_reader.h"
+#include "frac/frac_record.h"
 #include "tests/commands/frac_bytes.h"
 #include "tests/commands/stand_ins.h"
 

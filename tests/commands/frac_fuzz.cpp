@@ -7,8 +7,8 @@
 #include <cstdlib>
 #include <string>
 
-#include "commands/byte_reader.h"
-#include "commands/frac_record.h"
+#include "frac/byte_reader.h"
+#include "frac/frac_record.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "app/view_state.h"
+#include "frac/fractal.h"
 
 class ByteReader;
 

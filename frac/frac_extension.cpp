@@ -1,4 +1,4 @@
-#include "commands/frac_extension.h"
+#include "frac/frac_extension.h"
 
 #include <algorithm>
 

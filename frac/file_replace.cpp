@@ -1,4 +1,4 @@
-#include "commands/file_replace.h"
+#include "frac/file_replace.h"
 
 #include <fcntl.h>
 #include <signal.h>

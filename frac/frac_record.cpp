@@ -1,6 +1,6 @@
-#include "commands/frac_record.h"
+#include "frac/frac_record.h"
 
-#include "commands/byte_reader.h"
+#include "frac/byte_reader.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "commands/byte_reader.h"
+#include "frac/byte_reader.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
