@@ -4,6 +4,8 @@
 #include <cstring>
 #include <iostream>
 
+#include "compute/palette_tables.h"
+
 auto_array<unsigned char> tempColours;
 auto_array<unsigned char> badAssColourPalette;
 std::atomic<unsigned char*> cpuPalette{nullptr};
@@ -12,25 +14,6 @@ namespace {
 
 // Random colours; filled by the first InitColours(0), never again. GLUT thread writes.
 unsigned char fixedColours[PALETTE_BYTES];
-
-// The generator is never seeded, so the "random" colours are the same on every run.
-void fillRandom(unsigned char* table) {
-    for (int n = 0; n < PALETTE_ENTRIES; ++n) {
-        for (int channel = 0; channel < 3; ++channel) {
-            table[4 * n + channel] = static_cast<unsigned char>(std::rand() & 0xff);
-        }
-    }
-}
-
-// Green, blue, then red ramps of 256 entries, each starting again from black.
-void fillCycle(unsigned char* table) {
-    for (int n = 0; n < PALETTE_ENTRIES; ++n) {
-        const auto level = static_cast<unsigned char>(n & 0xff);
-        table[4 * n] = n >= 512 ? level : 0;
-        table[4 * n + 1] = n < 256 ? level : 0;
-        table[4 * n + 2] = n >= 256 && n < 512 ? level : 0;
-    }
-}
 
 void applyPalette(int type) {
     InitColours(type);
@@ -44,12 +27,13 @@ void InitColours(int type) {
     static bool bColoursInitialised = false;
     if (type == 1) {
         cpuPalette = tempColours.get();
-        fillCycle(tempColours.get());
+        fillCycleColours(tempColours.get());
     } else if (type == 0) {
         cpuPalette = fixedColours;
         if (!bColoursInitialised) {
             bColoursInitialised = true;
-            fillRandom(fixedColours);
+            // The generator is never seeded, so these are the same on every run.
+            fillRandomColours(fixedColours, std::rand);
         }
     }
     std::memcpy(badAssColourPalette.get(), tempColours.get(), PALETTE_BYTES);
