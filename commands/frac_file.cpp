@@ -9,28 +9,12 @@
 #include "app/catalogue.h"
 #include "app/navigation.h"
 #include "app/view_state.h"
-#include "frac/byte_reader.h"
+#include "frac/catalogue_bytes.h"
 #include "frac/file_replace.h"
-#include "frac/frac_record.h"
 
 std::string filename = "Fractal1.frac";
 
 namespace {
-
-std::string encodeCatalogue() {
-    std::string bytes;
-    for (const fractal& entry : fractals) bytes += encodeRecord(entry);
-    return bytes;
-}
-
-std::vector<fractal> decodeCatalogue(ByteReader& reader) {
-    std::vector<fractal> loaded;
-    while (std::optional<fractal> entry = decodeRecord(reader)) {
-        loaded.push_back(std::move(*entry));
-        std::cout << "Loaded fractal" << std::endl;
-    }
-    return loaded;
-}
 
 void replaceCatalogue(std::vector<fractal>&& loaded) {
     const std::lock_guard lock(mutex);
@@ -57,7 +41,7 @@ void takeFilename(const std::string& text, void* user) {
 // The lines follow the write, so that none of them tells of an entry that is not on disk.
 void SaveData(std::string path) {
     const std::lock_guard lock(mutex);
-    if (!replaceFile(path, encodeCatalogue())) {
+    if (!replaceFile(path, encodeCatalogue(fractals))) {
         std::cout << "Could not write to disk" << std::endl;
         return;
     }
@@ -67,14 +51,13 @@ void SaveData(std::string path) {
 }
 
 void LoadData(std::string path) {
-    ByteReader reader(path);
-    std::vector<fractal> loaded;
-    if (reader.isOpen()) loaded = decodeCatalogue(reader);
-    if (!reader.isOpen() || (loaded.empty() && reader.failed())) {
+    const auto tell = [](const fractal&) { std::cout << "Loaded fractal" << std::endl; };
+    std::optional<std::vector<fractal>> loaded = readCatalogue(path, tell);
+    if (!loaded) {
         std::cout << "Could not read from disk" << std::endl;
         return;
     }
-    replaceCatalogue(std::move(loaded));
+    replaceCatalogue(std::move(*loaded));
 }
 
 bool keyboard_input_save(std::string button, std::string text, void* user) {

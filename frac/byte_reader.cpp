@@ -34,14 +34,24 @@ ByteReader::ByteReader(const std::string& path)
     unread = hasSize ? static_cast<std::uint64_t>(status.st_size) : LONGEST_STREAM;
 }
 
+ByteReader::ByteReader(std::string_view bytes, InMemory)
+    : memory(bytes.empty() ? std::string_view("") : bytes), unread(bytes.size()) {}
+
 ByteReader::~ByteReader() {
     if (file >= 0) close(file);
+}
+
+ssize_t ByteReader::readMore(std::size_t length) {
+    if (file >= 0) return readSome(file, block.data(), length);
+    memory.copy(block.data(), length);
+    memory.remove_prefix(length);
+    return static_cast<ssize_t>(length);
 }
 
 bool ByteReader::refill() {
     const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(unread, block.size()));
     if (wanted == 0) return false;
-    const ssize_t count = readSome(file, block.data(), wanted);
+    const ssize_t count = readMore(wanted);
     if (count < 0) readFailed = true;
     position = 0;
     filled = count > 0 ? static_cast<std::size_t>(count) : 0;

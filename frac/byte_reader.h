@@ -1,10 +1,13 @@
 // Reading a file that nobody vouches for, from its first byte to its last.
 #pragma once
 
+#include <sys/types.h>
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 // A file read once, front to back. Directories do not open. A regular file ends where it ended when
 // it was opened, even if it grows meanwhile; anything else (a pipe, a device) ends by itself or at
@@ -16,10 +19,14 @@ class ByteReader {
 
     explicit ByteReader(const std::string& path);
     ~ByteReader();
+
+    // A reader of `bytes`, which outlive it: always open, it never fails.
+    static ByteReader ofBytes(std::string_view bytes) { return ByteReader(bytes, InMemory()); }
+
     ByteReader(const ByteReader&) = delete;
     ByteReader& operator=(const ByteReader&) = delete;
 
-    bool isOpen() const { return file >= 0; }
+    bool isOpen() const { return file >= 0 || memory.data() != nullptr; }
 
     // Whether a read error, rather than the end, ended it.
     bool failed() const { return readFailed; }
@@ -38,10 +45,14 @@ class ByteReader {
     std::string takeText(std::size_t length);
 
   private:
+    struct InMemory {};
+    ByteReader(std::string_view bytes, InMemory);
     std::size_t takeBytes(void* target, std::size_t length);
+    ssize_t readMore(std::size_t length);
     bool refill();
 
     int file = -1;
+    std::string_view memory;  // what is read where there is no file
     bool readFailed = false;
     std::uint64_t unread = 0;  // bytes that may still be read from the file
     std::size_t position = 0, filled = 0;

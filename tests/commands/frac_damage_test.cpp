@@ -17,7 +17,7 @@
 #include "commands/frac_file.h"
 #include "frac/byte_reader.h"
 #include "frac/frac_record.h"
-#include "tests/commands/frac_bytes.h"
+#include "tests/frac/frac_bytes.h"
 #include "tests/commands/stand_ins.h"
 
 using frac_bytes::Record;

@@ -9,7 +9,7 @@
 
 #include "app/catalogue.h"
 #include "app/navigation.h"
-#include "tests/commands/frac_bytes.h"
+#include "tests/frac/frac_bytes.h"
 #include "tests/commands/stand_ins.h"
 
 using frac_bytes::Record;

@@ -13,7 +13,7 @@
 #include "commands/frac_file.h"
 #include "commands/parameter_dialog.h"
 #include "tests/app/lock_probe.h"
-#include "tests/commands/frac_bytes.h"
+#include "tests/frac/frac_bytes.h"
 #include "tests/commands/handlers_fixture.h"
 
 using frac_bytes::Record;
