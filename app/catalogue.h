@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "app/view_state.h"
+#include "backends/view_state.h"
 
 // Creates an entry of formula `type` (0..13) from its preset values, makes it current and appends
 // it. `preset` picks the constant of a Julia entry (100 San Marco, 101 Douady's Rabbit, 102 Siegel

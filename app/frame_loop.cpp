@@ -7,12 +7,12 @@
 #include <iostream>
 
 #include "app/navigation.h"
-#include "app/view_state.h"
-#include "compute/image.h"
-#include "compute/opencl_backend.h"
-#include "compute/palette.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
+#include "backends/image.h"
+#include "backends/opencl_backend.h"
+#include "backends/palette.h"
+#include "backends/renderer.h"
+#include "backends/view_state.h"
+#include "backends/worker_pool.h"
 
 GlutMenu::CGlutMenu menu;
 bool bLogging = true;

@@ -7,7 +7,7 @@
 
 #include "app/catalogue.h"
 #include "app/frame_loop.h"
-#include "compute/image.h"
+#include "backends/image.h"
 
 bool zooming_enabled = true;
 bool rubber_banding = false;

@@ -16,13 +16,13 @@
 #include "app/platform_x11.h"
 #include "app/signals.h"
 #include "app/window_title.h"
+#include "backends/image.h"
+#include "backends/opencl_backend.h"
+#include "backends/palette.h"
+#include "backends/renderer.h"
+#include "backends/worker_pool.h"
 #include "commands/frac_file.h"
 #include "commands/menu_tree.h"
-#include "compute/image.h"
-#include "compute/opencl_backend.h"
-#include "compute/palette.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
 
 std::int32_t screen_width = 0, screen_height = 0;
 

@@ -8,7 +8,7 @@
 
 #include "app/catalogue.h"
 #include "app/navigation.h"
-#include "app/view_state.h"
+#include "backends/view_state.h"
 #include "frac/catalogue_bytes.h"
 #include "frac/file_replace.h"
 

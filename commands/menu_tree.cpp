@@ -4,11 +4,11 @@
 
 #include "app/frame_loop.h"
 #include "app/start_up.h"
-#include "app/view_state.h"
+#include "backends/opencl_backend.h"
+#include "backends/renderer.h"
+#include "backends/view_state.h"
+#include "backends/worker_pool.h"
 #include "commands/menu_handlers.h"
-#include "compute/opencl_backend.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
 
 using GlutMenu::CGlutMenu;
 

@@ -8,7 +8,7 @@
 #include <iostream>
 
 #include "app/navigation.h"
-#include "app/view_state.h"
+#include "backends/view_state.h"
 #include "compute/saturate.h"
 
 GlutMenu::CTextInput input;

@@ -2,8 +2,8 @@
 
 #include "app/frame_loop.h"
 #include "app/navigation.h"
-#include "app/view_state.h"
 #include "app/window_title.h"
+#include "backends/view_state.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tests/app/lock_probe.h"
-#include "tests/support/compute_globals.h"
+#include "tests/support/backend_globals.h"
 #include "tests/support/glut_stand_in.h"
 #include "tests/support/stdout_capture.h"
 

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "app/view_state.h"
 #include "app/window_title.h"
+#include "backends/view_state.h"
 #include "tests/app/app_test.h"
 #include "tests/support/catalogue_table.h"
 

@@ -6,8 +6,8 @@
 
 #include "app/frame_loop.h"
 #include "app/navigation.h"
-#include "app/view_state.h"
-#include "compute/palette.h"
+#include "backends/palette.h"
+#include "backends/view_state.h"
 #include "tests/app/app_test.h"
 
 namespace {

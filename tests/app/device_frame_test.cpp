@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "app/frame_loop.h"
-#include "app/view_state.h"
-#include "compute/opencl_backend.h"
-#include "compute/palette.h"
+#include "backends/opencl_backend.h"
+#include "backends/palette.h"
+#include "backends/view_state.h"
 #include "tests/app/app_test.h"
 #include "tests/app/device_stand_in.h"
 

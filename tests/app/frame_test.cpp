@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "app/navigation.h"
-#include "app/view_state.h"
 #include "app/window_title.h"
-#include "compute/palette.h"
+#include "backends/palette.h"
+#include "backends/view_state.h"
 #include "tests/app/app_test.h"
 
 namespace {

@@ -6,7 +6,7 @@
 
 #include "app/frame_loop.h"
 #include "app/navigation.h"
-#include "app/view_state.h"
+#include "backends/view_state.h"
 #include "tests/app/app_test.h"
 
 namespace {

@@ -17,8 +17,8 @@
 #include "commands/frac_file.h"
 #include "frac/byte_reader.h"
 #include "frac/frac_record.h"
-#include "tests/frac/frac_bytes.h"
 #include "tests/commands/stand_ins.h"
+#include "tests/frac/frac_bytes.h"
 
 using frac_bytes::Record;
 using stand_ins::readFile;

@@ -9,8 +9,8 @@
 
 #include "app/catalogue.h"
 #include "app/navigation.h"
-#include "tests/frac/frac_bytes.h"
 #include "tests/commands/stand_ins.h"
+#include "tests/frac/frac_bytes.h"
 
 using frac_bytes::Record;
 using stand_ins::readFile;

@@ -13,8 +13,8 @@
 #include "commands/frac_file.h"
 #include "commands/parameter_dialog.h"
 #include "tests/app/lock_probe.h"
-#include "tests/frac/frac_bytes.h"
 #include "tests/commands/handlers_fixture.h"
+#include "tests/frac/frac_bytes.h"
 
 using frac_bytes::Record;
 using stand_ins::choose;

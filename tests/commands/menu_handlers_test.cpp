@@ -8,10 +8,10 @@
 #include "app/frame_loop.h"
 #include "app/navigation.h"
 #include "app/window_title.h"
+#include "backends/renderer.h"
+#include "backends/worker_pool.h"
 #include "commands/frac_file.h"
 #include "commands/menu_tree.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
 #include "tests/commands/handlers_fixture.h"
 #include "tests/support/catalogue_table.h"
 

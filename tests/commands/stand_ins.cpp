@@ -11,11 +11,11 @@
 #include "app/navigation.h"
 #include "app/start_up.h"
 #include "app/window_title.h"
+#include "backends/opencl_backend.h"
+#include "backends/renderer.h"
+#include "backends/worker_pool.h"
 #include "commands/GetFilenameDialog.h"
 #include "commands/frac_file.h"
-#include "compute/opencl_backend.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
 
 std::int32_t screen_width = 1024, screen_height = 768;
 

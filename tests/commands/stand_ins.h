@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "GlutMenu/CGlutMenu.h"
-#include "app/view_state.h"
-#include "tests/support/compute_globals.h"
+#include "backends/view_state.h"
+#include "tests/support/backend_globals.h"
 #include "tests/support/stdout_capture.h"
 
 namespace stand_ins {
