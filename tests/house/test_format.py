@@ -6,7 +6,7 @@ import shutil
 import subprocess
 import unittest
 
-from test_texts import SOURCE, files
+from sources import SOURCE, files
 
 CODE = (".cpp", ".h", ".mm")
 
