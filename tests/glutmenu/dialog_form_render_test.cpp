@@ -41,6 +41,13 @@ TEST_F(FormDrawing, fills_a_box_of_three_more_lines) {
     expectBox(quads[0], 50.0F, 241.0F, 50.0F + dialog.width, 60.0F);
 }
 
+TEST_F(FormDrawing, keeps_its_margin_at_the_bottom) {
+    dialog.margin_x = 7.0F;
+    dialog.margin_y = 11.0F;
+    render(dialog);
+    EXPECT_EQ(dialog.bottom, 247);
+}
+
 TEST_F(FormDrawing, writes_a_row_for_every_field) {
     const auto drawn = render(dialog);
     expectAt(textOf(drawn, "A"), 50.0F, 2.0F * (line + 2.0F) + 60.0F);

@@ -70,6 +70,19 @@ TEST_F(SingleField, draws_no_cursor_in_the_dark_phase) {
     EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
 }
 
+TEST_F(SingleField, keeps_its_margin_above_and_below_the_field) {
+    dialog.margin_x = 7.0F;
+    dialog.margin_y = 11.0F;
+    const auto drawn = render(dialog);
+    // trunc(22 + 5 * 33.33 + 60) is 248.
+    EXPECT_EQ(dialog.bottom, 248);
+    const float left = 50.0F + lengthOf("Name:");
+    expectBox(shapes(drawn, GL_LINE_LOOP)[0], left, 60.0F + line + 11.0F, left + 156.0F,
+              22.0F + 2.0F * line + 60.0F);
+    expectAt(textOf(drawn, "Ada"), left, 11.0F + 60.0F + 2.0F * line);
+    EXPECT_FLOAT_EQ(shapes(drawn, GL_LINES)[0].points[0][1], 60.0F + line + 11.0F);
+}
+
 TEST_F(SingleField, is_topped_by_its_title_bar) {
     const auto drawn = render(dialog);
     const auto bar = shapes(drawn, GL_QUADS)[1];

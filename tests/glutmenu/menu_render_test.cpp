@@ -201,6 +201,15 @@ TEST_F(Rendering, of_a_nested_submenu_reaches_over_its_parents_margin) {
     EXPECT_EQ(quads[1].points[0][0], left);
 }
 
+TEST_F(Rendering, of_a_nested_submenu_reaches_over_by_its_own_margin_across) {
+    openNested();
+    nested->margin_x = 9.0F;
+    nested->margin_y = 2.0F;
+    const auto quads = shapes(draw(bar), GL_QUADS);
+    EXPECT_EQ(quads[0].points[0][0], nested->x - 9.0F);
+    EXPECT_EQ(quads[1].points[0][0], nested->x - 9.0F);
+}
+
 TEST_F(Rendering, dims_the_text_of_a_disabled_item) {
     drop->SetTextColour(1.0F, 0.5F, 0.25F, 0.8F);
     drop->SetMenuItemState(2, false);
