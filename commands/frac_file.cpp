@@ -74,7 +74,9 @@ void LoadData(std::string path) {
         std::cout << "Could not read from disk" << std::endl;
         return;
     }
+    const bool newView = !loaded.empty();
     replaceCatalogue(std::move(loaded));
+    if (newView) addUpdate();
 }
 
 bool keyboard_input_save(std::string button, std::string text, void* user) {

@@ -195,9 +195,17 @@ TEST_F(FracFile, LoadingPrintsTheRecordsThenTheViewThenTheCount) {
               "Loaded  2 fractals.\n");
 }
 
-TEST_F(FracFile, LoadingAsksForARedisplayAndOwesNoRender) {
-    load(Record::named("one").bytes());
+TEST_F(FracFile, LoadingAsksForARedisplayAndOwesOneRender) {
+    load(Record::named("one").bytes() + Record::named("two").bytes());
     EXPECT_EQ(stand_ins::glut.redisplays, 1);
+    EXPECT_EQ(update_count, 1);
+}
+
+TEST_F(FracFile, LoadingNothingToShowOwesNoRender) {
+    load("");
+    EXPECT_EQ(stand_ins::glut.redisplays, 1);
+    EXPECT_EQ(update_count, 0);
+    LoadData("/nonexistent/a.frac");
     EXPECT_EQ(update_count, 0);
 }
 
@@ -270,12 +278,12 @@ TEST_F(KeyboardInput, SaveOwesNoRender) {
     EXPECT_EQ(update_count, 0);
 }
 
-TEST_F(KeyboardInput, LoadOwesOneRender) {
+TEST_F(KeyboardInput, LoadOwesOneRenderMoreThanTheLoadItself) {
     writeFile(path(), Record::named("one").bytes());
     EXPECT_TRUE(keyboard_input_load("", path(), nullptr));
     EXPECT_THAT(names(), ElementsAre("one"));
     EXPECT_EQ(filename, path());
-    EXPECT_EQ(update_count, 1);
+    EXPECT_EQ(update_count, 2);
 }
 
 TEST_F(KeyboardInput, ALoadThatFailsOwesOneRenderToo) {

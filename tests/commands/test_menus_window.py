@@ -330,7 +330,11 @@ class Benchmark(MenuTest):
             times = [float(found[1]) for line in lines[:until]
                      if (found := re.search(harness.RENDERED_LINE, line))]
             self.assertAlmostEqual(sum(times), total, delta=0.001 * len(times))
+            self.assertEqual(len(times), 3, "each entry once")
             self.settle(program)
+            after = [line for line in program.lines[until:]
+                     if re.search(harness.RENDERED_LINE, line)]
+            self.assertEqual(len(after), 20, "the glide of the last entry onto itself")
             names = [found[1] for line in lines[:until]
                      if (found := re.search(r"^(entry \d) Z-range", line))]
             self.assertEqual(names, ["entry 0", "entry 1", "entry 2"])
