@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdio>
 
+#include "app/printed_name.h"
 #include "app/window_title.h"
 
 namespace {
@@ -84,6 +85,6 @@ void setCurrentFractal(fractal& f) {
 
 void Report(std::string name) {
     std::printf("%s Z-range:(%lf, %lf)-(%lf, %lf), c = (%lf,%lf), maxIters = %d, maxSize = %lf\r\n",
-                name.c_str(), xMin, yMin, xMax, yMax, cx, cy, maxIters.load(), maxSize.load());
+                printedName(name.c_str()).c_str(), xMin, yMin, xMax, yMax, cx, cy, maxIters.load(), maxSize.load());
     std::fflush(stdout);
 }

@@ -8,6 +8,7 @@
 
 #include "app/catalogue.h"
 #include "app/navigation.h"
+#include "app/printed_name.h"
 #include "app/view_state.h"
 #include "commands/byte_reader.h"
 #include "commands/file_replace.h"
@@ -49,7 +50,7 @@ bool isConfirmed(const std::string& button) {
 void takeFilename(const std::string& text, void* user) {
     if (user != nullptr) std::cout << static_cast<const char*>(user) << std::endl;
     filename = text;
-    std::cout << "Filename is " << filename << std::endl;
+    std::cout << "Filename is " << printedName(filename) << std::endl;
 }
 
 }  // namespace

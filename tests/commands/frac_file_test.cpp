@@ -11,12 +11,14 @@
 #include "app/navigation.h"
 #include "tests/commands/frac_bytes.h"
 #include "tests/commands/stand_ins.h"
+#include "tests/support/terminal.h"
 
 using frac_bytes::Record;
 using stand_ins::readFile;
 using stand_ins::writeFile;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -295,6 +297,18 @@ TEST_F(KeyboardInput, WithoutAUserTextOnlyTheNameIsPrinted) {
     forgetOutput();
     keyboard_input_load("OK", "/nonexistent/x", nullptr);
     EXPECT_EQ(printed(), "Filename is /nonexistent/x\nCould not read from disk\n");
+}
+
+TEST_F(KeyboardInput, OnATerminalTheNameHoldsNothingThatATerminalObeys) {
+    const test_support::StdoutTerminal terminal;
+    keyboard_input_load("OK", "/nonexistent/\x1b[2J\u00e9", nullptr);
+    EXPECT_EQ(terminal.line(), "Filename is /nonexistent/?[2J\u00e9\n");
+}
+
+TEST_F(KeyboardInput, InAFileTheNameStandsToTheByte) {
+    forgetOutput();
+    keyboard_input_load("OK", "/nonexistent/\x1b[2J\x9b", nullptr);
+    EXPECT_THAT(printed(), StartsWith("Filename is /nonexistent/\x1b[2J\x9b\n"));
 }
 
 TEST_F(KeyboardInput, NoExtensionIsAddedToATypedName) {
