@@ -195,9 +195,11 @@ class Panels(MenuTest):
             file.write(b"precious")
         program = self.start_and_settle(cwd=self.folder)
         self.save_as(program, "there.frac")
-        harness.time.sleep(1)
+        self.panel(program, "Replace file")
         self.assertEqual(os.path.getsize(self.path("there.frac")), 8, "not before an answer")
-        program.key("Escape", "Escape")
+        program.key("Escape")
+        self.panel(program, "Save fractals")
+        program.key("Escape")
         self.wait_without_panels(program)
         self.assertNotIn("Saved fractal 0", program.lines)
 
