@@ -85,6 +85,7 @@ void setCurrentFractal(fractal& f) {
 
 void Report(std::string name) {
     std::printf("%s Z-range:(%lf, %lf)-(%lf, %lf), c = (%lf,%lf), maxIters = %d, maxSize = %lf\r\n",
-                printedName(name.c_str()).c_str(), xMin, yMin, xMax, yMax, cx, cy, maxIters.load(), maxSize.load());
+                printedName(name.substr(0, name.find('\0'))).c_str(), xMin, yMin, xMax, yMax, cx,
+                cy, maxIters.load(), maxSize.load());
     std::fflush(stdout);
 }

@@ -35,6 +35,10 @@ double readNumber(const std::string& text) {
     return strtod_l(text.c_str(), nullptr, plain);
 }
 
+std::string nameText(const std::string& name) {
+    return name.substr(0, name.find('\0'));
+}
+
 std::string numberText(double value) {
     std::array<char, 400> text;  // the longest double has 309 digits before the point
     const char* const end =
@@ -50,7 +54,7 @@ void storeNumber(double& member, const std::string& text) {
 }
 
 void storeName(std::string& name, const std::string& text) {
-    if (text != name.c_str()) name = text;
+    if (text != nameText(name)) name = text;
 }
 
 void storeValue(fractal& entry, const std::string& label, const std::string& value) {
@@ -76,7 +80,7 @@ void storeValue(fractal& entry, const std::string& label, const std::string& val
 void Append(std::string label, std::string value, std::vector<std::string>& labels,
             std::vector<std::string>& values) {
     labels.push_back(label);
-    values.emplace_back(value.c_str());
+    values.push_back(nameText(value));
 }
 
 void Append(std::string label, double value, std::vector<std::string>& labels,

@@ -124,19 +124,26 @@ class Signals(PanelTest):
 class Places(PanelTest):
     """Where panels open, and what they show there."""
 
+    def setUp(self):
+        super().setUp()
+        os.mkdir(self.path("here"))
+        os.mkdir(self.path("elsewhere"))
+
+    def start_here(self):
+        return self.start_and_settle(cwd=self.path("here"))
+
     def test_a_name_in_any_mix_of_cases_is_shown(self):
-        shutil.copy(TOUR, self.path("Mixed.FrAc"))
-        program = self.start_and_settle(cwd=self.folder)
+        shutil.copy(TOUR, self.path("here", "Mixed.FrAc"))
+        program = self.start_here()
         self.open_panel(program, "Load from")
         self.confirm(program)
         program.wait_for_line("^Loaded  18 fractals.$")
         self.assertEqual(program.window_title(),
-                         f"Tessary with OpenCL V1.0 :{self.path('Mixed.FrAc')}")
+                         f"Tessary with OpenCL V1.0 :{self.path('here', 'Mixed.FrAc')}")
 
     def test_load_opens_where_a_file_was_loaded(self):
-        os.mkdir(self.path("elsewhere"))
         shutil.copy(TOUR, self.path("elsewhere", "tour.frac"))
-        program = self.start_and_settle(cwd=self.folder)
+        program = self.start_here()
         self.load_from(program, self.path("elsewhere", "tour.frac"))
         program.wait_for_line("^Loaded  18 fractals.$")
         self.settle(program)
@@ -145,8 +152,7 @@ class Places(PanelTest):
         program.wait_for_line("^Loaded  18 fractals.$")
 
     def test_load_opens_where_a_file_was_saved(self):
-        os.mkdir(self.path("elsewhere"))
-        program = self.start_and_settle(cwd=self.folder)
+        program = self.start_here()
         self.save_as(program, self.path("elsewhere", "mine"))
         program.wait_for_line("^Saved fractal 0$")
         self.wait_without_panels(program)
@@ -155,9 +161,8 @@ class Places(PanelTest):
         program.wait_for_line("^Loaded  1 fractals.$")
 
     def test_load_opens_in_the_current_folder_when_that_one_is_gone(self):
-        os.mkdir(self.path("elsewhere"))
-        shutil.copy(TOUR, self.path("tour.frac"))
-        program = self.start_and_settle(cwd=self.folder)
+        shutil.copy(TOUR, self.path("here", "tour.frac"))
+        program = self.start_here()
         self.save_as(program, self.path("elsewhere", "mine"))
         program.wait_for_line("^Saved fractal 0$")
         self.wait_without_panels(program)
