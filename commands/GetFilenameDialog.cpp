@@ -258,14 +258,13 @@ class Panel {
 
     GtkFileChooser* chooser() { return GTK_FILE_CHOOSER(dialog); }
 
-    // Opens in the folder of this file, where there is none in the current one. Without a folder of
-    // its own the panel opens on recent files, where no path can be typed.
+    // Opens in the folder of this file or, when that is gone, the nearest one above it. Without a
+    // folder of its own the panel opens on recent files, where no path can be typed.
     void startBeside(const std::filesystem::path& file) {
         std::error_code error;
         const std::filesystem::path folder = file.parent_path();
-        const std::filesystem::path start = std::filesystem::is_directory(folder, error)
-                                                ? folder
-                                                : std::filesystem::current_path(error);
+        const std::filesystem::path start =
+            folder.empty() ? std::filesystem::current_path(error) : folder;
         toolkit.gtk_file_chooser_set_current_folder(chooser(), start.c_str());
     }
 

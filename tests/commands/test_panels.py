@@ -160,17 +160,6 @@ class Places(PanelTest):
         self.confirm(program)
         program.wait_for_line("^Loaded  1 fractals.$")
 
-    def test_load_opens_in_the_current_folder_when_that_one_is_gone(self):
-        shutil.copy(TOUR, self.path("here", "tour.frac"))
-        program = self.start_here()
-        self.save_as(program, self.path("elsewhere", "mine"))
-        program.wait_for_line("^Saved fractal 0$")
-        self.wait_without_panels(program)
-        shutil.rmtree(self.path("elsewhere"))
-        self.open_panel(program, "Load from")
-        self.confirm(program)
-        program.wait_for_line("^Loaded  18 fractals.$")
-
 
 class Shortcut(PanelTest):
     """A program that was installed, by a copy of it, offers the folder of its catalogues."""
