@@ -16,11 +16,11 @@
 #include <memory>
 #include <vector>
 
-#include "app/printed_name.h"
-#include "app/window_title.h"
-#include "commands/frac_extension.h"
-#include "commands/installed_catalogues.h"
-#include "compute/worker_pool.h"
+#include "backends/worker_pool.h"
+#include "explorer/installed_catalogues.h"
+#include "explorer/printed_name.h"
+#include "explorer/window_title.h"
+#include "frac/frac_extension.h"
 
 namespace {
 

@@ -1,9 +1,0 @@
-#include "app/printed_name.h"
-
-#include <unistd.h>
-
-#include "app/utf8.h"
-
-std::string printedName(const std::string& name) {
-    return isatty(STDOUT_FILENO) ? withoutControls(name) : name;
-}
