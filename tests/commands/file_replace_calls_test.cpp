@@ -1,5 +1,5 @@
-// The calls that a save makes, one by one: in which order, with which flags, and what their
-// failures come to.
+// The calls that a save makes, one by one: in which order, with which flags,
+// and what their failures come to.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <signal.h>
@@ -237,6 +237,23 @@ TEST_F(Calls, ADraftThatSomebodyIsAtWorkOnStays) {
     }
 }
 
+TEST_F(Calls, ADraftIsLockedForAsLongAsItHasAName) {
+    for (const auto usual : {+[](const Call&) { return MAKE; }, refuseUnnamed}) {
+        int looked = 0;
+        save([&](const Call& call) {
+            if (call.is(SYS_rename)) {
+                ++looked;
+                const int draft = open(draftOf(call, 0).c_str(), O_RDWR);
+                EXPECT_EQ(flock(draft, LOCK_EX | LOCK_NB), -1);
+                EXPECT_EQ(errno, EWOULDBLOCK);
+                close(draft);
+            }
+            return usual(call);
+        });
+        EXPECT_EQ(looked, 1);
+    }
+}
+
 // Another save may take a draft for a dead one before it is locked.
 TEST_F(Calls, ADraftThatAnotherSaveHasLockedFirstIsLeftToIt) {
     int locks = 0;
@@ -279,12 +296,16 @@ TEST_F(Calls, WhatIsNoDraftStays) {
     const std::vector<std::string> others = {".tessary-x-0.tmp", ".tessary-.tmp", "tessary-1-0.tmp",
                                              ".tessary-1-0.tmp~", ".tessary-1-0"};
     for (const std::string& name : others) writeFile(folder / name, "other");
-    ASSERT_EQ(mkfifo((folder / ".tessary-1-0.tmp").c_str(), 0600), 0);
+    for (const char* name : {".tessary-1-0.tmp", ".tessary-1-2.tmp"}) {
+        ASSERT_EQ(mkfifo((folder / name).c_str(), 0600), 0);
+    }
+    const int reader = open((folder / ".tessary-1-2.tmp").c_str(), O_RDONLY | O_NONBLOCK);
     writeFile(runtime / "other", "other");
     std::filesystem::create_symlink(runtime / "other", folder / ".tessary-1-1.tmp");
     save();
-    EXPECT_EQ(folder.names().size(), others.size() + 3);
+    EXPECT_EQ(folder.names().size(), others.size() + 4);
     EXPECT_EQ(readFile(runtime / "other"), "other");
+    close(reader);
 }
 
 TEST_F(Calls, CopiesOfOtherFilesStay) {

@@ -246,6 +246,17 @@ TEST_F(ReplaceFile, BeyondTheFileSizeLimitTheOldFileStays) {
     EXPECT_THAT(folder.names(), ElementsAre("a.frac"));
 }
 
+TEST_F(ReplaceFile, BeyondTheFileSizeLimitAFileThatCannotBeCopiedIsNotWrittenOver) {
+    const std::string old(5000, 'o');
+    writeFile(path(), old);
+    std::filesystem::create_hard_link(path(), folder / "second.frac");
+    {
+        const FileSizeLimit limit(200);
+        EXPECT_FALSE(replaceFile(path(), std::string(1000, 'x')));
+    }
+    EXPECT_TRUE(readFile(path()) == old);
+}
+
 TEST_F(ReplaceFile, OnAFullDiskTheOldFileStays) {
     const TinyDisk disk(folder.path, "size=64k");
     if (!disk.mounted) GTEST_SKIP() << "no file system may be mounted here";

@@ -97,7 +97,7 @@ void follow(pid_t child, const Watch& watch, int& status) {
 
 }  // namespace
 
-std::string Call::text(int argument) const {
+std::string Call::text(std::size_t argument) const {
     std::array<char, 4096> text{};
     // A page is readable whole or not at all.
     std::uint64_t at = arguments.at(argument);
@@ -114,7 +114,7 @@ std::string Call::text(int argument) const {
     return result;
 }
 
-std::string Call::file(int argument) const {
+std::string Call::file(std::size_t argument) const {
     std::error_code error;
     return std::filesystem::read_symlink(
                "/proc/" + std::to_string(process) + "/fd/" + std::to_string(flags(argument)), error)

@@ -18,9 +18,10 @@ struct Call {
     pid_t process;
 
     bool is(long which) const { return number == which; }
-    int flags(int argument) const { return static_cast<int>(arguments.at(argument)); }
-    std::string text(int argument) const;  // what the argument points to
-    std::string file(int argument) const;  // where the descriptor leads, as the system names it
+    int flags(std::size_t argument) const { return static_cast<int>(arguments.at(argument)); }
+    std::string text(std::size_t argument) const;  // what the argument points to
+    std::string file(
+        std::size_t argument) const;  // where the descriptor leads, as the system names it
 };
 
 // What is to become of a call; any other number is the errno with which it fails, unmade.
