@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <utility>
 
 #include "commands/frac_file.h"
 #include "tests/commands/watched_save.h"
@@ -418,14 +419,32 @@ TEST_F(Calls, ALinkThatCannotBeReadIsNotReplaced) {
 }
 
 TEST_F(Calls, AFileThatItsPathDoesNotLeadToIsWrittenItself) {
-    const int old = open(path().c_str(), O_RDWR);
+    const int old = open(path().c_str(), O_RDWR | O_CLOEXEC);
     std::filesystem::remove(path());
+    const std::string asTheSystemNamesIt = path() + " (deleted)";
+    writeFile(asTheSystemNamesIt, "other");
     EXPECT_TRUE(replaceFile("/proc/self/fd/" + std::to_string(old), "new content"));
     char bytes[12] = {};
     EXPECT_EQ(pread(old, bytes, 11, 0), 11);
     EXPECT_STREQ(bytes, "new content");
-    EXPECT_THAT(folder.names(), IsEmpty());
+    EXPECT_EQ(readFile(asTheSystemNamesIt), "other");
     close(old);
+}
+
+// Somebody moves the file away and puts another one there after it was opened.
+TEST_F(Calls, AFileThatHasTakenThePlaceMeanwhileIsNotReplaced) {
+    bool opened = false, moved = false;
+    const Told told = save([&](const Call& call) {
+        if (opened && !std::exchange(moved, true)) {
+            std::filesystem::rename(path(), folder / "moved.frac");
+            writeFile(path(), "other");
+        }
+        opened = opened || (call.is(SYS_openat) && isPath(call.text(1)));
+        return MAKE;
+    });
+    EXPECT_TRUE(told.done) << told.error;
+    EXPECT_EQ(readFile(path()), "other");
+    EXPECT_TRUE(readFile(folder / "moved.frac") == newContent());
 }
 
 // ---- signals

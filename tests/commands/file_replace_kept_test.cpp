@@ -131,6 +131,14 @@ TEST_F(Kept, AnAttributeThatMayNotBeGivenHasTheFileItselfWritten) {
     EXPECT_EQ(attribute(path(), "security.tessary"), "kept");
 }
 
+TEST_F(Kept, AnAttributeThatFindsNoRoomHasTheFileItselfWritten) {
+    needAttributes();
+    if (IsSkipped()) return;
+    remember();
+    expectKept(save([](const Call& call) { return call.is(SYS_fsetxattr) ? E2BIG : MAKE; }));
+    EXPECT_TRUE(isInPlace());
+}
+
 // The place of a file may give it a label that nobody may set.
 TEST_F(Kept, AnAttributeThatANewFileHasByItselfIsNotGiven) {
     needAttributes();
@@ -252,7 +260,7 @@ TEST_F(Copy, LiesInTheTemporaryFolderWhereThereIsNoRuntimeFolder) {
     closeFolder();
     for (const std::optional<std::string>& none :
          {std::optional<std::string>(), std::optional<std::string>("/nonexistent"),
-          std::optional<std::string>("relative")}) {
+          std::optional<std::string>(std::filesystem::relative(runtime.path))}) {
         runtimeFolder = none;
         EXPECT_TRUE(saveLooking().done);
         EXPECT_EQ(place, temporary.path);
@@ -288,6 +296,19 @@ TEST_F(Copy, IsNamedWhenTheFileIsSpoiltAndGoesWithTheNextSave) {
     EXPECT_THAT(copies(), ElementsAre(told.safeCopy));
     EXPECT_TRUE(readFile(told.safeCopy) == oldContent());
     EXPECT_TRUE(save().done);
+    EXPECT_THAT(copies(), IsEmpty());
+}
+
+TEST_F(Copy, GoesAlsoWithASaveThatReplacesTheFile) {
+    std::filesystem::create_hard_link(path(), runtime / "second.frac");
+    save([this](const Call& call) {
+        return call.is(SYS_ftruncate) && isPath(call.file(0)) ? EIO : MAKE;
+    });
+    EXPECT_THAT(copies(), SizeIs(1));
+    std::filesystem::remove(runtime / "second.frac");
+    remember();
+    EXPECT_TRUE(save().done);
+    EXPECT_FALSE(isInPlace());
     EXPECT_THAT(copies(), IsEmpty());
 }
 
