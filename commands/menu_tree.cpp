@@ -1,5 +1,6 @@
 #include "commands/menu_tree.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -58,12 +59,18 @@ void buildFractalsMenu() {
     addFractalTypes(*fractalsMenu);
 }
 
+// The other one of palettes 0 and 1. A file may hold any number, for which nothing shown is meant:
+// its difference wraps.
+int otherPalette(std::int32_t palette) {
+    return static_cast<std::int32_t>(1u - static_cast<std::uint32_t>(palette));
+}
+
 void buildPaletteMenu() {
     menu.AddSubMenu(PALETTE_ITEM, {random_colours, rgb_cycle}, selection_callback, nullptr, "");
     CGlutMenu* palettes = menu.GetSubMenu(PALETTE_ITEM);
     if (palettes == nullptr) return;
     palettes->SetCheckState(paletteType, true);
-    palettes->SetCheckState(1 - paletteType, false);
+    palettes->SetCheckState(otherPalette(paletteType), false);
 }
 
 Texts threadItems() {

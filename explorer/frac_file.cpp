@@ -42,8 +42,13 @@ void takeFilename(const std::string& text, void* user) {
 // The lines follow the write, so that none of them tells of an entry that is not on disk.
 void SaveData(std::string path) {
     const std::lock_guard lock(mutex);
-    if (!replaceFile(path, encodeCatalogue(fractals))) {
+    const Replacement saved = replaceFile(path, encodeCatalogue(fractals));
+    if (!saved) {
         std::cout << "Could not write to disk" << std::endl;
+        if (!saved.safeCopy.empty()) {
+            std::cout << "What was in the file before is kept in " << printedName(saved.safeCopy)
+                      << std::endl;
+        }
         return;
     }
     for (std::size_t i = 0; i < fractals.size(); ++i) {

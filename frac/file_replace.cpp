@@ -1,15 +1,24 @@
 #include "frac/file_replace.h"
 
-#include <fcntl.h>
 #include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "frac/file_attributes.h"
+#include "frac/file_descriptor.h"
+#include "frac/file_draft.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr mode_t NEW_FILE_MODE = 0666;      // less the umask
 constexpr mode_t PRIVATE_FILE_MODE = 0600;  // until the mode of the old file is put on
@@ -30,155 +39,241 @@ class IgnoreFileSizeSignal {
     struct sigaction previous = {};
 };
 
-// An open file for writing, closed when it goes.
-class OutputFile {
-  public:
-    OutputFile(const std::string& path, int flags, mode_t mode = NEW_FILE_MODE)
-        : descriptor(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags, mode)) {}
-    ~OutputFile() { finish(); }
-    OutputFile(const OutputFile&) = delete;
-    OutputFile& operator=(const OutputFile&) = delete;
-
-    bool isOpen() const { return descriptor >= 0; }
-    int get() const { return descriptor; }
-
-    // Whether closing, which on some file systems is what writes, went well.
-    bool finish() {
-        const int closing = descriptor;
-        descriptor = -1;
-        return closing < 0 || close(closing) == 0;
-    }
-
-  private:
-    int descriptor;
-};
-
-bool writeAll(int file, std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(file, bytes.data(), bytes.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
+Replacement resultOf(FileError error) {
+    if (error == 0) return {true, "", ""};
+    return {false, std::generic_category().message(error), ""};
 }
 
-bool writeAllAt(int file, std::string_view bytes, off_t offset) {
-    return lseek(file, offset, SEEK_SET) == offset && writeAll(file, bytes);
+// Errors that stand in the way of another file, not of writing to the one that is there.
+bool isRefusal(FileError error) {
+    constexpr std::array REFUSALS = {EACCES, EPERM, EROFS, EBUSY, EXDEV};
+    return std::find(REFUSALS.begin(), REFUSALS.end(), error) != REFUSALS.end();
 }
 
-// Some file systems cannot sync; there is then nothing to wait for.
-bool sync(int file) {
-    return fsync(file) == 0 || errno == EINVAL || errno == ENOTSUP;
+bool isFull(FileError error) {
+    return error == ENOSPC || error == EDQUOT;
 }
 
 // Where path leads, through links whose last target need not exist.
-std::filesystem::path followLinks(std::filesystem::path path) {
+FileError followLinks(const fs::path& path, fs::path& target) {
     constexpr int MOST_LINKS = 40;
-    std::error_code error;
+    target = path;
     for (int i = 0; i < MOST_LINKS; ++i) {
-        const std::filesystem::path target = std::filesystem::read_symlink(path, error);
-        if (error) break;
-        path = path.parent_path() / target;
+        std::error_code error;
+        const fs::path next = fs::read_symlink(target, error);
+        if (error.value() == EINVAL || error.value() == ENOENT) return 0;
+        if (error) return error.value();
+        target = target.parent_path() / next;
     }
-    return path;
+    return ELOOP;
 }
 
-// Writes over the file itself. What it has to grow by goes first: that is what a full disk refuses.
-bool overwrite(int file, off_t oldSize, std::string_view bytes) {
+// ---- the names of what is written on the way
+
+DraftNames draftNames(const fs::path& target) {
+    return {folderOf(target), ".tessary-" + std::to_string(getpid()) + "-", ".tmp"};
+}
+
+// Those of every process.
+DraftNames allDraftNames(const fs::path& target) {
+    return {folderOf(target), ".tessary-", ".tmp"};
+}
+
+// The same for every way to name the file and for every run of the program. The ending stays, so
+// that the program's file panels show the copy.
+DraftNames copyNames(const fs::path& place, const fs::path& target) {
+    constexpr std::size_t LONGEST_ENDING = 16;
+    std::error_code error;
+    const fs::path known = fs::canonical(target, error);
+    std::array<char, 48> start{};
+    std::snprintf(start.data(), start.size(), "tessary-kept-%016zx-",
+                  std::hash<std::string>{}((error ? target : known).string()));
+    const std::string ending = target.extension().string();
+    return {place, start.data(), ending.size() > LONGEST_ENDING ? "" : ending};
+}
+
+std::vector<fs::path> placesForCopies(const fs::path& target) {
+    std::vector<fs::path> places = {folderOf(target)};
+    const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
+    if (runtime != nullptr && *runtime == '/') places.emplace_back(runtime);
+    const char* const temporary = std::getenv("TMPDIR");
+    places.emplace_back(temporary != nullptr && *temporary != '\0' ? temporary : "/tmp");
+    return places;
+}
+
+void removeDeadCopies(const fs::path& target) {
+    for (const fs::path& place : placesForCopies(target)) {
+        removeDeadDrafts(copyNames(place, target));
+    }
+}
+
+// ---- writing over the file itself
+
+FileError copyTo(FileDraft& copy, int file, const fs::path& place, const fs::path& target) {
+    const auto fill = [&](int to) { return copyAll(file, to); };
+    FileError error = copy.make(copyNames(place, target), PRIVATE_FILE_MODE, fill);
+    if (error == 0) error = syncFolder(place);
+    if (error != 0) copy.remove();
+    return error;
+}
+
+// On a full disk the room beside the file is what the file itself may need.
+FileError putAside(FileDraft& copy, int file, const fs::path& target, bool diskIsFull) {
+    std::vector<fs::path> places = placesForCopies(target);
+    if (diskIsFull) std::rotate(places.begin(), places.begin() + 1, places.end());
+    FileError error = 0;
+    for (const fs::path& place : places) {
+        error = copyTo(copy, file, place, target);
+        if (error == 0) break;
+    }
+    return error;
+}
+
+// What the file has to grow by goes first: that is what a full disk refuses, and it can be undone.
+FileError overwrite(int file, off_t oldSize, std::string_view bytes) {
     const auto newSize = static_cast<off_t>(bytes.size());
     const auto kept = static_cast<std::size_t>(std::min(oldSize, newSize));
-    if (!writeAllAt(file, bytes.substr(kept), static_cast<off_t>(kept))) {
-        [[maybe_unused]] const int undone = ftruncate(file, oldSize);
-        return false;
-    }
-    return writeAllAt(file, bytes.substr(0, kept), 0) && ftruncate(file, newSize) == 0 &&
-           sync(file);
+    FileError error = writeAllAt(file, bytes.substr(kept), static_cast<off_t>(kept));
+    if (error == 0) error = writeAllAt(file, bytes.substr(0, kept), 0);
+    if (error == 0) error = truncateTo(file, newSize);
+    return error == 0 ? syncFile(file) : error;
 }
 
-bool writeInPlace(const std::string& path, std::string_view bytes) {
-    OutputFile file(path, O_CREAT);
+// Without a copy the file is at least no longer than it was.
+FileError putBack(int file, off_t oldSize, const FileDraft& copy) {
+    FileError error = truncateTo(file, oldSize);
+    if (error == 0 && copy.isMade()) error = copyAll(copy.get(), file);
+    return error == 0 ? syncFile(file) : error;
+}
+
+// Leaves the copy where it is and says where that is.
+Replacement resultWith(FileError error, FileDraft& copy) {
+    Replacement result = resultOf(error);
+    std::error_code unknown;
+    const fs::path whole = fs::absolute(copy.path(), unknown);
+    if (copy.isMade()) result.safeCopy = (unknown ? copy.path() : whole).string();
+    copy.letGo();
+    return result;
+}
+
+Replacement writeOver(FileDescriptor& file, off_t oldSize, std::string_view bytes,
+                      FileDraft& copy) {
+    FileError error = overwrite(file.get(), oldSize, bytes);
+    if (error != 0) {
+        return putBack(file.get(), oldSize, copy) == 0 ? resultOf(error) : resultWith(error, copy);
+    }
+    error = file.close();
+    return error == 0 ? resultOf(0) : resultWith(error, copy);
+}
+
+// `reason` is why no other file can take the place of this one.
+Replacement writeInPlace(FileDescriptor& file, const fs::path& target, std::string_view bytes,
+                         FileError reason) {
     struct stat status = {};
-    if (!file.isOpen() || fstat(file.get(), &status) != 0) return false;
-    const bool written = S_ISREG(status.st_mode) ? overwrite(file.get(), status.st_size, bytes)
-                                                 : writeAll(file.get(), bytes);
-    return file.finish() && written;
+    if (fstat(file.get(), &status) != 0) return resultOf(errno);
+    FileDraft copy;
+    const FileError unsafe = putAside(copy, file.get(), target, isFull(reason));
+    // The limit that stopped the copy would stop the file itself half way.
+    if (unsafe != 0 && (isFull(reason) || unsafe == EFBIG)) return resultOf(reason);
+    return writeOver(file, status.st_size, bytes, copy);
 }
 
-// What became of writing beside the old file.
-enum class Outcome { done, failed, notAllowed };
+// ---- putting another file in its place
 
-Outcome outcomeOfErrno() {
-    const bool refused = errno == EACCES || errno == EPERM || errno == EROFS || errno == EBUSY;
-    return refused ? Outcome::notAllowed : Outcome::failed;
+// `old` is that of the file whose place the new one takes, or -1.
+FileError writeBeside(FileDraft& draft, const fs::path& target, int old, std::string_view bytes) {
+    const auto fill = [&](int file) {
+        const FileError error = writeAll(file, bytes);
+        if (error != 0 || old < 0) return error;
+        const FileError lost = keepAttributes(old, file);
+        return lost == 0 || isFull(lost) ? lost : EPERM;
+    };
+    const FileError error =
+        draft.make(draftNames(target), old < 0 ? NEW_FILE_MODE : PRIVATE_FILE_MODE, fill);
+    return error == 0 ? errorOf(rename(draft.path().c_str(), target.c_str())) : error;
 }
 
-std::filesystem::path temporaryName(const std::filesystem::path& target, int attempt) {
-    return target.parent_path() /
-           (".tessary-" + std::to_string(getpid()) + "-" + std::to_string(attempt) + ".tmp");
+// The draft has become the file: no failure from here on leads to another way of writing it.
+Replacement finish(FileDraft& draft, const fs::path& target) {
+    draft.letGo();
+    const FileError error = syncFolder(folderOf(target));
+    if (error == 0) removeDeadCopies(target);
+    return resultOf(error);
 }
 
-// Owner first: changing it may take mode bits away. A group that cannot be kept is no reason to
-// lose a picture collection.
-bool takeOver(int file, const struct stat& old) {
-    if (fchown(file, old.st_uid, old.st_gid) != 0 &&
-        fchown(file, static_cast<uid_t>(-1), old.st_gid) != 0) {
-        return fchmod(file, old.st_mode & 0777) == 0;
+// Whether another file may take the place: no second name would still lead to the old one, and what
+// is there is the open file itself.
+bool isReplaceable(int file, const fs::path& target) {
+    struct stat open = {}, found = {};
+    return fstat(file, &open) == 0 && open.st_nlink == 1 && lstat(target.c_str(), &found) == 0 &&
+           open.st_dev == found.st_dev && open.st_ino == found.st_ino;
+}
+
+// Renaming over a file asks nobody whether that file may be written, hence the open. One that may
+// be written but not read can be replaced, but not copied.
+FileError openToWrite(FileDescriptor& file, const std::string& path) {
+    const FileError error = file.open(path, O_RDWR);
+    return error == EACCES ? file.open(path, O_WRONLY) : error;
+}
+
+Replacement replaceRegular(const std::string& path, const fs::path& target,
+                           std::string_view bytes) {
+    FileDescriptor old;
+    FileError error = openToWrite(old, path);
+    if (error != 0) return resultOf(error);
+    error = EPERM;
+    if (isReplaceable(old.get(), target)) {
+        FileDraft draft;
+        error = writeBeside(draft, target, old.get(), bytes);
+        if (error == 0) return finish(draft, target);
     }
-    return fchmod(file, old.st_mode & 07777) == 0;
+    if (!isRefusal(error) && !isFull(error)) return resultOf(error);
+    const Replacement written = writeInPlace(old, target, bytes, error);
+    if (written) removeDeadCopies(target);
+    return written;
 }
 
-void syncFolder(const std::filesystem::path& folder) {
-    const int file = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0) return;
-    fsync(file);
-    close(file);
+// ---- where there is nothing to replace
+
+// Some places take this one name and no other.
+Replacement createDirectly(const fs::path& target, std::string_view bytes) {
+    FileDescriptor file;
+    FileError error = file.open(target, O_CREAT | O_EXCL | O_WRONLY, NEW_FILE_MODE);
+    if (error != 0) return resultOf(error);
+    error = writeAll(file.get(), bytes);
+    if (error == 0) error = syncFile(file.get());
+    if (error == 0) error = file.close();
+    if (error != 0) unlink(target.c_str());
+    return resultOf(error == 0 ? syncFolder(folderOf(target)) : error);
 }
 
-// Writes the new file whole; `old` is null when there is none to take the place of.
-Outcome fill(OutputFile& file, const struct stat* old, std::string_view bytes) {
-    if (old != nullptr && !takeOver(file.get(), *old)) return Outcome::notAllowed;
-    const bool complete = writeAll(file.get(), bytes) && sync(file.get());
-    return file.finish() && complete ? Outcome::done : Outcome::failed;
+Replacement create(const fs::path& target, std::string_view bytes) {
+    FileDraft draft;
+    const FileError error = writeBeside(draft, target, -1, bytes);
+    if (error == 0) return finish(draft, target);
+    draft.remove();
+    return isRefusal(error) ? createDirectly(target, bytes) : resultOf(error);
 }
 
-// Puts the new file in its place; what cannot be put there is removed.
-Outcome install(const std::filesystem::path& temporary, const std::filesystem::path& target,
-                Outcome outcome) {
-    if (outcome == Outcome::done && rename(temporary.c_str(), target.c_str()) != 0) {
-        outcome = outcomeOfErrno();
-    }
-    if (outcome == Outcome::done) {
-        syncFolder(target.parent_path());
-    } else {
-        unlink(temporary.c_str());
-    }
-    return outcome;
-}
-
-Outcome writeBeside(const std::filesystem::path& target, const struct stat* old,
-                    std::string_view bytes) {
-    constexpr int MOST_ATTEMPTS = 100;
-    for (int attempt = 0; attempt < MOST_ATTEMPTS; ++attempt) {
-        const std::filesystem::path temporary = temporaryName(target, attempt);
-        OutputFile file(temporary, O_CREAT | O_EXCL, old ? PRIVATE_FILE_MODE : NEW_FILE_MODE);
-        if (file.isOpen()) return install(temporary, target, fill(file, old, bytes));
-        if (errno != EEXIST) return outcomeOfErrno();
-    }
-    return Outcome::failed;
+// A pipe or a device. Opening a pipe waits for its reader, so that a signal must be able to end it.
+Replacement writeStream(const std::string& path, std::string_view bytes) {
+    FileDescriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (!file.isOpen()) return resultOf(errno);
+    const FileError error = writeAll(file.get(), bytes);
+    return resultOf(error == 0 ? file.close() : error);
 }
 
 }  // namespace
 
-bool replaceFile(const std::string& path, std::string_view bytes) {
+Replacement replaceFile(const std::string& path, std::string_view bytes) {
     const IgnoreFileSizeSignal ignore;
     struct stat status = {};
     const bool exists = stat(path.c_str(), &status) == 0;
-    if (!exists && errno != ENOENT) return false;
-    if (exists && !S_ISREG(status.st_mode)) return writeInPlace(path, bytes);
-    // Renaming over a file asks nobody whether that file may be written.
-    if (exists && !OutputFile(path, 0).isOpen()) return false;
-    const Outcome outcome = writeBeside(followLinks(path), exists ? &status : nullptr, bytes);
-    if (outcome == Outcome::notAllowed) return writeInPlace(path, bytes);
-    return outcome == Outcome::done;
+    if (path.empty() || (!exists && errno != ENOENT)) return resultOf(errno);
+    if (exists && !S_ISREG(status.st_mode)) return writeStream(path, bytes);
+    fs::path target;
+    const FileError error = followLinks(path, target);
+    if (error != 0) return resultOf(error);
+    removeDeadDrafts(allDraftNames(target));
+    return exists ? replaceRegular(path, target, bytes) : create(target, bytes);
 }

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <limits>
 #include <utility>
 
 #include "backends/opencl_backend.h"
@@ -269,6 +270,16 @@ TEST_F(MenuTree, OddPaletteNumberFromAFileChecksNothingThatIsShown) {
     EXPECT_FALSE(checked(submenu({"Palette"}), "RGB Cycle"));
     EXPECT_TRUE(submenu({"Palette"})->GetCheckState(7));
     EXPECT_EQ(submenu({"Palette"})->check_states.count(-6), 1u);
+}
+
+// The menus of this test are built from a source in which an overflow traps.
+TEST_F(MenuTree, TheSmallestPaletteNumberFromAFileChecksNothingThatIsShown) {
+    paletteType = std::numeric_limits<std::int32_t>::min();
+    createMenu();
+    EXPECT_FALSE(checked(submenu({"Palette"}), "Random Colours"));
+    EXPECT_FALSE(checked(submenu({"Palette"}), "RGB Cycle"));
+    EXPECT_TRUE(submenu({"Palette"})->GetCheckState(paletteType));
+    EXPECT_EQ(submenu({"Palette"})->check_states.count(paletteType + 1), 1u);
 }
 
 TEST_F(MenuTree, CpuModeChecksCpuAndItsThreadCount) {

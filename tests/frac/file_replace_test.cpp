@@ -18,6 +18,7 @@ using test_support::FileSizeLimit;
 using test_support::readFile;
 using test_support::writeFile;
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 namespace {
 
@@ -71,6 +72,22 @@ class TinyDisk {
 
     std::string path;
     bool mounted = false;
+};
+
+// Gives a variable of the environment another value while it lives.
+class Variable {
+  public:
+    Variable(const char* variable, const std::string& value) : name(variable) {
+        if (const char* const before = getenv(name)) previous = before;
+        setenv(name, value.c_str(), 1);
+    }
+    ~Variable() { previous ? setenv(name, previous->c_str(), 1) : unsetenv(name); }
+    Variable(const Variable&) = delete;
+    Variable& operator=(const Variable&) = delete;
+
+  private:
+    const char* name;
+    std::optional<std::string> previous;
 };
 
 TEST_F(ReplaceFile, ANewFileIsWhatTheUmaskMakesIt) {
@@ -212,6 +229,17 @@ TEST_F(ReplaceFile, BeyondTheFileSizeLimitTheOldFileStays) {
     EXPECT_THAT(folder.names(), ElementsAre("a.frac"));
 }
 
+TEST_F(ReplaceFile, BeyondTheFileSizeLimitAFileThatCannotBeCopiedIsNotWrittenOver) {
+    const std::string old(5000, 'o');
+    writeFile(path(), old);
+    std::filesystem::create_hard_link(path(), folder / "second.frac");
+    {
+        const FileSizeLimit limit(200);
+        EXPECT_FALSE(replaceFile(path(), std::string(1000, 'x')));
+    }
+    EXPECT_TRUE(readFile(path()) == old);
+}
+
 TEST_F(ReplaceFile, OnAFullDiskTheOldFileStays) {
     const TinyDisk disk(folder.path, "size=64k");
     if (!disk.mounted) GTEST_SKIP() << "no file system may be mounted here";
@@ -221,12 +249,46 @@ TEST_F(ReplaceFile, OnAFullDiskTheOldFileStays) {
     EXPECT_THAT(folder.names(), ElementsAre("a.frac"));
 }
 
-TEST_F(ReplaceFile, WithoutRoomForAnotherFileTheOldFileStays) {
-    const TinyDisk disk(folder.path, "nr_inodes=2");
-    if (!disk.mounted) GTEST_SKIP() << "no file system may be mounted here";
-    writeFile(path(), "old");
+// Room for the file itself, none for another one.
+class WithoutRoomForAnotherFile : public ReplaceFile {
+  protected:
+    void SetUp() override {
+        if (!disk.mounted) GTEST_SKIP() << "no file system may be mounted here";
+        writeFile(path(), "old");
+    }
+
+    test_support::TemporaryFolder place;
+    const TinyDisk disk{folder.path, "nr_inodes=2"};
+};
+
+TEST_F(WithoutRoomForAnotherFile, TheFileItselfIsWrittenIfTheOldContentIsSafe) {
+    const Variable runtime("XDG_RUNTIME_DIR", place.path);
+    EXPECT_TRUE(replaceFile(path(), "new"));
+    EXPECT_EQ(readFile(path()), "new");
+    EXPECT_THAT(place.names(), IsEmpty());
+}
+
+TEST_F(WithoutRoomForAnotherFile, TheOldFileStaysIfNoPlaceTakesItsContent) {
+    const Variable runtime("XDG_RUNTIME_DIR", "/nonexistent"), temporary("TMPDIR", "/nonexistent");
     EXPECT_FALSE(replaceFile(path(), "new"));
     EXPECT_EQ(readFile(path()), "old");
+}
+
+TEST_F(ReplaceFile, ADiskTooFullForWhatTheFileGrowsByKeepsTheOldFile) {
+    const TinyDisk disk(folder.path, "size=64k");
+    if (!disk.mounted) GTEST_SKIP() << "no file system may be mounted here";
+    writeFile(path(), std::string(40000, 'o'));
+    EXPECT_FALSE(replaceFile(path(), std::string(200000, 'x')));
+    EXPECT_TRUE(readFile(path()) == std::string(40000, 'o'));
+    EXPECT_THAT(folder.names(), ElementsAre("a.frac"));
+}
+
+TEST_F(ReplaceFile, ADiskTooFullForTwoIsEnoughToWriteOver) {
+    const TinyDisk disk(folder.path, "size=64k");
+    if (!disk.mounted) GTEST_SKIP() << "no file system may be mounted here";
+    writeFile(path(), std::string(40000, 'o'));
+    EXPECT_TRUE(replaceFile(path(), std::string(50000, 'x')));
+    EXPECT_TRUE(readFile(path()) == std::string(50000, 'x'));
 }
 
 TEST_F(ReplaceFile, AMountPointIsWrittenItself) {

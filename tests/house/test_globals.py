@@ -13,8 +13,8 @@ LIST = "tests/house/file_statics.txt"
 
 # One line of `objdump -t`: binding (g global, l local, u unique, w weak), section, demangled name.
 SYMBOL = re.compile(r"^[0-9a-f]+ (.)(.)....[O ]\s+(\.\S+|\*COM\*)\t[0-9a-f]+\s+(?:\.hidden )?(.+)$")
-# Read-only once the program has started.
-CONSTANT = re.compile(r"\.(rodata|data\.rel\.ro|text|init_array|fini_array|eh_frame|gcc_except|note|comment|debug)")
+# Read-only once the program has started, or a mere name for the linker (.group).
+CONSTANT = re.compile(r"\.(group|rodata|data\.rel\.ro|text|init_array|fini_array|eh_frame|gcc_except|note|comment|debug)")
 # What the compiler and the standard library make for themselves.
 MADE_BY_COMPILER = re.compile(r"^(guard variable for |std::|__|\.L|DW\.ref|_ZL?Z?GV|vtable|typeinfo)")
 
