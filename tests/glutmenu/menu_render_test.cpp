@@ -289,6 +289,14 @@ TEST_F(Rendering, points_an_arrow_at_an_item_with_a_submenu) {
     EXPECT_FLOAT_EQ(at[2][1], (119.6666F + 85.67F) / 2.0F);
 }
 
+TEST_F(Rendering, points_an_arrow_in_full_colour_though_the_item_is_disabled) {
+    drop->SetMenuItemState(1, false);
+    openDrop();
+    const auto arrows = shapes(draw(bar), GL_TRIANGLES);
+    ASSERT_EQ(arrows.size(), 1U);
+    EXPECT_EQ(arrows[0].colour, white);
+}
+
 TEST_F(Rendering, sizes_marks_by_the_roman_font_whatever_text_is_measured_with) {
     drop->SetCheckState(0, true);
     openDrop();
