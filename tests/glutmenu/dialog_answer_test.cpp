@@ -93,6 +93,17 @@ TEST_F(Button, lies_at_the_lower_right_of_the_box) {
     }
 }
 
+TEST_F(Button, rectangle_is_cut_off_to_whole_pixels) {
+    dialog.button_width = 60.75F;
+    GlutMenu::char_height = 33.6F;
+    int left = 0, top = 0, right = 0, bottom = 0;
+    dialog.GetButtonDimension(1, left, top, right, bottom);
+    EXPECT_EQ(right, left + 60);
+    // 236 - 67.2 and 168 + 36.6
+    EXPECT_EQ(top, 168);
+    EXPECT_EQ(bottom, 204);
+}
+
 TEST_F(Button, rectangle_is_never_turned_inside_out) {
     dialog.button_width = -80.0F;
     GlutMenu::char_height = -33.33F;
@@ -155,6 +166,19 @@ TEST_F(Button, is_found_in_a_window_of_another_size) {
     int left = 0, top = 0, right = 0, bottom = 0;
     dialog.GetButtonDimension(1, left, top, right, bottom);
     EXPECT_TRUE(dialog.MouseHandler(0, 0, (left + right) / 4, top + bottom));
+    EXPECT_THAT(answers.given, ElementsAre("[Cancel] Ada"));
+}
+
+TEST_F(Button, takes_broken_pixels_for_those_they_lie_in) {
+    answers.accept = false;
+    stand_in::state.window_width = 2048;
+    stand_in::state.window_height = 1536;
+    int left = 0, top = 0, right = 0, bottom = 0;
+    dialog.GetButtonDimension(1, left, top, right, bottom);
+    dialog.MouseHandler(0, 0, 2 * left - 1, 2 * top);
+    dialog.MouseHandler(0, 0, 2 * left, 2 * top - 1);
+    EXPECT_TRUE(answers.given.empty());
+    dialog.MouseHandler(0, 0, 2 * right + 1, 2 * bottom + 1);
     EXPECT_THAT(answers.given, ElementsAre("[Cancel] Ada"));
 }
 

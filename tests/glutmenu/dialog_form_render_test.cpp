@@ -304,6 +304,15 @@ TEST_F(LongValue, that_just_fills_its_field_is_shown_whole) {
     }
 }
 
+TEST_F(LongValue, ends_before_a_letter_that_lacks_half_a_pixel) {
+    GlutMenu::CGlutMenu bar;
+    initialiseBar(bar, {"A"}, 2048, 768);
+    // "mmmmmo" is 692 units wide; 8 'H' less the 6 pixels of the cursor are 691.46.
+    openForm({"A"}, {"mmmmmo"}, 8);
+    press({home});
+    EXPECT_EQ(joined(inFirstRow(render(dialog))), "mmmmm");
+}
+
 TEST_F(LongValue, among_limited_ones_loses_its_end_and_no_bracket) {
     open();
     dialog.DefineFieldValues(0, {value}, 0);

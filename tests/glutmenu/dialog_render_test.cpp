@@ -92,6 +92,12 @@ TEST_F(SingleField, is_topped_by_its_title_bar) {
     EXPECT_EQ(textOf(drawn, "Title").colour, blue);
 }
 
+TEST_F(SingleField, has_a_title_bar_of_whole_pixels) {
+    GlutMenu::char_height = 33.6F;
+    const auto bar = shapes(render(dialog), GL_QUADS)[1];
+    EXPECT_EQ(bar.points[2][1], 95.0F);
+}
+
 TEST_F(SingleField, has_an_opaque_title_bar_though_the_text_is_not) {
     dialog.SetTextColour(0.5F, 0.6F, 0.7F, 0.2F);
     EXPECT_EQ(shapes(render(dialog), GL_QUADS)[1].colour, (Colour{0.5F, 0.6F, 0.7F, 1.0F}));
@@ -145,6 +151,12 @@ TEST_F(Message, fills_a_box_of_three_more_lines) {
     const auto quads = shapes(render(dialog), GL_QUADS);
     // trunc((33.33 + 4) * 7 + 60) is 321.
     expectBox(quads[0], 50.0F, 321.0F, 50.0F + dialog.width, 60.0F);
+    EXPECT_EQ(dialog.bottom, 321);
+}
+
+TEST_F(Message, cuts_its_lower_edge_off) {
+    dialog.y = 60.5F;
+    render(dialog);
     EXPECT_EQ(dialog.bottom, 321);
 }
 

@@ -15,16 +15,7 @@ float whole(float value) {
 
 const std::string last_line = "Press [RETURN]/[ENTER] to continue";
 
-class Dialog : public DialogTest {
-  protected:
-    // Centres a single field in a window of this height.
-    void centreInWindow(int height) {
-        GlutMenu::CGlutMenu bar;
-        initialiseBar(bar, {"A"}, 1024, height);
-        openSingleField("Ada", 12);
-        dialog.Center();
-    }
-};
+class Dialog : public DialogTest {};
 
 TEST_F(Dialog, starts_empty_in_the_corner) {
     EXPECT_EQ(dialog.x, 0.0F);
@@ -226,6 +217,13 @@ TEST_F(Dialog, widens_for_more_buttons) {
     EXPECT_EQ(dialog.width, whole(button * 3.6F));
 }
 
+TEST_F(Dialog, cuts_the_row_of_defined_buttons_off) {
+    openSingleField("", 0);
+    dialog.DefineButtons({"OK", "Cancel"});
+    // 2 * 1.2 * (55 + 6.13)
+    EXPECT_EQ(dialog.width, 146.0F);
+}
+
 TEST_F(Dialog, may_have_no_buttons) {
     openSingleField("Ada", 12);
     const float width = dialog.width;
@@ -233,67 +231,6 @@ TEST_F(Dialog, may_have_no_buttons) {
     EXPECT_FLOAT_EQ(dialog.button_width, 2.0F * lengthOf("I"));
     EXPECT_EQ(dialog.width, width);
     EXPECT_TRUE(dialog.MouseHandler(0, 0, 50, 60));
-}
-
-TEST_F(Dialog, with_a_single_field_is_centred_by_two_lines) {
-    openSingleField("Ada", 12);
-    dialog.Center();
-    EXPECT_EQ(dialog.centred, 1.0F);
-    const int w = static_cast<int>(dialog.field_width + dialog.label_width);
-    EXPECT_EQ(dialog.x, static_cast<float>(512 - w / 2));
-    EXPECT_EQ(dialog.y, 384.0F - 33.0F);
-}
-
-TEST_F(Dialog, with_a_message_is_centred_by_its_lines) {
-    openMessage({"One"});
-    dialog.Center();
-    // Three lines and one more, 33.33 each.
-    EXPECT_EQ(dialog.y, 384.0F - 66.0F);
-    EXPECT_EQ(dialog.x, static_cast<float>(512 - static_cast<int>(dialog.label_width) / 2));
-}
-
-TEST_F(Dialog, with_a_form_is_centred_by_its_values) {
-    openForm({"A", "B"}, {"a", "b"}, 9);
-    dialog.Center();
-    EXPECT_EQ(dialog.y, 384.0F - 49.0F);
-}
-
-TEST_F(Dialog, is_centred_in_the_window_whatever_the_drawing_space) {
-    openSingleField("Ada", 12);
-    stand_in::state.window_width = 801;
-    stand_in::state.window_height = 613;
-    dialog.Center();
-    const int w = static_cast<int>(dialog.field_width + dialog.label_width);
-    EXPECT_EQ(dialog.x, static_cast<float>(400 - w / 2));
-    EXPECT_EQ(dialog.y, 306.0F - 33.0F);
-}
-
-TEST_F(Dialog, divides_a_centred_height_by_the_scale) {
-    centreInWindow(1536);
-    EXPECT_EQ(dialog.y, 768.0F - 33.0F);
-}
-
-TEST_F(Dialog, cuts_a_centred_height_off_before_dividing_it) {
-    centreInWindow(192);
-    // Two lines are 16.665 high, 16 of which make 64 at a scale of a quarter.
-    EXPECT_EQ(dialog.y, 96.0F - 32.0F);
-}
-
-TEST_F(Dialog, stays_centred_when_its_size_changes) {
-    openSingleField("Ada", 12);
-    dialog.Center();
-    stand_in::state.window_width = 500;
-    dialog.WorkOutSize();
-    const int w = static_cast<int>(dialog.field_width + dialog.label_width);
-    EXPECT_EQ(dialog.x, static_cast<float>(250 - w / 2));
-}
-
-TEST_F(Dialog, is_no_longer_centred_when_initialised_again) {
-    openSingleField("Ada", 12);
-    dialog.Center();
-    openMessage({"One"});
-    EXPECT_EQ(dialog.centred, 0.0F);
-    EXPECT_EQ(dialog.x, 50.0F);
 }
 
 TEST_F(Dialog, of_every_kind_shows_the_cursor_at_first) {
@@ -336,14 +273,14 @@ TEST_F(DialogReshape, of_a_stacked_dialog_starts_with_the_one_beneath) {
     upper.Initialise("U", "Name", "", 10, 20, 5, answerText, &answers);
     upper.Display();
     trace();
-    upper.ReshapeCallback(1.0F, 1.0F, 2.0F, 2.0F);
+    upper.ReshapeCallback(1.0F, 1.0F, 2.0F, 0.5F);
     EXPECT_EQ(trace(),
               "CTextInput::ReshapeCallback\n"
               "CTextInput::(x,y) 50, 60\n"
-              "New CTextInput::(x,y) 100, 120\n"
+              "New CTextInput::(x,y) 100, 30\n"
               "CTextInput::ReshapeCallback\n"
               "CTextInput::(x,y) 10, 20\n"
-              "New CTextInput::(x,y) 20, 40\n");
+              "New CTextInput::(x,y) 20, 10\n");
 }
 
 TEST_F(DialogReshape, takes_the_text_length_of_the_result) {

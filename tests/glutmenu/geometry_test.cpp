@@ -135,6 +135,14 @@ TEST_P(ReshapedGeometry, is_the_same_for_submenus_added_before) {
     expectMenu(*nested, GetParam().nested);
 }
 
+TEST_P(ReshapedGeometry, of_a_bar_is_reported_with_the_height_shrunk_by_the_font) {
+    initialiseBar(bar, items);
+    bar.ReshapeCallback(GetParam().width, GetParam().height);
+    std::array<int, 2> size{};
+    EXPECT_EQ(bar.GetWidthAndHeight(size[0], size[1]), GetParam().reported[1]);
+    EXPECT_EQ(size, GetParam().reported);
+}
+
 INSTANTIATE_TEST_SUITE_P(Screens, ReshapedGeometry, testing::ValuesIn(reshaped_screens));
 
 class ListRoot : public ToolkitTest, public testing::WithParamInterface<ExpectedList> {

@@ -36,8 +36,12 @@ TEST_F(Layout, scales_the_font_to_the_screen) {
     EXPECT_FLOAT_EQ(CGlutMenu::font_scale_y, 0.60006F);
     EXPECT_FLOAT_EQ(GlutMenu::char_height, 66.66F);
     EXPECT_FLOAT_EQ(GlutMenu::char_width, 120.0F);
+}
+
+TEST_F(Layout, tells_its_scale_in_either_direction) {
+    initialiseBar(menu, {"A"}, 2048, 384);
     EXPECT_EQ(CGlutMenu::GetScaleX(), 2.0F);
-    EXPECT_EQ(CGlutMenu::GetScaleY(), 2.0F);
+    EXPECT_EQ(CGlutMenu::GetScaleY(), 0.5F);
 }
 
 TEST_F(Layout, puts_a_bar_into_the_corner_wherever_it_was_asked_to_be) {
@@ -139,6 +143,15 @@ TEST_F(Layout, follows_a_changed_text) {
     EXPECT_EQ(menu.item_width, static_cast<int>(lengthOf("A much longer text")) + 15);
 }
 
+TEST_F(Layout, of_a_new_submenu_takes_a_screen_of_whole_pixels) {
+    initialiseBar(menu, {"A"});
+    CGlutMenu::screen_width = 1024.75F;
+    CGlutMenu::screen_height = 768.75F;
+    menu.AddSubMenu(0, {"B"}, nullptr, nullptr, "");
+    EXPECT_EQ(CGlutMenu::screen_width, 1024.0F);
+    EXPECT_EQ(CGlutMenu::screen_height, 768.0F);
+}
+
 TEST_F(Layout, stays_when_a_text_out_of_range_is_set) {
     initialiseList(menu, {"A", "B"});
     menu.width = 1;
@@ -190,6 +203,12 @@ TEST_F(MovedBar, cuts_the_place_of_an_item_off_after_adding_its_parts_up) {
     // 43 + 53 + 100.75 + 10.5 and 20.5 + 33.33 + 5.25
     EXPECT_EQ(cornersOf(bar, 2)[0], 207);
     EXPECT_EQ(cornersOf(bar, 2)[1], 59);
+}
+
+TEST_F(MovedBar, cuts_the_way_to_the_right_edge_off) {
+    bar.x = 100.25F;
+    bar.Resize(1.0F, 1.0F);
+    EXPECT_EQ(bar.width, 923);
 }
 
 TEST_F(MovedBar, puts_a_new_submenu_five_margins_and_a_line_below_its_top) {

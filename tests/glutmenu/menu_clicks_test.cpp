@@ -112,6 +112,17 @@ TEST_F(Clicks, are_scaled_from_the_window_to_the_menu) {
     EXPECT_EQ(trace(), "Item View\n");
 }
 
+TEST_F(Clicks, on_a_list_are_scaled_across_and_down) {
+    openFile();
+    stand_in::state.window_width = 2048;
+    stand_in::state.window_height = 384;
+    int bx = 0;
+    int by = 0;
+    file->GetBottomLeft(2, bx, by);
+    EXPECT_TRUE(click(bar, 2 * (bx + 10), (by - 10) / 2));
+    EXPECT_EQ(trace(), "Item Quit\n");
+}
+
 // "View" starts at 43, "File" ends there too; the hit reaches a margin to the left of an item, and
 // the first item that is hit wins.
 TEST_F(Clicks, on_a_shared_edge_hit_the_item_before) {

@@ -203,11 +203,12 @@ TEST_F(Rendering, of_a_nested_submenu_reaches_over_its_parents_margin) {
 
 TEST_F(Rendering, of_a_nested_submenu_reaches_over_by_its_own_margin_across) {
     openNested();
-    nested->margin_x = 9.0F;
+    nested->margin_x = 9.5F;
     nested->margin_y = 2.0F;
     const auto quads = shapes(draw(bar), GL_QUADS);
-    EXPECT_EQ(quads[0].points[0][0], nested->x - 9.0F);
-    EXPECT_EQ(quads[1].points[0][0], nested->x - 9.0F);
+    EXPECT_EQ(quads[0].points[0][0], nested->x - 9.5F);
+    // The highlight starts at a whole pixel.
+    EXPECT_EQ(quads[1].points[0][0], nested->x - 10.0F);
 }
 
 TEST_F(Rendering, dims_the_text_of_a_disabled_item) {
@@ -252,6 +253,16 @@ TEST_F(Rendering, ticks_a_checked_item_in_full_colour_though_it_is_disabled) {
     EXPECT_FLOAT_EQ(at[2][1], 43.3366F);
 }
 
+TEST_F(Rendering, starts_a_tick_at_a_whole_pixel) {
+    bar.ReshapeCallback(1024, 730);
+    drop->SetCheckState(0, true);
+    openDrop();
+    const auto ticks = shapes(draw(bar), GL_LINE_STRIP);
+    ASSERT_EQ(ticks.size(), 1U);
+    // A line is 31.68 high there and the baseline at 71: 0.48 lines above that is 55.79.
+    EXPECT_EQ(ticks[0].points[0][1], 55.0F);
+}
+
 TEST_F(Rendering, ticks_as_thick_as_the_text) {
     drop->SetCheckState(0, true);
     openDrop();
@@ -276,6 +287,14 @@ TEST_F(Rendering, points_an_arrow_at_an_item_with_a_submenu) {
     EXPECT_FLOAT_EQ(at[1][1], 85.67F);
     EXPECT_FLOAT_EQ(at[2][0], right);
     EXPECT_FLOAT_EQ(at[2][1], (119.6666F + 85.67F) / 2.0F);
+}
+
+TEST_F(Rendering, points_an_arrow_in_full_colour_though_the_item_is_disabled) {
+    drop->SetMenuItemState(1, false);
+    openDrop();
+    const auto arrows = shapes(draw(bar), GL_TRIANGLES);
+    ASSERT_EQ(arrows.size(), 1U);
+    EXPECT_EQ(arrows[0].colour, white);
 }
 
 TEST_F(Rendering, sizes_marks_by_the_roman_font_whatever_text_is_measured_with) {
