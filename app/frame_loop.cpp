@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "app/navigation.h"
+#include "app/platform_x11.h"
 #include "app/view_state.h"
 #include "compute/image.h"
 #include "compute/opencl_backend.h"
@@ -43,7 +44,7 @@ std::int64_t renderFrame() {
     const auto start = std::chrono::steady_clock::now();
     if (bCPU) {
         queueFrame();
-        waitForFrame();
+        waitForFrame(closeIsRequested);
     } else {
         renderFrameOpenCL();
     }
