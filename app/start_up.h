@@ -7,6 +7,11 @@
 // thread only.
 extern std::int32_t screen_width, screen_height;
 
+// Opens the null device wherever standard input, output or error is closed: else the next file or
+// connection would take its place, and the program's lines would go into it. Main thread, first of
+// all.
+void openClosedStandardStreams();
+
 // Prints the options, one a line.
 void listOptions();
 
