@@ -12,7 +12,7 @@
 // their arguments; any thread may call them.
 //
 // escapeCount, escapeCountJulia and pixelCount take a stop flag as well: once it is set they return
-// within STEPS_BETWEEN_LOOKS steps, whatever the limit, with a count that means nothing.
+// GIVEN_UP within STEPS_BETWEEN_LOOKS steps, or else the count, whatever the limit.
 #pragma once
 
 #include <algorithm>
@@ -24,6 +24,7 @@
 
 // Steps between two looks at the stop flag: a fraction of a millisecond under every rule.
 inline constexpr int STEPS_BETWEEN_LOOKS = 1024;
+inline constexpr int GIVEN_UP = -1;
 
 // The point of pixel (x, y). Column 0 is xMin and row 0 is yMin; the maxima are never reached.
 template <class T>
@@ -38,12 +39,13 @@ template <class R, class T>
 inline int escapeCount(cpuComplex<T> z, const cpuComplex<T>& c, T maxSizeSquared, int maxIters,
                        StopFlag stop) {
     int count = 0;
-    while (count < maxIters && !isSet(stop)) {
+    while (count < maxIters) {
         const int steps = std::min(maxIters - count, STEPS_BETWEEN_LOOKS);
         for (int i = 0; i < steps; ++i, ++count) {
             z = R::step(z, c);
             if (magnitudeSquared(z) > maxSizeSquared) return count;
         }
+        if (isSet(stop)) return GIVEN_UP;
     }
     return count;
 }
@@ -53,14 +55,14 @@ template <class R, class T>
 inline int escapeCountJulia(cpuComplex<T> z, const cpuComplex<T>& c, T maxSizeSquared, int maxIters,
                             StopFlag stop) {
     int count = 0;
-    while (!isSet(stop)) {
+    for (;;) {
         for (int i = 0; i < STEPS_BETWEEN_LOOKS; ++i, ++count) {
             z = R::step(z, c);
             if (magnitudeSquared(z) > maxSizeSquared) return count;
             if (count > maxIters || count == std::numeric_limits<int>::max()) return count;
         }
+        if (isSet(stop)) return GIVEN_UP;
     }
-    return count;
 }
 
 // The count of pixel (x, y) under rule R.

@@ -7,16 +7,17 @@
 
 namespace {
 
-// Calls paint(x, y) with the address of every pixel of the tile, column by column.
+// Calls paint(x, y) with the address of every pixel of the tile, column by column, until it is to
+// stop.
 template <class T, class Paint>
 void forEachPixel(const VectorTile<T>& tile, Paint&& paint) {
     const int yEnd = std::min(tile.yEnd, tile.height);
     for (int x = std::max(tile.xStart, 0); x < std::min(tile.xEnd, tile.width); ++x) {
         for (int y = std::max(tile.yStart, 0); y < yEnd; ++y) {
+            if (isSet(tile.stop)) return;
             const auto pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(tile.width) +
                                static_cast<std::size_t>(x);
             paint(x, y, tile.buffer + 4 * pixel);
-            if (isSet(tile.stop)) return;
         }
     }
 }
@@ -30,7 +31,7 @@ void renderScalarUntilStopped(const VectorTile<T>& t, int type) {
             const int n =
                 pixelCount<decltype(rule)>(x, y, t.width, t.height, t.xMin, t.xMax, t.yMin, t.yMax,
                                            t.cx, t.cy, t.limit, t.maxIters, t.stop);
-            if (!isSet(t.stop)) colourPixel(pixel, n, t.maxIters, t.palette);
+            if (n != GIVEN_UP) colourPixel(pixel, n, t.maxIters, t.palette);
         });
     });
     if (!known) {

@@ -155,6 +155,7 @@ TEST_F(SignalTest, AnAlarmWithoutASignalChangesNothing) {
 TEST_F(SignalTest, NothingTouchesGlutOnceTheLoopHasEnded) {
     EXPECT_EXIT(
         {
+            timeStandsStill = true;
             stopMainLoopOnSignals();
             raise(SIGINT);
             leaveMainLoopAlone();

@@ -205,11 +205,11 @@ TEST_F(ShutdownTest, ExitAfterTheScopeObjectKeepsTheStatus) {
         ExitedWithCode(3), "");
 }
 
-// Starts a pool whose workers do not come to an end before `waitingThreadsBegin` is set, and stops
+// Starts a pool whose worker does not come to an end before `waitingThreadsBegin` is set, and stops
 // it on a thread of its own; returns when that has begun to wait.
-std::thread stopWorkersThatStay() {
+std::thread stopAWorkerThatStays() {
     newThreadsWait = true;
-    startWorkers(2);
+    startWorkers(1);
     newThreadsWait = false;
     joinHasBegun = false;
     std::thread stopper([] { stopWorkers(false); });
@@ -219,7 +219,7 @@ std::thread stopWorkersThatStay() {
 }
 
 TEST_F(ShutdownTest, WhoeverStopsThePoolASecondTimeWaitsUntilNoWorkerIsLeft) {
-    std::thread first = stopWorkersThatStay();
+    std::thread first = stopAWorkerThatStays();
     std::atomic<bool> returned{false};
     std::thread second([&] {
         stopWorkers(false);
@@ -236,7 +236,7 @@ TEST_F(ShutdownTest, WhoeverStopsThePoolASecondTimeWaitsUntilNoWorkerIsLeft) {
 TEST_F(ShutdownTest, ExitWhileAnotherThreadStopsThePoolKeepsTheStatus) {
     EXPECT_EXIT(
         {
-            stopWorkersThatStay().detach();
+            stopAWorkerThatStays().detach();
             std::thread([] {
                 std::this_thread::sleep_for(std::chrono::milliseconds(50));
                 waitingThreadsBegin = true;
