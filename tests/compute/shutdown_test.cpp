@@ -279,6 +279,7 @@ TEST_F(ShutdownTest, AFirstThreadThatCannotBeCreatedLeavesThoseAfterItWorking) {
     EXPECT_EXIT(
         {
             sendStdoutToStderr();
+            alarm(60);  // a worker that never works would be waited for
             failuresFirst = 2;
             startWorkers(5);
             numCPUThreads = max_threads;
