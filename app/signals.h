@@ -5,9 +5,14 @@
 // first of all.
 void endQuietlyOnClosedPipe();
 
-// From now on SIGINT, SIGTERM and SIGHUP leave the GLUT main loop and the frame being waited for; a
-// second one ends the process at once. Main thread, after the window exists.
+// From now on SIGINT, SIGTERM and SIGHUP set shutdown_threads, which leaves the frame being waited
+// for, and leave the GLUT main loop. More of them within half a second are taken for the same wish;
+// a later one ends the process at once. Main thread, after the window exists.
 void stopMainLoopOnSignals();
 
-// Ends the process by the signal that left the main loop, if one did. Main thread, last of all.
+// From now on the signals only leave a note for endBySignal: GLUT may be gone. Also what exit()
+// does first. Main thread, when the main loop has returned.
+void leaveMainLoopAlone();
+
+// Ends the process by the first signal that asked for it, if one did. Main thread, last of all.
 void endBySignal();

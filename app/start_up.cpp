@@ -1,11 +1,14 @@
 #include "app/start_up.h"
 
 #include <GL/freeglut.h>
+#include <fcntl.h>
 #include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <string>
 #include <thread>
@@ -163,9 +166,16 @@ void printRenderer() {
     std::cout << precisionName() << std::endl;
 }
 
-void allocateImage() {
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    buffer = std::make_unique<unsigned char[]>(imageBytes());
+ExitStatus allocateImage() {
+    try {
+        badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+        buffer = std::make_unique<unsigned char[]>(imageBytes());
+    } catch (const std::bad_alloc&) {
+        std::cout << "No memory for the picture of " << winX << " x " << winY << " pixels"
+                  << std::endl;
+        return 1;
+    }
+    return {};
 }
 
 void openWindow() {
@@ -199,10 +209,18 @@ void enterMainLoop() {
     } catch (unsigned) {
         // Thrown to leave the loop, not to report anything.
     }
+    leaveMainLoopAlone();
     if (!bCPU) release_opencl_resource(bDoublePrecision);
 }
 
 }  // namespace
+
+void openClosedStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free descriptor is the one that is given out.
+        if (fcntl(stream, F_GETFD) == -1) open("/dev/null", O_RDWR);
+    }
+}
 
 void listOptions() {
     std::cout << "CL Tessary V" << 1 << "." << 0 << std::endl;
@@ -244,7 +262,7 @@ int runTessary(int argc, char** argv) {
         if (const ExitStatus status = choosePrecision(options.precisionChosen)) return *status;
     }
     printRenderer();
-    allocateImage();
+    if (const ExitStatus status = allocateImage()) return *status;
     openWindow();
     if (bBench) {
         LoadData(options.benchmarkFile);

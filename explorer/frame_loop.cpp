@@ -13,6 +13,7 @@
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
 #include "explorer/navigation.h"
+#include "explorer/platform_x11.h"
 #include "explorer/window_state.h"
 
 bool bLogging = true;
@@ -42,7 +43,7 @@ std::int64_t renderFrame() {
     const auto start = std::chrono::steady_clock::now();
     if (bCPU) {
         queueFrame();
-        waitForFrame();
+        waitForFrame(closeIsRequested);
     } else {
         renderFrameOpenCL();
     }

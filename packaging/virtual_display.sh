@@ -30,6 +30,7 @@ until [[ -s $attempt/display ]]; do
 done
 export DISPLAY=:$(<"$attempt/display")
 
+: >"$output"  # there before anybody reads it
 "$tessary" "$@" >"$output" &
 program=$!
 tail -n +1 -f -s 0.1 --pid="$program" "$output" &

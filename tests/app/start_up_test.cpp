@@ -5,6 +5,9 @@
 #include <GL/freeglut.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <functional>
@@ -82,7 +85,10 @@ void printState() {
     standInDevices = devicesThere;
     glut.echo = true;
     glut.mainLoop = loop;
-    onDeviceCall = [](const std::string& name) { std::cout << name << std::endl; };
+    onDeviceCall = [also = onDeviceCall](const std::string& name) {
+        std::cout << name << std::endl;
+        if (also) also(name);
+    };
     arguments.insert(arguments.begin(), path);
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
@@ -172,6 +178,77 @@ TEST_F(StartUpTest, WhatTheDeviceHoldsIsReleasedBeforeTheShutdown) {
         EXPECT_EXIT(runProgram(arguments, DOUBLE, [] { glut.display(); }), ExitedWithCode(0),
                     HasSubstr("glutSwapBuffers()\n" + released + shutdownLines()));
     }
+}
+
+TEST_F(StartUpTest, NoSignalTouchesGlutAfterTheMainLoop) {
+    EXPECT_EXIT(
+        {
+            onDeviceCall = [](const std::string& name) {
+                if (name == "clReleaseContext") raise(SIGTERM);
+            };
+            runProgram({}, DOUBLE, [] { glut.display(); });
+        },
+        ExitedWithCode(0),
+        AllOf(HasSubstr("clReleaseContext\n" + shutdownLines()),
+              Not(HasSubstr("glutLeaveMainLoop"))));
+}
+
+TEST_F(StartUpTest, TheSizeOfThePictureIsRoundedUpToAMultipleOf8) {
+    EXPECT_EXIT(
+        {
+            winX = 1001;
+            winY = 1009;
+            runProgram({}, NONE);
+        },
+        ExitedWithCode(0), HasSubstr("size 1008x1016 screen"));
+}
+
+TEST_F(StartUpTest, APictureThatFindsNoMemoryIsOneLineAndStatusOne) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "a sanitizer ends a process that asks for so much";
+#endif
+    EXPECT_EXIT(
+        {
+            winX = winY = std::int64_t{1} << 28;
+            runProgram({}, NONE);
+        },
+        ExitedWithCode(1),
+        AllOf(HasSubstr("No memory for the picture of 268435456 x 268435456 pixels\n" +
+                        shutdownLines()),
+              Not(HasSubstr("glutCreateWindow"))));
+}
+
+// 0 when descriptors 0 to 2 are the null device and take what is written.
+int nullDeviceIsMissing() {
+    struct stat nullDevice = {}, there = {};
+    stat("/dev/null", &nullDevice);
+    for (const int stream : {0, 1, 2}) {
+        if (fstat(stream, &there) != 0 || there.st_rdev != nullDevice.st_rdev) return 1;
+    }
+    return write(1, "x", 1) == 1 && write(2, "x", 1) == 1 ? 0 : 1;
+}
+
+TEST_F(StartUpTest, ClosedStandardStreamsAreOpenedOnTheNullDevice) {
+    EXPECT_EXIT(
+        {
+            close(0);
+            close(1);
+            close(2);
+            openClosedStandardStreams();
+            std::exit(nullDeviceIsMissing());
+        },
+        ExitedWithCode(0), "");
+}
+
+TEST_F(StartUpTest, StandardStreamsThatAreOpenStayWhatTheyAre) {
+    EXPECT_EXIT(
+        {
+            close(0);
+            openClosedStandardStreams();
+            std::cerr << "still the error stream" << std::endl;
+            std::exit(0);
+        },
+        ExitedWithCode(0), "still the error stream");
 }
 
 TEST_F(StartUpTest, AnUnsignedExceptionEndsTheLoopQuietly) {
@@ -335,6 +412,22 @@ TEST_F(StartUpTest, DoubleOnADeviceWithoutItEndsWithStatusOneBeforeTheWindow) {
 
 TEST_F(StartUpTest, DoubleTakesTheFirstDeviceThatHasIt) {
     EXPECT_EXIT(runProgram({"--double"}, {false, true, true}), ExitedWithCode(0),
+                HasSubstr("Running on device: Device 1"));
+}
+
+TEST_F(StartUpTest, DoubleTakesDeviceZeroWhereNoneHasIt) {
+    const Devices neither{false, false};
+    EXPECT_EXIT(
+        {
+            std::atexit([] { std::cout << "chosen: " << nCudaDevice << std::endl; });
+            runProgram({"--double"}, neither);
+        },
+        ExitedWithCode(1), AllOf(HasSubstr("but the the GPU"), HasSubstr("chosen: 0\n")));
+}
+
+TEST_F(StartUpTest, TheDevicesAreAskedForAgainWhenOneIsChosen) {
+    onDeviceList = [] { standInDevices = {true, true}; };  // the second is plugged in late
+    EXPECT_EXIT(runProgram({"--device1"}, {true}), ExitedWithCode(0),
                 HasSubstr("Running on device: Device 1"));
 }
 

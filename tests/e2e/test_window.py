@@ -3,8 +3,11 @@ way out."""
 
 import os
 import re
+import shutil
 import signal
+import struct
 import subprocess
+import tempfile
 import unittest
 
 import expected
@@ -254,6 +257,48 @@ class WaysOut(TessaryTest):
         self.assertEqual(program.wait_exit(), -signal.SIGTERM)
         self.assert_shut_down_in_order(program)
 
+    def start_endless(self, *arguments):
+        """The program at work on a picture that nobody lives to see: the orbits of the hyperbolic
+        cosine on this piece of the real axis stay and do not come to rest."""
+        folder = tempfile.mkdtemp(prefix="tessary-endless-")
+        self.addCleanup(shutil.rmtree, folder)
+        path = os.path.join(folder, "endless.frac")
+        view = struct.pack("<6d", -3.2, -3.3, 0, 0, 0, 0)
+        with open(path, "wb") as file:
+            file.write(view + struct.pack("<idiii", 2000000000, 128, 0, 5, 1) + b"\0" + bytes(4))
+        program = self.start([f"--bench:{path}", *arguments])
+        program.wait_for_line("Enqueuing")
+        return program
+
+    def test_a_signal_ends_an_endless_tile(self):
+        for precision in ("--single", "--double"):
+            for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+                with self.subTest(precision=precision, signal=number.name):
+                    program = self.start_endless(precision)
+                    program.signal(number)
+                    self.assertEqual(program.wait_exit(), -number)
+                    self.assert_shut_down_in_order(program)
+                    self.assertEqual(program.errors, "")
+
+    def test_closing_the_window_ends_an_endless_tile(self):
+        program = self.start_endless("--double")
+        program.close()
+        self.assertEqual(program.wait_exit(), 0)
+        self.assert_shut_down_in_order(program)
+        self.assertEqual(program.errors, "")
+
+    def test_a_display_lost_during_an_endless_tile_ends_with_1(self):
+        program = self.start_endless("--double")
+        program.screen.kill_server()
+        self.assertEqual(program.wait_exit(), 1)
+
+    def test_a_signal_to_the_process_and_its_group_is_one_signal(self):
+        program = self.start_endless("--double")
+        program.signal(signal.SIGTERM)
+        os.killpg(program.process.pid, signal.SIGTERM)
+        self.assertEqual(program.wait_exit(), -signal.SIGTERM)
+        self.assert_shut_down_in_order(program)
+
     def test_a_lost_display_ends_with_1(self):
         program = self.start()
         program.wait_for_frames(1)
@@ -276,6 +321,26 @@ class WaysOut(TessaryTest):
         self.assertEqual(done.returncode, 128 + signal.SIGPIPE)
         self.assertEqual(done.stderr, "")
         self.assertEqual(len(done.stdout.splitlines()), 3)
+
+
+class StandardStreams(TessaryTest):
+    def test_closed_ones_are_the_null_device(self):
+        closed = os.path.join(tempfile.mkdtemp(prefix="tessary-closed-"), "tessary")
+        self.addCleanup(shutil.rmtree, os.path.dirname(closed))
+        with open(closed, "w") as file:
+            file.write(f'#!/bin/sh\nexec "{harness.TESSARY}" "$@" <&- >&- 2>&-\n')
+        os.chmod(closed, 0o755)
+        screen = self.enterContext(harness.Screen())
+        program = harness.Program(screen, ["--cpu"], program=closed)
+        self.addCleanup(program.stop)
+        program.wait_for_window()
+        for stream in range(3):
+            self.assertEqual(os.readlink(f"/proc/{program.process.pid}/fd/{stream}"), "/dev/null")
+        harness.wait_until(
+            lambda: len(set(map(tuple, program.screenshot()[300:600:20, 300:600:20].reshape(-1, 3)))) > 5,
+            30, "the picture")
+        program.close()
+        self.assertEqual(program.wait_exit(), 0)
 
 
 class WithoutAWindow(unittest.TestCase):

@@ -13,6 +13,8 @@ from PIL import Image
 
 SOURCE = os.environ.get("TESSARY_SOURCE", os.path.join(os.path.dirname(__file__), "..", ".."))
 TESSARY = os.environ.get("TESSARY", "")
+SLOW_CREATION = os.path.join(os.environ.get("TESSARY_BUILD", ""), "tests", "house",
+                             "libtessary_slow_creation.so")
 
 # Every stand-in notes its call, then does what the test asks of it.
 STAND_IN = """#!/bin/bash
@@ -246,8 +248,9 @@ class WithoutADisplay(ScriptTest):
         os.remove(os.path.join(self.root, "build", "release", "tessary"))
         os.symlink(TESSARY, os.path.join(self.root, "build", "release", "tessary"))
 
-    def run_headless(self, *arguments):
-        return self.call("run", *arguments, OCL_ICD_VENDORS="/nonexistent", ASAN_OPTIONS="detect_leaks=0")
+    def run_headless(self, *arguments, **environment):
+        return self.call("run", *arguments, OCL_ICD_VENDORS="/nonexistent",
+                         ASAN_OPTIONS="detect_leaks=0", **environment)
 
     def test_the_first_picture_is_left_as_a_screenshot(self):
         done = self.run_headless("--cpu")
@@ -262,6 +265,13 @@ class WithoutADisplay(ScriptTest):
         lines = self.run_headless("--cpu").stdout.splitlines()
         self.assertEqual(sum(line.startswith("Running on CPU") for line in lines), 1)
         self.assertEqual(lines[-2], "Thread shutdown complete")
+
+    @unittest.skipIf(os.environ.get("TESSARY_SANITIZE"), "a sanitizer wants to be loaded first")
+    def test_what_the_program_prints_is_printed_when_its_file_comes_late(self):
+        done = self.run_headless("--cpu", LD_PRELOAD=SLOW_CREATION)
+        self.assertIn("Running on CPU", done.stdout)
+        self.assertEqual(done.stdout.splitlines()[-2], "Thread shutdown complete")
+        self.assertNotIn("No such file", done.stderr)
 
     def test_a_fatal_status_is_passed_on(self):
         done = self.run_headless("--device9")

@@ -10,6 +10,7 @@
 
 std::vector<bool> standInDevices;
 std::function<void(const std::string& name)> onDeviceCall;
+std::function<void()> onDeviceList;
 std::vector<unsigned char> uploadedBytes;
 
 namespace {
@@ -65,6 +66,7 @@ cl_int clGetDeviceIDs(cl_platform_id, cl_device_type, cl_uint capacity, cl_devic
     for (std::size_t i = 0; i < capacity && i < standInDevices.size(); ++i) {
         found[i] = reinterpret_cast<cl_device_id>(&deviceHandles[i]);
     }
+    if (capacity > 0 && onDeviceList) onDeviceList();
     return CL_SUCCESS;
 }
 

@@ -14,5 +14,8 @@ extern std::vector<bool> standInDevices;
 // arguments are not told.
 extern std::function<void(const std::string& name)> onDeviceCall;
 
+// Runs after the program was told which devices there are.
+extern std::function<void()> onDeviceList;
+
 // The bytes last written to a device buffer that was there already.
 extern std::vector<unsigned char> uploadedBytes;

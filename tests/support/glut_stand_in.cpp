@@ -131,6 +131,8 @@ int glutGet(GLenum what) {
             return glut.screenWidth;
         case GLUT_SCREEN_HEIGHT:
             return glut.screenHeight;
+        case GLUT_INIT_STATE:
+            return glut.initialised ? 1 : 0;
         default:
             return 0;
     }

@@ -13,6 +13,7 @@ namespace glut_stand_in {
 struct State {
     int windowWidth = 1024, windowHeight = 1024;
     int screenWidth = 1280, screenHeight = 1001;
+    bool initialised = true;
 
     // All calls but queries, in order, each as call() writes it.
     std::vector<std::string> calls;
