@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "app/navigation.h"
+#include "app/platform_x11.h"
 #include "app/view_state.h"
 #include "compute/image.h"
 #include "compute/opencl_backend.h"
@@ -167,4 +168,20 @@ void special_keyboard(int key, int, int) {
     if (isModifierKey(key)) return;
     menu.special_key_callback(key);
     glutPostRedisplay();
+}
+
+void windowStatus(int state) {
+    if (windowIsGone()) endWithoutWindow();
+    if (state == GLUT_HIDDEN) {
+        holdIdle();
+    } else {
+        releaseIdle();
+    }
+    if (state == GLUT_FULLY_COVERED) displayThoughCovered();
+}
+
+void watchWindow() {
+    if (!hasXWindow()) return;
+    watchForDestruction();
+    glutWindowStatusFunc(windowStatus);
 }

@@ -187,6 +187,7 @@ void registerCallbacks() {
     glutSpecialFunc(special_keyboard);
     glutMouseFunc(mouse);
     glutMotionFunc(nullptr);
+    watchWindow();
     if (!bBench) return;
     totalTime = 0;
     cycleDir = 1;

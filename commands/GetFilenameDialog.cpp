@@ -14,6 +14,7 @@
 #include <iostream>
 #include <memory>
 
+#include "app/platform_x11.h"
 #include "commands/frac_extension.h"
 #include "compute/worker_pool.h"
 
@@ -157,9 +158,11 @@ void attachToGlutWindow(GtkWidget* dialog, gpointer) {
     toolkit.g_object_unref(parent);
 }
 
-// A signal that ends the program also ends the panel it waits for.
+// A signal that ends the program also ends the panel it waits for, and so does the destruction of
+// its window by another client.
 gboolean cancelAtShutdown(gpointer dialog) {
-    if (shutdown_threads) toolkit.gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_CANCEL);
+    if (shutdown_threads || windowIsGone())
+        toolkit.gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_CANCEL);
     return G_SOURCE_CONTINUE;
 }
 

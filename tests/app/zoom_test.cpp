@@ -389,6 +389,61 @@ TEST_F(GlideTest, NoLockIsHeldWhileTheRenderIsOwedOrRedisplayed) {
     EXPECT_FALSE(heldAtRedisplay);
 }
 
+class HeldGlideTest : public GlideTest {
+  protected:
+    HeldGlideTest() {
+        idleTimes(5);
+        where = viewRectangle();
+        windowStatus(GLUT_HIDDEN);
+        update_count = 0;
+        glut.redisplays = 0;
+    }
+    ~HeldGlideTest() override { windowStatus(GLUT_FULLY_RETAINED); }
+
+    Rectangle where;
+};
+
+TEST_F(HeldGlideTest, StandsStillAndOwesNothingWhileTheWindowIsHidden) {
+    idle();
+    EXPECT_EQ(viewRectangle(), where);
+    EXPECT_EQ(update_count, 0);
+    EXPECT_EQ(glut.redisplays, 0);
+}
+
+TEST_F(HeldGlideTest, LetsTheMainLoopSleepWhileTheWindowIsHidden) {
+    idle();
+    EXPECT_EQ(glut.idle, nullptr);
+}
+
+TEST_F(HeldGlideTest, GoesOnWhereItWasWhenTheWindowIsShown) {
+    for (const int shown : {GLUT_FULLY_RETAINED, GLUT_PARTIALLY_RETAINED, GLUT_FULLY_COVERED}) {
+        idle();
+        windowStatus(shown);
+        ASSERT_EQ(glut.idle, idle) << shown;
+        windowStatus(GLUT_HIDDEN);
+    }
+    windowStatus(GLUT_FULLY_RETAINED);
+    idleTimes(14);
+    EXPECT_EQ(glut.idle, idle);
+    idle();
+    EXPECT_EQ(glut.idle, nullptr);
+    EXPECT_EQ(viewRectangle(), target);
+}
+
+TEST_F(HeldGlideTest, ShowsItsLastFrameAgainFirst) {
+    idle();
+    windowStatus(GLUT_FULLY_RETAINED);
+    EXPECT_EQ(glut.redisplays, 1);
+    EXPECT_EQ(update_count, 0);
+}
+
+TEST_F(ZoomTest, AWindowShownAgainStartsNothingThatDidNotRun) {
+    windowStatus(GLUT_HIDDEN);
+    windowStatus(GLUT_FULLY_RETAINED);
+    EXPECT_EQ(glut.idle, nullptr);
+    EXPECT_EQ(glut.redisplays, 0);
+}
+
 TEST_F(ZoomTest, AnEmptyCatalogueIsLeftEmpty) {
     fractals.clear();
     drag(10, 20, 74, 52);

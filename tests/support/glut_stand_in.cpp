@@ -117,6 +117,9 @@ void glutMotionFunc(void (*f)(int, int)) {
     record("glutMotionFunc", setOrNot(f != nullptr));
     glut.motion = f;
 }
+void glutWindowStatusFunc(void (*f)(int)) {
+    record("glutWindowStatusFunc", setOrNot(f != nullptr));
+}
 void glutIdleFunc(void (*f)()) {
     record("glutIdleFunc", setOrNot(f != nullptr));
     glut.idle = f;
