@@ -6,6 +6,7 @@
 #include <chrono>
 #include <iostream>
 
+#include "GlutMenu/DialogKind.h"
 #include "app/navigation.h"
 #include "app/platform_x11.h"
 #include "app/view_state.h"
@@ -20,6 +21,12 @@ bool bLogging = true;
 std::int64_t totalTime = 0;
 
 namespace {
+
+constexpr unsigned BLINK_MILLISECONDS = 500;
+constexpr int BLINK_VALUE = 1138;  // the toolkit's name for this timer
+
+// A timer for the text cursor is under way. GLUT thread only.
+bool blinking = false;
 
 // One unit is one buffer pixel, row 0 at the top of the window, whatever the window's size.
 void setProjection() {
@@ -41,6 +48,8 @@ void paletteStep() {
 
 // Renders the live view into `buffer`; returns the time it took in nanoseconds.
 std::int64_t renderFrame() {
+    setPointer(Pointer::watch);
+    flushRequests();
     const auto start = std::chrono::steady_clock::now();
     if (bCPU) {
         queueFrame();
@@ -115,6 +124,11 @@ void drawRubberBand() {
     glColor4fv(colour);
 }
 
+// Goes to the X server together with the frame, when the buffers are swapped.
+void showWhatADragDoes() {
+    setPointer(nextDragZooms() ? Pointer::crosshair : Pointer::arrow);
+}
+
 // Debug builds: a frame leaves the matrix stacks and the error flag as it found them.
 void checkFrameEnd() {
 #ifndef NDEBUG
@@ -127,6 +141,55 @@ void checkFrameEnd() {
     assert(environmentCall == GL_INVALID_ENUM || environmentCall == GL_NO_ERROR);
     assert(glGetError() == GL_NO_ERROR);
 #endif
+}
+
+// All that is seen, from what is there: the picture as last rendered, the band, the menus.
+void drawScene() {
+    drawPicture();
+    if (rubber_banding) drawRubberBand();
+    menu.Render();
+    checkFrameEnd();
+    showWhatADragDoes();
+    glutSwapBuffers();
+}
+
+bool cursorBlinks() {
+    const GlutMenu::CTextInput* dialog = GlutMenu::input_field;
+    return dialog != nullptr && dialog->kind != GlutMenu::message;
+}
+
+// Keeps what is printed meanwhile to itself.
+class Mute {
+  public:
+    Mute() : output(std::cout.rdbuf(nullptr)) {}
+    ~Mute() {
+        std::cout.rdbuf(output);
+        std::cout.clear();
+    }
+    Mute(const Mute&) = delete;
+    Mute& operator=(const Mute&) = delete;
+
+  private:
+    std::streambuf* output;
+};
+
+// Draws in place of asking for a redisplay: a cursor that blinks pays no render that is owed, and
+// neither a timing line nor a dialog's trace tells of it.
+void blink(int value) {
+    blinking = cursorBlinks();
+    if (!blinking) return;
+    GlutMenu::CTextInput::cursor_visible = !GlutMenu::CTextInput::cursor_visible;
+    const Mute mute;
+    setProjection();
+    drawScene();
+    glutTimerFunc(BLINK_MILLISECONDS, blink, value);
+}
+
+// The timer runs only while there is a cursor. GLUT may not be there at all, as in a test.
+void startBlinking() {
+    if (blinking || !cursorBlinks() || glutGet(GLUT_INIT_STATE) == 0) return;
+    blinking = true;
+    glutTimerFunc(BLINK_MILLISECONDS, blink, BLINK_VALUE);
 }
 
 // GLUT reports a bare modifier as a special key; a Shift on the way to Shift+Tab must not act on
@@ -147,11 +210,8 @@ void renderScene() {
                   << " s" << std::endl;
     }
     totalTime += renderTime;
-    drawPicture();
-    if (rubber_banding) drawRubberBand();
-    menu.Render();
-    checkFrameEnd();
-    glutSwapBuffers();
+    startBlinking();
+    drawScene();
 }
 
 void reshape(int w, int h) {

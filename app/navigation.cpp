@@ -192,6 +192,10 @@ void endDrag(int x, int y) {
 
 }  // namespace
 
+bool nextDragZooms() {
+    return zooming_enabled && cycleDir == 0 && GlutMenu::num_dialogs_active == 0;
+}
+
 void mouse(int button, int state, int x, int y) {
     if (menu.mouse_callback(button, state, x, y)) {
         glutPostRedisplay();

@@ -26,6 +26,10 @@ extern std::int32_t cycleDir;
 // Benchmark mode. Written by start-up, cleared by idle at the end of the run; GLUT thread only.
 extern bool bBench;
 
+// Whether a drag that starts now will zoom: not while a dialog takes the mouse, nor while cycling
+// is on, which goes on at the drag's end.
+bool nextDragZooms();
+
 // Mouse button callback: button 0 is left, state 0 is a press, x and y in window pixels. The menu
 // is asked first; a left drag it leaves selects the rectangle to zoom into.
 void mouse(int button, int state, int x, int y);

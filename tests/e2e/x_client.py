@@ -1,6 +1,7 @@
 """What a test does to the screen as an X client of its own, which no tool on the screen can do."""
 
 import ctypes
+import time
 
 Handle = ctypes.c_ulong  # of a window, a cursor, an atom
 OVERRIDE_REDIRECT = 1 << 9  # which attribute is set
@@ -100,14 +101,14 @@ class XClient:
         return picture
 
     def looks_of(self, shapes):
-        """What these shapes of the cursor font look like, with the pointer on a window of ours that
-        covers the screen meanwhile."""
+        """All that each of these shapes of the cursor font looks like, a moving one from moment to
+        moment, with the pointer on a window of ours that covers the screen meanwhile."""
         window = self.cover(4096, 4096)
         looks = []
         for shape in shapes:
             cursor = _x.XCreateFontCursor(self._display, shape)
             _x.XDefineCursor(self._display, window, cursor)
             self._done()
-            looks.append(self.pointer())
+            looks.append({self.pointer() for _ in range(100) if not time.sleep(0.02)})
         self.destroy(window)
         return looks
