@@ -8,6 +8,7 @@
 
 #include "GlutMenu/DialogKind.h"
 #include "app/navigation.h"
+#include "app/picture_texture.h"
 #include "app/platform_x11.h"
 #include "app/view_state.h"
 #include "compute/image.h"
@@ -69,36 +70,6 @@ bool renderIsOwed() {
 void takeOneUpdate() {
     const std::lock_guard lock(update_lock);
     if (update_count > 0) --update_count;
-}
-
-// The ill-formed environment call leaves the texture environment at its default, which shows the
-// picture as it is; a well-formed one would change how the menus blend. It raises GL_INVALID_ENUM.
-void drawPicture() {
-    const auto width = static_cast<int>(winX), height = static_cast<int>(winY);
-    GLuint texture = 0;
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexImage2D(GL_TEXTURE_2D, 0, 4, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, buffer.get());
-    glTexEnvi(GL_TEXTURE_ENV_MODE, GL_TEXTURE_ENV_MODE, GL_DECAL);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
-    glEnable(GL_TEXTURE_2D);
-    glBindTexture(GL_TEXTURE_2D, texture);
-
-    const auto right = static_cast<float>(width - 1), bottom = static_cast<float>(height - 1);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0.0f, 0.0f);
-    glVertex3f(0.0f, 0.0f, 0.0f);
-    glTexCoord2f(1.0f, 0.0f);
-    glVertex3f(right, 0.0f, 0.0f);
-    glTexCoord2f(1.0f, 1.0f);
-    glVertex3f(right, bottom, 0.0f);
-    glTexCoord2f(0.0f, 1.0f);
-    glVertex3f(0.0f, bottom, 0.0f);
-    glEnd();
-    glDeleteTextures(1, &texture);
 }
 
 void drawRubberBand() {

@@ -1,4 +1,5 @@
-"""What the window tells the eye beside its picture: the mouse pointer, the text cursor, the icon."""
+"""What the window tells the eye beside its picture: the mouse pointer, the text cursor, the icon; and
+the picture itself on an OpenGL that takes only small textures."""
 
 import os
 import sys
@@ -6,11 +7,13 @@ import tempfile
 import unittest
 
 import harness
-from test_window import REPORT, TessaryTest
+from test_window import BELOW_THE_BAR, REPORT, START_VIEW, TessaryTest
 from x_client import XClient
 
 sys.path.insert(0, os.path.join(harness.SOURCE, "share"))
 import make_catalogues  # noqa: E402
+
+SMALL_TEXTURES = os.path.join(harness.BUILD, "tests", "e2e", "libtessary_small_textures.so")
 
 ARROW, CROSSHAIR, WATCH = 68, 34, 150  # their numbers in the cursor font
 
@@ -89,6 +92,27 @@ class TextCursor(TessaryTest):
         for _ in range(5):
             harness.time.sleep(0.3)
             self.assertTrue((program.screenshot() == first).all())
+
+
+class SmallTextures(TessaryTest):
+    def test_the_picture_is_the_same_in_pieces(self):
+        whole = self.start_and_settle().screenshot()
+        for largest, pieces in ((1500, 1024), (512, 512), (100, 64)):
+            with self.subTest(largest=largest):
+                program = self.start_and_settle(
+                    env={"LD_PRELOAD": SMALL_TEXTURES, "TESSARY_LARGEST_TEXTURE": str(largest)})
+                self.assertEqual(
+                    [line for line in program.lines if "refuses" in line],
+                    ["OpenGL refuses a texture of 2048 x 2048 pixels: the picture is drawn in pieces"
+                     f" of {pieces} x {pieces}"])
+                self.assert_shows(program, START_VIEW)
+                shown = program.screenshot()
+                different = abs(shown.astype(int) - whole)[BELOW_THE_BAR:].max(axis=2) > 8
+                self.assertLess(different.mean(), 0.001)
+
+    def test_an_ordinary_opengl_is_not_talked_about(self):
+        program = self.start_and_settle()
+        self.assertFalse([line for line in program.lines if "OpenGL" in line])
 
 
 if __name__ == "__main__":
