@@ -15,6 +15,7 @@
 #include "app/navigation.h"
 #include "app/platform_x11.h"
 #include "app/signals.h"
+#include "app/window_icon.h"
 #include "app/window_title.h"
 #include "commands/frac_file.h"
 #include "commands/menu_tree.h"
@@ -177,6 +178,7 @@ void openWindow() {
     title = get_title();
     glutCreateWindow(title.c_str());
     setWindowClass();
+    if (hasXWindow()) setWindowIcon(drawWindowIcons());
     enableShiftTab();
 }
 

@@ -7,6 +7,7 @@ import tempfile
 import unittest
 
 import harness
+import numpy as np
 from test_window import BELOW_THE_BAR, REPORT, START_VIEW, TessaryTest
 from x_client import XClient
 
@@ -92,6 +93,38 @@ class TextCursor(TessaryTest):
         for _ in range(5):
             harness.time.sleep(0.3)
             self.assertTrue((program.screenshot() == first).all())
+
+
+class Icon(TessaryTest):
+    INSIDE, AROUND = (11, 13, 20), (24, 52, 118)
+
+    def icons(self, program):
+        """The window's icons, by side: rows of pixels of red, green, blue, alpha."""
+        _, text = program.screen.tool(
+            "xprop", "-id", program.window, "-notype", "-f", "_NET_WM_ICON", "32c", " = $0+\\n",
+            "_NET_WM_ICON")
+        numbers = [int(number) for number in text.decode().split(" = ")[1].split(", ")]
+        icons = {}
+        while numbers:
+            width, height = numbers[:2]
+            self.assertEqual(width, height)
+            pixels = np.array(numbers[2:2 + width * height], dtype=np.uint32)
+            icons[width] = pixels.byteswap().view(np.uint8).reshape(height, width, 4)[..., [1, 2, 3, 0]]
+            numbers = numbers[2 + width * height:]
+        return icons
+
+    def test_it_is_a_mandelbrot_set_in_several_sizes(self):
+        program = self.start()
+        program.wait_for_frames(1)
+        icons = self.icons(program)
+        self.assertEqual(sorted(icons), [16, 32, 48, 64, 128])
+        for side, icon in icons.items():
+            with self.subTest(side=side):
+                # The origin lies at three quarters of the width.
+                self.assertEqual(tuple(icon[side // 2, side * 3 // 4 - 1]), (*self.INSIDE, 255))
+                self.assertLess(abs(icon[side // 2, -1].astype(int) - (*self.AROUND, 255)).max(), 40)
+                self.assertLess(icon[0, 0, 3], 80, "the corners are round")
+                self.assertTrue((icon == icon[::-1]).all(), "the set is its own mirror image")
 
 
 class SmallTextures(TessaryTest):
