@@ -3,7 +3,7 @@
 
 #import <AppKit/AppKit.h>
 
-#include "commands/frac_extension.h"
+#include "frac/frac_extension.h"
 
 namespace {
 

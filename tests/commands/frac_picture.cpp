@@ -8,11 +8,11 @@
 #include <thread>
 #include <vector>
 
-#include "commands/byte_reader.h"
-#include "commands/frac_record.h"
-#include "compute/palette.h"
+#include "backends/palette.h"
 #include "compute/saturate.h"
 #include "compute/tile_renderer.h"
+#include "frac/byte_reader.h"
+#include "frac/frac_record.h"
 
 namespace {
 

@@ -9,12 +9,12 @@
 #include <mutex>
 #include <thread>
 
-#include "app/catalogue.h"
-#include "commands/frac_file.h"
 #include "commands/parameter_dialog.h"
-#include "tests/app/lock_probe.h"
-#include "tests/commands/frac_bytes.h"
+#include "explorer/catalogue.h"
+#include "explorer/frac_file.h"
 #include "tests/commands/handlers_fixture.h"
+#include "tests/frac/frac_bytes.h"
+#include "tests/support/lock_probe.h"
 
 using frac_bytes::Record;
 using stand_ins::choose;
@@ -160,6 +160,15 @@ TEST_F(CatalogueLock, IsHeldUntilTheRedisplayAfterALoadIsAskedFor) {
     EXPECT_TRUE(held);
     EXPECT_THAT(printedBefore, HasSubstr("Loaded  2 fractals.\n"));
     EXPECT_FALSE(isHeld(mutex));
+}
+
+TEST_F(CatalogueLock, IsFreeWhileALoadOwesItsRender) {
+    SaveData(path());
+    bool held = true;
+    EXPECT_TRUE(waitsFor(
+        update_lock, [this] { LoadData(path()); }, [&] { held = isHeld(mutex); }));
+    EXPECT_FALSE(held);
+    EXPECT_EQ(update_count, 1);
 }
 
 TEST_F(CatalogueLock, IsNotTakenByChangedParameters) {

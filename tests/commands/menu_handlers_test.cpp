@@ -5,13 +5,13 @@
 
 #include <cstdlib>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
-#include "app/window_title.h"
-#include "commands/frac_file.h"
-#include "commands/menu_tree.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
+#include "backends/renderer.h"
+#include "backends/worker_pool.h"
+#include "explorer/frac_file.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "explorer/window_title.h"
 #include "tests/commands/handlers_fixture.h"
 #include "tests/support/catalogue_table.h"
 
@@ -319,12 +319,12 @@ TEST_F(Handlers, LoadReplacesTheCatalogueAndTitlesTheWindow) {
               "Tessary with OpenCL V1.0 :" + folder.path + "/two.frac");
 }
 
-TEST_F(Handlers, LoadByItselfOwesNoRender) {
+TEST_F(Handlers, LoadLeavesTheImageStaleAndOwesTheRenderOfWhatWasLoaded) {
     const stand_ins::TemporaryFolder folder;
     SaveData(folder / "two.frac");
     stand_ins::panelAnswer = folder / "two.frac";
     fractalsCommand("Load from disk");
-    EXPECT_EQ(update_count, 0);
+    EXPECT_EQ(update_count, 1);
     EXPECT_FALSE(image_refreshed);
 }
 

@@ -1,0 +1,28 @@
+#include "explorer/window_title.h"
+
+#include <GL/glut.h>
+
+#include "explorer/platform_x11.h"
+#include "explorer/utf8.h"
+
+std::string current_filename;
+
+std::string get_title() {
+    return "Tessary with OpenCL V1.0 :" + current_filename;
+}
+
+namespace {
+
+// A title travels to the X server in one request; one past the server's limit would end the
+// program, and a name read from a file can have any length.
+std::string cut(const std::string& title) {
+    constexpr std::size_t LONGEST_TITLE = 100000;
+    return std::string(utf8Beginning(title, LONGEST_TITLE));
+}
+
+}  // namespace
+
+void setWindowTitle(const std::string& text) {
+    glutSetWindowTitle(cut(text).c_str());
+    setUtf8Title(cut(validUtf8(text)));
+}
