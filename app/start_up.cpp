@@ -25,6 +25,7 @@
 #include "explorer/frame_loop.h"
 #include "explorer/navigation.h"
 #include "explorer/platform_x11.h"
+#include "explorer/window_icon.h"
 #include "explorer/window_state.h"
 #include "explorer/window_title.h"
 
@@ -186,6 +187,7 @@ void openWindow() {
     title = get_title();
     glutCreateWindow(title.c_str());
     setWindowClass();
+    if (hasXWindow()) setWindowIcon(drawWindowIcons());
     enableShiftTab();
 }
 
@@ -196,6 +198,7 @@ void registerCallbacks() {
     glutSpecialFunc(special_keyboard);
     glutMouseFunc(mouse);
     glutMotionFunc(nullptr);
+    watchWindow();
     if (!bBench) return;
     totalTime = 0;
     cycleDir = 1;

@@ -18,6 +18,7 @@
 
 #include "backends/worker_pool.h"
 #include "explorer/installed_catalogues.h"
+#include "explorer/platform_x11.h"
 #include "explorer/printed_name.h"
 #include "explorer/window_title.h"
 #include "frac/frac_extension.h"
@@ -204,9 +205,10 @@ std::vector<GtkWidget*> referencedDialogs() {
     return dialogs;
 }
 
-// A signal that ends the program also ends the panel it waits for, and every question above it.
+// A signal that ends the program also ends the panel it waits for, and every question above it; so
+// does the destruction of its window by another client.
 gboolean cancelAtShutdown(gpointer) {
-    if (!shutdown_threads) return G_SOURCE_CONTINUE;
+    if (!shutdown_threads && !windowIsGone()) return G_SOURCE_CONTINUE;
     for (GtkWidget* dialog : referencedDialogs()) {
         toolkit.gtk_dialog_response(GTK_DIALOG(dialog), GTK_RESPONSE_CANCEL);
         toolkit.g_object_unref(dialog);

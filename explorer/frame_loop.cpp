@@ -6,6 +6,7 @@
 #include <chrono>
 #include <iostream>
 
+#include "GlutMenu/DialogKind.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
@@ -13,12 +14,19 @@
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
 #include "explorer/navigation.h"
+#include "explorer/picture_texture.h"
 #include "explorer/platform_x11.h"
 #include "explorer/window_state.h"
 
 bool bLogging = true;
 
 namespace {
+
+constexpr unsigned BLINK_MILLISECONDS = 500;
+constexpr int BLINK_VALUE = 1138;  // the toolkit's name for this timer
+
+// A timer for the text cursor is under way. GLUT thread only.
+bool blinking = false;
 
 // One unit is one buffer pixel, row 0 at the top of the window, whatever the window's size.
 void setProjection() {
@@ -40,6 +48,8 @@ void paletteStep() {
 
 // Renders the live view into `buffer`; returns the time it took in nanoseconds.
 std::int64_t renderFrame() {
+    setPointer(Pointer::watch);
+    flushRequests();
     const auto start = std::chrono::steady_clock::now();
     if (bCPU) {
         queueFrame();
@@ -59,36 +69,6 @@ bool renderIsOwed() {
 void takeOneUpdate() {
     const std::lock_guard lock(update_lock);
     if (update_count > 0) --update_count;
-}
-
-// The ill-formed environment call leaves the texture environment at its default, which shows the
-// picture as it is; a well-formed one would change how the menus blend. It raises GL_INVALID_ENUM.
-void drawPicture() {
-    const auto width = static_cast<int>(winX), height = static_cast<int>(winY);
-    GLuint texture = 0;
-    glGenTextures(1, &texture);
-    glBindTexture(GL_TEXTURE_2D, texture);
-    glTexImage2D(GL_TEXTURE_2D, 0, 4, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, buffer.get());
-    glTexEnvi(GL_TEXTURE_ENV_MODE, GL_TEXTURE_ENV_MODE, GL_DECAL);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
-    glEnable(GL_TEXTURE_2D);
-    glBindTexture(GL_TEXTURE_2D, texture);
-
-    const auto right = static_cast<float>(width - 1), bottom = static_cast<float>(height - 1);
-    glBegin(GL_QUADS);
-    glTexCoord2f(0.0f, 0.0f);
-    glVertex3f(0.0f, 0.0f, 0.0f);
-    glTexCoord2f(1.0f, 0.0f);
-    glVertex3f(right, 0.0f, 0.0f);
-    glTexCoord2f(1.0f, 1.0f);
-    glVertex3f(right, bottom, 0.0f);
-    glTexCoord2f(0.0f, 1.0f);
-    glVertex3f(0.0f, bottom, 0.0f);
-    glEnd();
-    glDeleteTextures(1, &texture);
 }
 
 void drawRubberBand() {
@@ -114,6 +94,11 @@ void drawRubberBand() {
     glColor4fv(colour);
 }
 
+// Goes to the X server together with the frame, when the buffers are swapped.
+void showWhatADragDoes() {
+    setPointer(nextDragZooms() ? Pointer::crosshair : Pointer::arrow);
+}
+
 // Debug builds: a frame leaves the matrix stacks and the error flag as it found them.
 void checkFrameEnd() {
 #ifndef NDEBUG
@@ -126,6 +111,55 @@ void checkFrameEnd() {
     assert(environmentCall == GL_INVALID_ENUM || environmentCall == GL_NO_ERROR);
     assert(glGetError() == GL_NO_ERROR);
 #endif
+}
+
+// All that is seen, from what is there: the picture as last rendered, the band, the menus.
+void drawScene() {
+    drawPicture();
+    if (rubber_banding) drawRubberBand();
+    menu.Render();
+    checkFrameEnd();
+    showWhatADragDoes();
+    glutSwapBuffers();
+}
+
+bool cursorBlinks() {
+    const GlutMenu::CTextInput* dialog = GlutMenu::input_field;
+    return dialog != nullptr && dialog->kind != GlutMenu::message;
+}
+
+// Keeps what is printed meanwhile to itself.
+class Mute {
+  public:
+    Mute() : output(std::cout.rdbuf(nullptr)) {}
+    ~Mute() {
+        std::cout.rdbuf(output);
+        std::cout.clear();
+    }
+    Mute(const Mute&) = delete;
+    Mute& operator=(const Mute&) = delete;
+
+  private:
+    std::streambuf* output;
+};
+
+// Draws in place of asking for a redisplay: a cursor that blinks pays no render that is owed, and
+// neither a timing line nor a dialog's trace tells of it.
+void blink(int value) {
+    blinking = cursorBlinks();
+    if (!blinking) return;
+    GlutMenu::CTextInput::cursor_visible = !GlutMenu::CTextInput::cursor_visible;
+    const Mute mute;
+    setProjection();
+    drawScene();
+    glutTimerFunc(BLINK_MILLISECONDS, blink, value);
+}
+
+// The timer runs only while there is a cursor. GLUT may not be there at all, as in a test.
+void startBlinking() {
+    if (blinking || !cursorBlinks() || glutGet(GLUT_INIT_STATE) == 0) return;
+    blinking = true;
+    glutTimerFunc(BLINK_MILLISECONDS, blink, BLINK_VALUE);
 }
 
 // GLUT reports a bare modifier as a special key; a Shift on the way to Shift+Tab must not act on
@@ -146,11 +180,8 @@ void renderScene() {
                   << " s" << std::endl;
     }
     totalTime += renderTime;
-    drawPicture();
-    if (rubber_banding) drawRubberBand();
-    menu.Render();
-    checkFrameEnd();
-    glutSwapBuffers();
+    startBlinking();
+    drawScene();
 }
 
 void reshape(int w, int h) {
@@ -167,4 +198,20 @@ void special_keyboard(int key, int, int) {
     if (isModifierKey(key)) return;
     menu.special_key_callback(key);
     glutPostRedisplay();
+}
+
+void windowStatus(int state) {
+    if (windowIsGone()) endWithoutWindow();
+    if (state == GLUT_HIDDEN) {
+        holdIdle();
+    } else {
+        releaseIdle();
+    }
+    if (state == GLUT_FULLY_COVERED) displayThoughCovered();
+}
+
+void watchWindow() {
+    if (!hasXWindow()) return;
+    watchForDestruction();
+    glutWindowStatusFunc(windowStatus);
 }

@@ -16,3 +16,10 @@ void reshape(int w, int h);
 // are bare modifiers go nowhere.
 void keyboard(unsigned char key, int x, int y);
 void special_keyboard(int key, int x, int y);
+
+// Window status callback: while nothing can be shown no frame is owed, and a window that is merely
+// covered counts as shown. Ends the program when the window was destroyed by another client.
+void windowStatus(int state);
+
+// Registers windowStatus, where there is a window system that tells of it.
+void watchWindow();

@@ -23,6 +23,9 @@ constexpr int GLIDE_STEPS = 20;
 // A glide is in progress. GLUT thread only.
 bool bInit = false;
 
+// Nothing can be shown, and whether idle was called meanwhile. GLUT thread only.
+bool idleHeld = false, idleWaits = false;
+
 // Steps of the glide still to be made, and what each adds to its edge. GLUT thread only.
 std::int32_t steps = 1;
 double xMaxStep = 0.0, yMaxStep = 0.0, xMinStep = 0.0, yMinStep = 0.0;
@@ -189,6 +192,10 @@ void endDrag(int x, int y) {
 
 }  // namespace
 
+bool nextDragZooms() {
+    return zooming_enabled && cycleDir == 0 && GlutMenu::num_dialogs_active == 0;
+}
+
 void mouse(int button, int state, int x, int y) {
     if (menu.mouse_callback(button, state, x, y)) {
         glutPostRedisplay();
@@ -217,6 +224,11 @@ void mouse_motion_func(int x, int y) {
 }
 
 void idle() {
+    if (idleHeld) {
+        idleWaits = true;
+        glutIdleFunc(nullptr);
+        return;
+    }
     if (cycleDir == 0) {
         if (!bInit) startZoom();
     } else {
@@ -226,6 +238,19 @@ void idle() {
     if (bInit) glideStep();
     addUpdate();
     glutPostRedisplay();
+}
+
+void holdIdle() {
+    idleHeld = true;
+}
+
+void releaseIdle() {
+    idleHeld = false;
+    if (!idleWaits) return;
+    idleWaits = false;
+    // The frame of the last step may not have been shown any more.
+    glutPostRedisplay();
+    glutIdleFunc(idle);
 }
 
 bool advanceCursor(int dir, bool apply) {

@@ -26,6 +26,10 @@ extern std::int32_t cycleDir;
 // Benchmark mode. Written by start-up, cleared by idle at the end of the run; GLUT thread only.
 extern bool bBench;
 
+// Whether a drag that starts now will zoom: not while a dialog takes the mouse, nor while cycling
+// is on, which goes on at the drag's end.
+bool nextDragZooms();
+
 // Mouse button callback: button 0 is left, state 0 is a press, x and y in window pixels. The menu
 // is asked first; a left drag it leaves selects the rectangle to zoom into.
 void mouse(int button, int state, int x, int y);
@@ -33,8 +37,14 @@ void mouse(int button, int state, int x, int y);
 // Motion callback while a drag is in progress.
 void mouse_motion_func(int x, int y);
 
-// Idle callback while a glide or the cycling runs: owes one render on each call.
+// Idle callback while a glide or the cycling runs: owes one render on each call. While the idle
+// callback is held it does nothing but wait for its release.
 void idle();
+
+// Holds the idle callback while nothing can be shown: a glide, cycling or a benchmark then stands
+// still, and the main loop sleeps. Released, it goes on where it was.
+void holdIdle();
+void releaseIdle();
 
 // Moves the current entry by dir (1 forward, -1 back, anything else stays) without wrapping round
 // and, if `apply` is set or dir is 0, makes it current. Owes one render in every case. Returns

@@ -107,6 +107,12 @@ TEST_F(Devices, ADeviceIsReleasedThenChosenThenSetUp) {
     EXPECT_EQ(kernel_string, "single text");
 }
 
+TEST_F(Devices, ADeviceIsReleasedWhileItIsStillTheOneInUse) {
+    chooseItem(SECOND);
+    chooseItem(FIRST);
+    EXPECT_THAT(stand_ins::releasedDevices, ElementsAre(-1, 1));
+}
+
 TEST_F(Devices, AChosenDeviceAloneIsChecked) {
     chooseItem(FIRST);
     EXPECT_THAT(checked(), ElementsAre(FIRST));

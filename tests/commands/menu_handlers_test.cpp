@@ -133,6 +133,15 @@ TEST_F(Handlers, ZoomInAnotherMenuDeactivatesTheBarToo) {
     EXPECT_TRUE(lone.IsMenuVisible());
 }
 
+TEST_F(Handlers, ZoomDeactivatesWhateverTheBarHangsBelow) {
+    CGlutMenu& above = loneItem("above");
+    above.Activate();
+    menu.SetParent(&above);
+    choose(&menu, "Zoom");
+    menu.SetParent(nullptr);
+    EXPECT_FALSE(above.IsMenuVisible());
+}
+
 TEST_F(Handlers, RandomColoursMoveTheCheckMark) {
     paletteType = 1;
     choose(submenu({"Palette"}), "RGB Cycle");

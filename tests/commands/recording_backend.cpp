@@ -27,6 +27,7 @@ void setupOpenCL(std::string source) {
 
 void release_opencl_resource(bool doublePrecision) {
     record(doublePrecision ? "release double" : "release single");
+    stand_ins::releasedDevices.push_back(nCudaDevice);
 }
 
 void renderFrameOpenCL() {

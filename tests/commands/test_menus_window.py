@@ -11,6 +11,7 @@ import tempfile
 import harness
 import menus
 from menus import MenuTest, TOUR
+from x_client import XClient
 
 sys.path.insert(0, menus.SHARE)
 import make_catalogues  # noqa: E402
@@ -174,6 +175,16 @@ class Panels(MenuTest):
         printed = {line for line in program.lines[before:] if "Rendering to" not in line}
         self.assertFalse({line for line in printed if "fractal" in line.lower()}, printed)
         self.assertEqual(program.errors, "")
+
+    def test_the_window_destroyed_under_a_panel_ends_the_program(self):
+        for command, name in (("Save to disk", "Save fractals"), ("Load from disk", "Load fractals")):
+            program = self.start_and_settle(cwd=self.folder)
+            self.choose(program, "Fractals", command)
+            self.panel(program, name)
+            with XClient(program.screen) as other:
+                other.destroy(program.window)
+            self.assertEqual(program.wait_exit(), 1)
+            self.assertEqual(program.errors, "The window was destroyed by another program\n")
 
     def test_a_panel_goes_though_its_toolkit_keeps_that_to_itself(self):
         program = self.start_and_settle(cwd=self.folder, env={"LD_PRELOAD": menus.NO_FLUSH})

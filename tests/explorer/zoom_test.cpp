@@ -5,6 +5,7 @@
 #include <string>
 
 #include "backends/view_state.h"
+#include "explorer/frame_loop.h"
 #include "explorer/navigation.h"
 #include "explorer/window_state.h"
 #include "tests/explorer/explorer_test.h"
@@ -387,6 +388,61 @@ TEST_F(GlideTest, NoLockIsHeldWhileTheRenderIsOwedOrRedisplayed) {
     idleTimes(20);
     EXPECT_FALSE(bothHeld);
     EXPECT_FALSE(heldAtRedisplay);
+}
+
+class HeldGlideTest : public GlideTest {
+  protected:
+    HeldGlideTest() {
+        idleTimes(5);
+        where = viewRectangle();
+        windowStatus(GLUT_HIDDEN);
+        update_count = 0;
+        glut.redisplays = 0;
+    }
+    ~HeldGlideTest() override { windowStatus(GLUT_FULLY_RETAINED); }
+
+    Rectangle where;
+};
+
+TEST_F(HeldGlideTest, StandsStillAndOwesNothingWhileTheWindowIsHidden) {
+    idle();
+    EXPECT_EQ(viewRectangle(), where);
+    EXPECT_EQ(update_count, 0);
+    EXPECT_EQ(glut.redisplays, 0);
+}
+
+TEST_F(HeldGlideTest, LetsTheMainLoopSleepWhileTheWindowIsHidden) {
+    idle();
+    EXPECT_EQ(glut.idle, nullptr);
+}
+
+TEST_F(HeldGlideTest, GoesOnWhereItWasWhenTheWindowIsShown) {
+    for (const int shown : {GLUT_FULLY_RETAINED, GLUT_PARTIALLY_RETAINED, GLUT_FULLY_COVERED}) {
+        idle();
+        windowStatus(shown);
+        ASSERT_EQ(glut.idle, idle) << shown;
+        windowStatus(GLUT_HIDDEN);
+    }
+    windowStatus(GLUT_FULLY_RETAINED);
+    idleTimes(14);
+    EXPECT_EQ(glut.idle, idle);
+    idle();
+    EXPECT_EQ(glut.idle, nullptr);
+    EXPECT_EQ(viewRectangle(), target);
+}
+
+TEST_F(HeldGlideTest, ShowsItsLastFrameAgainFirst) {
+    idle();
+    windowStatus(GLUT_FULLY_RETAINED);
+    EXPECT_EQ(glut.redisplays, 1);
+    EXPECT_EQ(update_count, 0);
+}
+
+TEST_F(ZoomTest, AWindowShownAgainStartsNothingThatDidNotRun) {
+    windowStatus(GLUT_HIDDEN);
+    windowStatus(GLUT_FULLY_RETAINED);
+    EXPECT_EQ(glut.idle, nullptr);
+    EXPECT_EQ(glut.redisplays, 0);
 }
 
 TEST_F(ZoomTest, AnEmptyCatalogueIsLeftEmpty) {

@@ -117,6 +117,9 @@ void glutMotionFunc(void (*f)(int, int)) {
     record("glutMotionFunc", setOrNot(f != nullptr));
     glut.motion = f;
 }
+void glutWindowStatusFunc(void (*f)(int)) {
+    record("glutWindowStatusFunc", setOrNot(f != nullptr));
+}
 void glutIdleFunc(void (*f)()) {
     record("glutIdleFunc", setOrNot(f != nullptr));
     glut.idle = f;
@@ -236,6 +239,8 @@ void glBindTexture(GLenum target, GLuint name) {
 void glTexImage2D(GLenum target, GLint level, GLint components, GLsizei w, GLsizei h, GLint border,
                   GLenum format, GLenum type, const GLvoid* pixels) {
     record("glTexImage2D", target, level, components, w, h, border, format, type);
+    glut.refused = w > glut.largestTexture || h > glut.largestTexture;
+    if (glut.refused || pixels == nullptr) return;
     const auto* bytes = static_cast<const unsigned char*>(pixels);
     glut.texture.assign(bytes,
                         bytes + 4 * static_cast<std::size_t>(w) * static_cast<std::size_t>(h));
@@ -248,10 +253,12 @@ void glTexParameteri(GLenum target, GLenum what, GLint value) {
 }
 
 GLenum glGetError() {
-    return GL_NO_ERROR;
+    const GLenum error = glut.refused ? GL_INVALID_VALUE : GL_NO_ERROR;
+    glut.refused = false;
+    return error;
 }
-void glGetIntegerv(GLenum, GLint* value) {
-    *value = 1;
+void glGetIntegerv(GLenum what, GLint* value) {
+    *value = what == GL_MAX_TEXTURE_SIZE ? glut.namedTexture : 1;
 }
 void glGetFloatv(GLenum what, GLfloat* values) {
     if (what == GL_CURRENT_COLOR) {

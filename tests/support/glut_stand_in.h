@@ -32,6 +32,11 @@ struct State {
     void (*motion)(int, int) = nullptr;
     void (*idle)() = nullptr;
 
+    // The largest texture that is taken, the largest that a query names, and whether the last one
+    // was refused.
+    int largestTexture = 16384, namedTexture = 16384;
+    bool refused = false;
+
     // The image last given to glTexImage2D, four bytes a pixel.
     std::vector<unsigned char> texture;
 

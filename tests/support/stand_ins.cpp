@@ -18,6 +18,7 @@ GlutCalls glut;
 std::vector<PanelUse> openPanels, savePanels;
 std::optional<std::string> panelAnswer;
 std::vector<std::string> backendCalls;
+std::vector<int> releasedDevices;
 
 }  // namespace stand_ins
 
@@ -75,6 +76,7 @@ void forget() {
     savePanels.clear();
     panelAnswer.reset();
     backendCalls.clear();
+    releasedDevices.clear();
 }
 
 void listDevices(std::vector<bool> doubles) {

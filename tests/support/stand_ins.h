@@ -41,6 +41,9 @@ extern std::optional<std::string> panelAnswer;
 // by tests that link the real one.
 extern std::vector<std::string> backendCalls;
 
+// The device that was in use at each release of its resources.
+extern std::vector<int> releasedDevices;
+
 // Lists devices "Device 0", "Device 1", ... with these double-precision flags.
 void listDevices(std::vector<bool> doubles);
 
