@@ -4,7 +4,7 @@
 #include <signal.h>
 #include <unistd.h>
 
-#include "compute/worker_pool.h"
+#include "backends/worker_pool.h"
 
 namespace {
 

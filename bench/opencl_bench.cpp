@@ -12,12 +12,12 @@
 #include <string>
 #include <thread>
 
-#include "app/view_state.h"
+#include "backends/opencl_backend.h"
+#include "backends/renderer.h"
+#include "backends/view_state.h"
+#include "backends/worker_pool.h"
 #include "bench/pool_frame.h"
 #include "bench/views.h"
-#include "compute/opencl_backend.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
 
 namespace {
 

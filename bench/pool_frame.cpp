@@ -6,11 +6,11 @@
 #include <mutex>
 #include <thread>
 
-#include "app/view_state.h"
-#include "compute/image.h"
-#include "compute/palette.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
+#include "backends/image.h"
+#include "backends/palette.h"
+#include "backends/renderer.h"
+#include "backends/view_state.h"
+#include "backends/worker_pool.h"
 
 namespace bench {
 namespace {

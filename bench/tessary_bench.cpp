@@ -20,12 +20,12 @@
 #include <utility>
 #include <vector>
 
+#include "backends/worker_pool.h"
 #include "bench/mean_steps.h"
 #include "bench/peak.h"
 #include "bench/pool_frame.h"
 #include "bench/views.h"
 #include "compute/vector_renderer.h"
-#include "compute/worker_pool.h"
 
 namespace {
 

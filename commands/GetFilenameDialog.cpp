@@ -14,7 +14,7 @@
 #include <iostream>
 #include <memory>
 
-#include "compute/worker_pool.h"
+#include "backends/worker_pool.h"
 #include "frac/frac_extension.h"
 
 namespace {

@@ -5,7 +5,7 @@
 // compute/formulas.h and the vector renderer are instances of this same text.
 //
 // Polynomials are sums from left to right of products with complex constants (k, 0); powers are
-// repeated products. The OpenCL program has its own text of the same rules (compute/kernels).
+// repeated products. The OpenCL program has its own text of the same rules (backends/kernels).
 //
 // Included once by plain code and again for each instruction set, as compute/complex.h is.
 #if !defined(TESSARY_COMPUTE_RULES_H) || defined(TESSARY_VECTOR_TEXT)

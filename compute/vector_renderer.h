@@ -6,18 +6,7 @@
 #include <string>
 #include <vector>
 
-// One tile, clipped to the picture, and all that its pixels depend on. Fields as the arguments of
-// threadCPU; limit is maxSizeSquared in T.
-template <class T>
-struct VectorTile {
-    int xStart, yStart, xEnd, yEnd;
-    int width, height;
-    T xMin, xMax, yMin, yMax, cx, cy;
-    T limit;
-    int maxIters;
-    unsigned char* buffer;
-    const unsigned char* palette;
-};
+#include "compute/vector_tile.h"
 
 // Renders the tile by rule `type` with the best instruction set of the machine and returns true.
 // Returns false, with nothing written, where vectors do not help: an unknown rule, or a machine

@@ -7,7 +7,7 @@
 
 #include <cstdlib>
 
-#include "compute/worker_pool.h"
+#include "backends/worker_pool.h"
 #include "tests/support/glut_stand_in.h"
 #include "tests/support/stdout_capture.h"
 

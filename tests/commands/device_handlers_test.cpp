@@ -1,10 +1,10 @@
 // The precision switch, and what the "Devices" and the "CPU Threads" menu do.
 #include <gmock/gmock.h>
 
+#include "backends/opencl_backend.h"
+#include "backends/renderer.h"
+#include "backends/worker_pool.h"
 #include "commands/parameter_dialog.h"
-#include "compute/opencl_backend.h"
-#include "compute/renderer.h"
-#include "compute/worker_pool.h"
 #include "tests/commands/handlers_fixture.h"
 
 using GlutMenu::CGlutMenu;

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "compute/palette.h"
+#include "backends/palette.h"
 #include "compute/saturate.h"
 #include "compute/tile_renderer.h"
 #include "frac/byte_reader.h"

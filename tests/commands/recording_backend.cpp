@@ -1,8 +1,8 @@
 // An OpenCL back-end that only remembers what it was asked for, in the place of the real one.
-#include "compute/opencl_backend.h"
+#include "backends/opencl_backend.h"
 
-#include "compute/renderer.h"
-#include "tests/commands/stand_ins.h"
+#include "backends/renderer.h"
+#include "tests/support/stand_ins.h"
 
 std::vector<cl_device_id> devices;
 std::vector<std::string> device_names;

@@ -39,7 +39,7 @@ def without_comments_and_texts(code):
 
 
 def sources():
-    for folder in ("app", "commands", "compute", "frac", "GlutMenu", "bench"):
+    for folder in ("app", "backends", "commands", "compute", "explorer", "frac", "GlutMenu", "bench"):
         for path, _folders, files in os.walk(os.path.join(SOURCE, folder)):
             for name in files:
                 if name.endswith(CODE):

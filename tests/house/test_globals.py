@@ -8,7 +8,7 @@ import unittest
 
 SOURCE = os.environ.get("TESSARY_SOURCE", os.path.join(os.path.dirname(__file__), "..", ".."))
 BUILD = os.environ.get("TESSARY_BUILD", os.path.join(SOURCE, "build", "release"))
-FOLDERS = ("app", "commands", "compute", "frac", "GlutMenu")
+FOLDERS = ("app", "backends", "commands", "compute", "explorer", "frac", "GlutMenu")
 LIST = "tests/house/file_statics.txt"
 
 # One line of `objdump -t`: binding (g global, l local, u unique, w weak), section, demangled name.

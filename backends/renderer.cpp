@@ -1,0 +1,4 @@
+#include "backends/renderer.h"
+
+bool bCPU = false;
+std::atomic<bool> bDoublePrecision{false};

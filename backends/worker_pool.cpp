@@ -1,0 +1,181 @@
+#include "backends/worker_pool.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <iostream>
+#include <mutex>
+#include <optional>
+#include <system_error>
+
+#include "backends/image.h"
+#include "backends/opencl_backend.h"
+#include "backends/palette.h"
+#include "backends/renderer.h"
+#include "backends/view_state.h"
+#include "compute/saturate.h"
+#include "compute/tile_renderer.h"
+
+using namespace std::chrono_literals;
+
+std::deque<params> workQ;
+std::atomic<std::int32_t> task_count{0};
+std::atomic<bool> shutdown_threads{false};
+std::int32_t max_threads = 1;
+std::atomic<std::int32_t> numCPUThreads{1};
+std::vector<std::unique_ptr<std::thread>> vThreads;
+
+namespace {
+
+// The tile at the front, removed; nothing when the queue is empty. Call under mutex.
+std::optional<params> takeTile() {
+    if (workQ.empty()) return std::nullopt;
+    const params tile = workQ.front();
+    workQ.pop_front();
+    return tile;
+}
+
+// Locks `mutex` for a worker, or gives up when the program is ending: exit() can be reached by a
+// thread that holds the lock, and it joins the workers. A tile changes hands in far less time than
+// a sleep takes, so the lock is tried for a moment first. What the lock guards was last written by
+// another core; its memory comes along while that of the lock does.
+std::unique_lock<std::recursive_mutex> lockUnlessStopping() {
+    __builtin_prefetch(&workQ, 1);
+    __builtin_prefetch(&task_count, 1);
+    std::unique_lock lock(mutex, std::defer_lock);
+    for (int tries = 1; !lock.try_lock(); ++tries) {
+        if (tries % 128 != 0) continue;
+        if (shutdown_threads) break;
+        std::this_thread::sleep_for(50us);
+    }
+    return lock;
+}
+
+template <class T>
+void renderTileAs(const params& tile) {
+    threadCPU<T>(tile.xStart, tile.yStart, tile.xEnd, tile.yEnd, static_cast<int>(winX),
+                 static_cast<int>(winY), static_cast<T>(tile.xMin), static_cast<T>(tile.xMax),
+                 static_cast<T>(tile.yMin), static_cast<T>(tile.yMax), static_cast<T>(tile.cx),
+                 static_cast<T>(tile.cy), truncateToInt(maxSize), maxIters, buffer.get(),
+                 cpuPalette, currentFractalType);
+}
+
+void renderTile(const params& tile) {
+    if (bDoublePrecision) {
+        renderTileAs<double>(tile);
+    } else {
+        renderTileAs<float>(tile);
+    }
+}
+
+// Works tile after tile until the queue is empty, this worker is no longer allowed, or the program
+// ends. Each tile is counted down under the same lock that takes the next one: with 65,536 tiles a
+// frame, every second lock would be waste. Returns false when the worker must leave.
+bool workWhileAllowed(std::int32_t number) {
+    std::optional<params> tile;
+    bool finished = false;
+    do {
+        {
+            const auto lock = lockUnlessStopping();
+            if (!lock) return false;
+            if (finished) --task_count;
+            if (shutdown_threads) return false;
+            tile = numCPUThreads >= number ? takeTile() : std::nullopt;
+        }
+        if (tile) renderTile(*tile);
+        finished = tile.has_value();
+    } while (tile);
+    return true;
+}
+
+}  // namespace
+
+void threadContainer::operator()() const {
+    if (shutdown_threads) return;
+    do {
+        if (numCPUThreads >= number) {
+            if (!workWhileAllowed(number)) return;
+            std::this_thread::sleep_for(1ms);
+        } else {
+            std::this_thread::sleep_for(20ms);
+        }
+    } while (!shutdown_threads);
+}
+
+void startWorkers(std::int32_t count) {
+    vThreads.reserve(static_cast<std::size_t>(std::max(count, 0)));
+    for (std::int32_t number = 1; number <= count; ++number) {
+        try {
+            vThreads.push_back(std::make_unique<std::thread>(threadContainer(number)));
+        } catch (const std::system_error& error) {
+            std::cout << "Could not start CPU thread " << number << ": " << error.what()
+                      << std::endl;
+            break;
+        }
+    }
+    max_threads = std::max(static_cast<std::int32_t>(vThreads.size()), std::int32_t{1});
+    std::atexit([] { stopWorkers(false); });
+}
+
+void stopWorkers(bool print) {
+    shutdown_threads = true;
+    for (std::size_t i = 0; i < vThreads.size(); ++i) {
+        if (!vThreads[i]) continue;
+        if (print) std::cout << "Waiting for thread " << i << std::endl;
+        vThreads[i]->join();
+        vThreads[i].reset();
+    }
+    vThreads.clear();
+}
+
+CThreadShutdown::~CThreadShutdown() {
+    std::cout << "Releasing OpenCL resources ...";
+    if (!bCPU) release_opencl_resource(bDoublePrecision);
+    std::cout << "[DONE]" << std::endl;
+    std::cout << "Shutting down threads" << std::endl;
+    stopWorkers(true);
+    std::cout << "Thread shutdown complete" << std::endl;
+}
+
+void queueFrame() {
+    const std::lock_guard lock(mutex);
+    task_count = 0;
+    const auto xStep = static_cast<std::int32_t>(std::max<std::int64_t>(winX >> 8, 1));
+    const auto yStep = static_cast<std::int32_t>(std::max<std::int64_t>(winY >> 8, 1));
+    // Columns stop when a strip's end reaches the edge, rows when a tile's start does.
+    std::int32_t x0 = 0;
+    while (winX != 0) {
+        const std::int32_t x1 = x0 + xStep;
+        for (std::int32_t y0 = 0; y0 < winY; y0 += yStep) {
+            workQ.push_back({x0, x1, y0, y0 + yStep, xMin, xMax, yMin, yMax, cx, cy});
+            ++task_count;
+        }
+        x0 = x1;
+        if (x1 >= winX) break;
+    }
+    std::cout << "Enqueuing " << task_count << std::endl;
+}
+
+void waitForFrame() {
+    if (vThreads.empty() && !shutdown_threads) {
+        appleThread(nullptr);
+        const std::lock_guard lock(mutex);
+        task_count = 0;
+    }
+    if (task_count == 0 || shutdown_threads) return;
+    do {
+        std::this_thread::sleep_for(20ms);
+    } while (task_count != 0 && !shutdown_threads);
+}
+
+void* appleThread(void*) {
+    for (;;) {
+        std::optional<params> tile;
+        {
+            const std::lock_guard lock(mutex);
+            tile = takeTile();
+        }
+        if (!tile) return nullptr;
+        renderTile(*tile);
+    }
+}

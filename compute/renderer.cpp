@@ -1,4 +1,0 @@
-#include "compute/renderer.h"
-
-bool bCPU = false;
-std::atomic<bool> bDoublePrecision{false};

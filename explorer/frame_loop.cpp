@@ -1,0 +1,169 @@
+#include "explorer/frame_loop.h"
+
+#include <GL/freeglut.h>
+
+#include <cassert>
+#include <chrono>
+#include <iostream>
+
+#include "backends/image.h"
+#include "backends/opencl_backend.h"
+#include "backends/palette.h"
+#include "backends/renderer.h"
+#include "backends/view_state.h"
+#include "backends/worker_pool.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+
+bool bLogging = true;
+
+namespace {
+
+// One unit is one buffer pixel, row 0 at the top of the window, whatever the window's size.
+void setProjection() {
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+    glOrtho(0.0, static_cast<double>(winX - 1), static_cast<double>(winY - 1), 0.0, 1.0, -1.0);
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+}
+
+// The device is set up here, on the first frame, when the window and the palette exist.
+void paletteStep() {
+    const PaletteChange change = updatePalette(paletteType);
+    if (bCPU) return;
+    if (change == PaletteChange::first) setupOpenCL("");
+    if (change == PaletteChange::changed) uploadPalette();
+}
+
+// Renders the live view into `buffer`; returns the time it took in nanoseconds.
+std::int64_t renderFrame() {
+    const auto start = std::chrono::steady_clock::now();
+    if (bCPU) {
+        queueFrame();
+        waitForFrame();
+    } else {
+        renderFrameOpenCL();
+    }
+    const auto time = std::chrono::steady_clock::now() - start;
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(time).count();
+}
+
+bool renderIsOwed() {
+    const std::lock_guard lock(update_lock);
+    return update_count > 0;
+}
+
+void takeOneUpdate() {
+    const std::lock_guard lock(update_lock);
+    if (update_count > 0) --update_count;
+}
+
+// The ill-formed environment call leaves the texture environment at its default, which shows the
+// picture as it is; a well-formed one would change how the menus blend. It raises GL_INVALID_ENUM.
+void drawPicture() {
+    const auto width = static_cast<int>(winX), height = static_cast<int>(winY);
+    GLuint texture = 0;
+    glGenTextures(1, &texture);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexImage2D(GL_TEXTURE_2D, 0, 4, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, buffer.get());
+    glTexEnvi(GL_TEXTURE_ENV_MODE, GL_TEXTURE_ENV_MODE, GL_DECAL);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_REPEAT);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_REPEAT);
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, texture);
+
+    const auto right = static_cast<float>(width - 1), bottom = static_cast<float>(height - 1);
+    glBegin(GL_QUADS);
+    glTexCoord2f(0.0f, 0.0f);
+    glVertex3f(0.0f, 0.0f, 0.0f);
+    glTexCoord2f(1.0f, 0.0f);
+    glVertex3f(right, 0.0f, 0.0f);
+    glTexCoord2f(1.0f, 1.0f);
+    glVertex3f(right, bottom, 0.0f);
+    glTexCoord2f(0.0f, 1.0f);
+    glVertex3f(0.0f, bottom, 0.0f);
+    glEnd();
+    glDeleteTextures(1, &texture);
+}
+
+void drawRubberBand() {
+    glDisable(GL_DEPTH_TEST);
+    const float sx = static_cast<float>(winX) / static_cast<float>(glutGet(GLUT_WINDOW_WIDTH));
+    const float sy = static_cast<float>(winY) / static_cast<float>(glutGet(GLUT_WINDOW_HEIGHT));
+    GLfloat colour[4];
+    glGetFloatv(GL_CURRENT_COLOR, colour);
+    glDisable(GL_TEXTURE_2D);
+    glLineWidth(2.0f);
+    glColor3f(0.7f, 0.7f, 0.0f);
+    const int left = static_cast<int>(static_cast<float>(mouse_x1) * sx);
+    const int top = static_cast<int>(static_cast<float>(mouse_y1) * sy);
+    const int right = static_cast<int>(static_cast<float>(mouse_x2) * sx);
+    const int bottom = static_cast<int>(static_cast<float>(mouse_y2) * sy);
+    glBegin(GL_LINE_LOOP);
+    glVertex2i(left, top);
+    glVertex2i(left, bottom);
+    glVertex2i(right, bottom);
+    glVertex2i(right, top);
+    glEnd();
+    glEnable(GL_DEPTH_TEST);
+    glColor4fv(colour);
+}
+
+// Debug builds: a frame leaves the matrix stacks and the error flag as it found them.
+void checkFrameEnd() {
+#ifndef NDEBUG
+    GLint depth = 0;
+    glGetIntegerv(GL_MODELVIEW_STACK_DEPTH, &depth);
+    assert(depth == 1);
+    glGetIntegerv(GL_PROJECTION_STACK_DEPTH, &depth);
+    assert(depth == 1);
+    const GLenum environmentCall = glGetError();
+    assert(environmentCall == GL_INVALID_ENUM || environmentCall == GL_NO_ERROR);
+    assert(glGetError() == GL_NO_ERROR);
+#endif
+}
+
+// GLUT reports a bare modifier as a special key; a Shift on the way to Shift+Tab must not act on
+// the menu that it is meant for.
+bool isModifierKey(int key) {
+    return key == GLUT_KEY_NUM_LOCK || (key >= GLUT_KEY_SHIFT_L && key <= GLUT_KEY_SUPER_R);
+}
+
+}  // namespace
+
+void renderScene() {
+    setProjection();
+    paletteStep();
+    const std::int64_t renderTime = renderIsOwed() ? renderFrame() : 0;
+    takeOneUpdate();
+    if (bLogging) {
+        std::cout << "Rendering to texture took " << static_cast<double>(renderTime) / 1000000000.0
+                  << " s" << std::endl;
+    }
+    totalTime += renderTime;
+    drawPicture();
+    if (rubber_banding) drawRubberBand();
+    menu.Render();
+    checkFrameEnd();
+    glutSwapBuffers();
+}
+
+void reshape(int w, int h) {
+    glViewport(0, 0, w, h);
+    menu.ReshapeCallback(w, h);
+}
+
+void keyboard(unsigned char key, int, int) {
+    menu.keyboard_callback(key);
+    glutPostRedisplay();
+}
+
+void special_keyboard(int key, int, int) {
+    if (isModifierKey(key)) return;
+    menu.special_key_callback(key);
+    glutPostRedisplay();
+}
