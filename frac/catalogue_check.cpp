@@ -66,7 +66,7 @@ class Check {
 
     void addCutWithin(const FieldEnd& field) {
         if (field.end > FIELDS[0].end) return addCut(field.name);
-        add(start, "the last " + bytesText(left()) + " are too few for an entry and are ignored");
+        add(start, bytesText(left()) + " at the end of the file are no entry");
         start = bytes.size();
     }
 

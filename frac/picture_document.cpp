@@ -42,7 +42,6 @@ class Picture {
         if (info == nullptr) throw PictureError("no memory");
         png_set_read_fn(png, &reader, takeBytes);
         png_set_sig_bytes(png, SIGNATURE_SIZE);
-        png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
         png_set_chunk_malloc_max(png, LONGEST_TEXT);
         // Pixels that nobody reads are such an error.
         png_set_benign_errors(png, 1);
@@ -60,6 +59,7 @@ class Picture {
     }
     bool readTail() {
         if (setjmp(png_jmpbuf(png)) != 0) return false;
+        png_start_read_image(png);
         png_read_end(png, info);
         return true;
     }
