@@ -128,6 +128,15 @@ class Globals(unittest.TestCase):
                     declared = declarations_of(source.split("/")[0])
                     self.assertTrue(name.split("::")[-1] in declared)
 
+    def test_what_stands_without_a_window_keeps_nothing_that_a_picture_depends_on(self):
+        kept = {name for file, name, _ in self.symbols if file.startswith(("compute/", "frac/"))}
+        harmless = {
+            "cycleDetection",  # a switch of tests and benchmarks
+            "lastChunkRepeated",  # what a thread expects of its next chunk: time, not pixels
+            "presets",  # never written
+        }
+        self.assertEqual({name for name in kept if name.split("::")[-1] not in harmless}, set())
+
     def test_every_declared_global_says_who_uses_it(self):
         for folder in FOLDERS:
             for name, comment in declarations_of(folder).items():
