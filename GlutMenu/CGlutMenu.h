@@ -371,10 +371,15 @@ class CTextInput {
     void RenderSingleField();
     void RenderForm();
     void RenderFormField(int field) const;
+    float FieldTop(float row) const;
     void RenderFieldFrame(float row) const;
+    void RenderChoice(const std::string& value, float baseline) const;
+    void RenderEditedText(float row, float baseline) const;
+    void RenderFormCursor(float left, float top) const;
     void RenderMessage();
     void RenderLabel(const std::string& text, float baseline) const;
     std::string TextBeforeCursor() const;
+    bool ShowsCursor() const;
     void RenderCursor(float top) const;
     void RenderTitleBar() const;
     void RenderButtons();

@@ -4,6 +4,7 @@
 
 #include "GlutMenu/CGlutMenu.h"
 #include "GlutMenu/Colour.h"
+#include "GlutMenu/LineWidth.h"
 
 namespace GlutMenu {
 
@@ -61,10 +62,8 @@ void CGlutMenu::renderLine(float line_x, float y0, float y1) {
 
 void CGlutMenu::renderBitmapString(float text_x, float text_y, float text_z, void* /*bitmap_font*/,
                                    std::string text) {
-    float line_width = 1.0F;
     glPushMatrix();
-    glGetFloatv(GL_LINE_WIDTH, &line_width);
-    glLineWidth(2.0F);
+    const LineWidth stroke(text_stroke);
     glTranslatef(text_x, text_y, text_z);
     // Glyphs are drawn upwards, against the downward y of the menu space.
     glScalef(font_scale_x, -font_scale_y, 1.0F);
@@ -72,7 +71,6 @@ void CGlutMenu::renderBitmapString(float text_x, float text_y, float text_z, voi
         glutStrokeCharacter(GLUT_STROKE_ROMAN, static_cast<unsigned char>(c));
     }
     glPopMatrix();
-    glLineWidth(line_width);
 }
 
 }  // namespace GlutMenu

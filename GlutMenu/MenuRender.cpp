@@ -5,6 +5,7 @@
 #include "GlutMenu/CGlutMenu.h"
 #include "GlutMenu/Colour.h"
 #include "GlutMenu/Font.h"
+#include "GlutMenu/LineWidth.h"
 #include "GlutMenu/Truncate.h"
 
 namespace GlutMenu {
@@ -21,12 +22,13 @@ constexpr float tick_above = 0.98F;
 constexpr float tick_right = 0.05F;
 constexpr float tick_left = 0.95F;
 
-// `right` is where the item's slot ends, `by` its baseline.
+// `right` is where the item's slot ends, `by` its baseline. As thick as the text beside it.
 void RenderTick(float right, float by, float glyph) {
     const float xa = right - tick_left * glyph;
     const float xb = right - tick_right * glyph;
     const float yt = by + marker_below * char_height;
     const float yb = by - tick_above * char_height;
+    const LineWidth stroke(text_stroke);
     glBegin(GL_LINE_STRIP);
     glVertex3f(xa, TruncateToFloat((yt + yb) * 0.5F), 0.0F);
     glVertex3f(TruncateToFloat((xb + xa) * 0.5F), yt, 0.0F);

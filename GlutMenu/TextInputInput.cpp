@@ -11,6 +11,7 @@
 #include "GlutMenu/DialogKind.h"
 #include "GlutMenu/Keys.h"
 #include "GlutMenu/Truncate.h"
+#include "GlutMenu/Utf8.h"
 
 namespace GlutMenu {
 
@@ -24,6 +25,18 @@ bool IsPrintable(int key) {
 int ToDrawingSpace(int position, GLenum window_size, float screen_size) {
     return Truncate(static_cast<float>(position) / static_cast<float>(glutGet(window_size)) *
                     screen_size);
+}
+
+// Where the left arrow takes the cursor: off the text only by one.
+int32_t PlaceBefore(const std::string& text, int32_t cursor) {
+    if (cursor <= 0 || static_cast<std::size_t>(cursor) > text.size()) return cursor - 1;
+    return static_cast<int32_t>(CharacterStart(text, static_cast<std::size_t>(cursor) - 1));
+}
+
+// Where the right arrow takes a cursor that is not yet at the end.
+int32_t PlaceAfter(const std::string& text, int32_t cursor) {
+    if (cursor < 0) return cursor + 1;
+    return static_cast<int32_t>(CharacterEnd(text, static_cast<std::size_t>(cursor)));
 }
 
 }  // namespace
@@ -139,17 +152,26 @@ void CTextInput::InsertCharacter(char c) {
     const auto at = static_cast<std::size_t>(cursor_pos);
     if (cursor_pos < 0 || at >= edit_text.size()) {
         edit_text.push_back(c);
+        ++cursor_pos;
     } else {
-        edit_text.insert(at, 1, c);
+        const std::size_t boundary = CharacterBoundary(edit_text, at);
+        edit_text.insert(boundary, 1, c);
+        cursor_pos = static_cast<int32_t>(boundary) + 1;
     }
-    ++cursor_pos;
 }
 
+// Bytes that were no character may become one when what parted them goes; the cursor then stands
+// behind it.
 void CTextInput::DeleteBackwards() {
     if (cursor_pos <= 0) return;
     const auto at = static_cast<std::size_t>(cursor_pos);
-    if (at <= edit_text.size()) edit_text.erase(at - 1, 1);
-    --cursor_pos;
+    if (at > edit_text.size()) {
+        --cursor_pos;
+        return;
+    }
+    const std::size_t start = CharacterStart(edit_text, at - 1);
+    edit_text.erase(start, CharacterEnd(edit_text, start) - start);
+    cursor_pos = static_cast<int32_t>(CharacterBoundary(edit_text, start));
 }
 
 void CTextInput::SpecialKeyHandler(int key) {
@@ -189,7 +211,7 @@ void CTextInput::MoveLeft() {
         const int index = value_index[current_field];
         ChooseValue(*values, index <= 0 || index > last ? last : index - 1);
     } else if (cursor_pos >= 0) {
-        MoveCursor(cursor_pos - 1);
+        MoveCursor(PlaceBefore(edit_text, cursor_pos));
     }
 }
 
@@ -200,7 +222,7 @@ void CTextInput::MoveRight() {
         ChooseValue(*values, index < 0 || index >= last ? 0 : index + 1);
     } else {
         const auto end = static_cast<int32_t>(edit_text.size());
-        MoveCursor(cursor_pos < end ? cursor_pos + 1 : 0);
+        MoveCursor(cursor_pos < end ? PlaceAfter(edit_text, cursor_pos) : 0);
     }
 }
 

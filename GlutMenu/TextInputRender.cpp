@@ -3,13 +3,16 @@
 #include <GL/glut.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <iostream>
 
 #include "GlutMenu/CGlutMenu.h"
 #include "GlutMenu/Colour.h"
 #include "GlutMenu/DialogKind.h"
+#include "GlutMenu/FieldView.h"
 #include "GlutMenu/Font.h"
+#include "GlutMenu/LineWidth.h"
 #include "GlutMenu/Truncate.h"
 
 namespace GlutMenu {
@@ -27,6 +30,12 @@ constexpr std::size_t extra_lines = 3;
 // Rows of a form that lie above its first field.
 constexpr int rows_above = 2;
 
+// The cursor of a form, and the room it takes between two letters. Strokes reach a pixel beyond
+// their glyph, so the letter before the cursor is kept two away.
+constexpr float cursor_width = 2.0F;
+constexpr float cursor_gap = 2.0F;
+constexpr float cursor_room = 6.0F;
+
 // Height of a capital letter in the stroke font's units.
 constexpr float capital_height = 100.0F;
 
@@ -34,13 +43,10 @@ void Text(float text_x, float baseline, const std::string& text) {
     CGlutMenu::renderBitmapString(text_x, baseline, 0.0F, font, text);
 }
 
-// As thick as the strokes of the text in it, to show on the box's blue.
-void ThickFrame(float x0, float y0, float x1, float y1) {
-    float line_width = 1.0F;
-    glGetFloatv(GL_LINE_WIDTH, &line_width);
-    glLineWidth(2.0F);
-    CGlutMenu::renderSquare(x0, y0, x1, y1);
-    glLineWidth(line_width);
+// The outline of the field being edited takes the same share of every screen, but at least that of
+// the text's strokes.
+float OutlineWidth() {
+    return text_stroke * std::max(std::min(CGlutMenu::scale_x, CGlutMenu::scale_y), 1.0F);
 }
 
 }  // namespace
@@ -74,8 +80,13 @@ std::string CTextInput::TextBeforeCursor() const {
     return edit_text.substr(0, static_cast<std::size_t>(std::max(cursor_pos, 0)));
 }
 
+// A dialog beneath another takes no keys.
+bool CTextInput::ShowsCursor() const {
+    return cursor_visible && (input_field == this || !IsOpen());
+}
+
 void CTextInput::RenderCursor(float top) const {
-    if (!cursor_visible) return;
+    if (!ShowsCursor()) return;
     const float at = x + label_width + CGlutMenu::GetStringLength(TextBeforeCursor());
     UseColour(text_colour);
     CGlutMenu::renderLine(at, top, top + char_height);
@@ -110,21 +121,61 @@ void CTextInput::RenderFormField(int field) const {
     RenderLabel(field_labels[static_cast<std::size_t>(field)], baseline);
     if (is_current) RenderFieldFrame(row);
     if (!IsField(field)) return;
-    const bool is_listed = ValueList(field) != nullptr;
     const std::string& value =
         is_current ? edit_text : field_values[static_cast<std::size_t>(field)];
-    Text(x + label_width, baseline, is_listed ? "<" + value + ">" : value);
+    if (ValueList(field) != nullptr) {
+        RenderChoice(value, baseline);
+    } else if (is_current) {
+        RenderEditedText(row, baseline);
+    } else {
+        Text(x + label_width, baseline, Beginning(value, field_width));
+    }
 }
 
-// Marks the field being edited, and where in it typing goes on.
+// Top edge of the field in a row of the form.
+float CTextInput::FieldTop(float row) const {
+    return TruncateToFloat((char_height + line_gap) * (row - 1.0F) + y + line_gap);
+}
+
+// Marks the field being edited.
 void CTextInput::RenderFieldFrame(float row) const {
     const float left = TruncateToFloat(x + label_width);
-    const float top = TruncateToFloat((char_height + line_gap) * (row - 1.0F) + y + line_gap);
+    const float top = FieldTop(row);
+    const LineWidth outline(OutlineWidth());
     UseColour(highlight_colour);
-    ThickFrame(left, top, left + field_width, top + char_height + line_gap);
+    CGlutMenu::renderSquare(left, top, left + field_width, top + char_height + line_gap);
+    UseColour(text_colour);
     std::cout << "x_offset " << CGlutMenu::GetStringLength(TextBeforeCursor()) << ", index "
               << cursor_pos << std::endl;
-    if (ValueList(current_field) == nullptr) RenderCursor(top);
+}
+
+// The brackets stay, whatever of the value has to go.
+void CTextInput::RenderChoice(const std::string& value, float baseline) const {
+    std::string shown = Beginning(value, field_width - CGlutMenu::GetStringLength("<>"));
+    shown.insert(shown.begin(), '<');
+    shown.push_back('>');
+    Text(x + label_width, baseline, Beginning(shown, field_width));
+}
+
+// The text makes room for the cursor, whether that is lit or not: nothing moves when it blinks.
+void CTextInput::RenderEditedText(float row, float baseline) const {
+    const std::size_t cursor = TextBeforeCursor().size();
+    const Part shown = PartInSight(edit_text, cursor, field_width - cursor_room);
+    const std::size_t end = shown.first + shown.length;
+    const std::string before = edit_text.substr(shown.first, cursor - shown.first);
+    const float left = x + label_width;
+    const float at = left + CGlutMenu::GetStringLength(before);
+    Text(left, baseline, before);
+    Text(at + cursor_room, baseline, edit_text.substr(cursor, end - cursor));
+    if (ShowsCursor()) RenderFormCursor(std::ceil(at) + cursor_gap, FieldTop(row));
+}
+
+// From whole pixel to whole pixel, between the lines of the field's frame.
+void CTextInput::RenderFormCursor(float left, float top) const {
+    const float inset = OutlineWidth();
+    UseColour(highlight_colour);
+    CGlutMenu::renderQuad(left, top + inset, left + cursor_width,
+                          top + char_height + line_gap - inset);
     UseColour(text_colour);
 }
 

@@ -1,6 +1,5 @@
 #include "backends/palette.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 
@@ -32,8 +31,9 @@ void InitColours(int type) {
         cpuPalette = fixedColours;
         if (!bColoursInitialised) {
             bColoursInitialised = true;
-            // The generator is never seeded, so these are the same on every run.
-            fillRandomColours(fixedColours, std::rand);
+            // The same on every run: libraries that draw from the process's own generator before
+            // the first frame, as some GL drivers do, must not choose our colours.
+            fillRandomColours(fixedColours);
         }
     }
     std::memcpy(badAssColourPalette.get(), tempColours.get(), PALETTE_BYTES);

@@ -1,16 +1,18 @@
 #!/usr/bin/python3
-"""Turns a run of tessary_bench into the tables and the plot of docs/performance.md, and one of
-opencl_bench into the table of docs/opencl.md.
+"""Turns a run of tessary_bench into the table, the plot and the rows of docs/performance.md, and one
+of opencl_bench into the table of docs/opencl.md.
 
     build/release/bench/tessary_bench --benchmark_out=run.json --benchmark_out_format=json
-    bench/report.py run.json docs/frame-time.svg
+    bench/report.py run.json docs/frame-time.svg docs/performance.tsv
     build/release/bench/opencl_bench --benchmark_out=device.json --benchmark_out_format=json
     bench/report.py device.json
 
-Prints Markdown tables (the ratios, the cost of the search for repeats, and every figure of each
-instruction set in the run) and writes the plot: frame time of the Mandelbrot start view against the
-iteration limit and against the number of threads. Of a device, the pool's time beside it.
+Prints a Markdown table (each view at its own limit: the ratios, and what the search for repeats
+adds), writes the plot (frame time of the Mandelbrot start view against the iteration limit and
+against the number of threads) and every row of the run as tab-separated columns. Of a device, the
+pool's time beside it. A run that was cut short, or that measured some rows only, gives what it has.
 """
+import csv
 import json
 import math
 import sys
@@ -27,26 +29,24 @@ SETS = {"AVX3": "AVX-512"}  # what the vector library calls otherwise than the w
 
 
 class Row:
-    """One benchmark: where it stands in the name, and its figures."""
+    """One benchmark: where it stands in the name, and its figures; None for what it lacks."""
 
     def __init__(self, entry):
         parts = entry["name"].split("/iterations:")[0].split("/")
         self.view, self.limit, self.precision = parts[0], int(parts[1]), parts[2]
         self.set = SETS.get(parts[3], parts[3])
-        self.options = parts[4:]
+        self.options = [option for option in parts[4:] if option != "search"]
         self.search = entry.get("search")
-        self.vectors = entry["real_time"]
-        if self.search is not None:
-            return
-        self.scalar = entry["scalar_ms"]
-        self.ratio = entry["ratio"]
-        self.rate = entry["Gsteps/s"]
+        self.scalar = entry.get("scalar_ms")
+        self.vectors = entry.get("vectors_ms", entry.get("real_time"))
+        self.ratio = entry.get("ratio")
+        self.rate = entry.get("Gsteps/s")
         self.peak = entry.get("peak")
-        self.queue = entry["queue"]
+        self.queue = entry.get("queue")
 
-    def name(self):
-        shown = [option for option in self.options if option != "search"]
-        return " ".join([self.view, f"{self.limit:,}", *shown])
+    def place(self):
+        precision = "float" if self.precision == "single" else "double"
+        return self.set, self.view, self.limit, " ".join(self.options), precision
 
     def threads(self, most):
         for option in self.options:
@@ -55,45 +55,69 @@ class Row:
         return most
 
 
+def rows_of(run):
+    """The rows that were measured, the search of a view beside its frame."""
+    rows = {}
+    for entry in run.get("benchmarks", []):
+        if entry.get("error_occurred") or entry.get("run_type") == "aggregate":
+            continue
+        row = Row(entry)
+        if row.search is None:
+            row.search = rows[row.place()].search if row.place() in rows else None
+            rows[row.place()] = row
+        elif row.place() in rows:
+            rows[row.place()].search = row.search
+        else:
+            row.vectors = None
+            rows[row.place()] = row
+    return list(rows.values())
+
+
 def milliseconds(value):
     return f"{value:.1f}" if value < 100 else f"{value:.0f}"
 
 
-def cells(row):
-    peak = f"{100 * row.peak:.0f} %" if row.peak is not None else ""
-    return (f"{milliseconds(row.scalar)} | {milliseconds(row.vectors)} | {row.ratio:.1f} | "
-            f"{row.rate:.2f} | {peak} | {100 * row.queue:.0f} %")
+def number(value, style, factor=1):
+    return "" if value is None else format(factor * value, style)
 
 
-def print_tables(rows):
-    for instructions in dict.fromkeys(row.set for row in rows):
-        print(f"\n### {instructions}\n")
-        print("| view, limit | precision | scalar ms | vectors ms | ratio | Gsteps/s | of peak | queue |")
-        print("| --- | --- | ---: | ---: | ---: | ---: | ---: | ---: |")
+def write_rows(rows, path):
+    with open(path, "w", encoding="utf-8", newline="") as file:
+        table = csv.writer(file, delimiter="\t", lineterminator="\n")
+        table.writerow(["set", "view", "limit", "options", "precision", "scalar_ms", "vectors_ms",
+                        "ratio", "Gsteps_per_s", "peak_percent", "queue_percent",
+                        "search_percent"])
         for row in rows:
-            if row.set != instructions:
-                continue
-            precision = "float" if row.precision == "single" else "double"
-            print(f"| {row.name()} | {precision} | {cells(row)} |")
+            times = ["" if ms is None else milliseconds(ms) for ms in (row.scalar, row.vectors)]
+            table.writerow([*row.place(), *times, number(row.ratio, ".1f"),
+                            number(row.rate, ".2f"), number(row.peak, ".0f", 100),
+                            number(row.queue, ".0f", 100), number(row.search, "+.1f", 100)])
 
 
-def print_by_view(title, rows, cell):
-    """One line for each view and limit, one column for each instruction set and precision."""
-    columns = list(dict.fromkeys((row.set, row.precision) for row in rows))
-    print(f"\n### {title}\n")
-    print("| view, limit |" + "".join(
-        f" {instructions} {'float' if precision == 'single' else 'double'} |"
-        for instructions, precision in columns))
-    print("| --- |" + " ---: |" * len(columns))
-    for name in dict.fromkeys(row.name() for row in rows):
-        found = {(row.set, row.precision): cell(row) for row in rows if row.name() == name}
-        print(f"| {name} |" + "".join(f" {found.get(column, '')} |" for column in columns))
+def print_table(rows):
+    """One line for each view at its own limit, one column for each instruction set and precision."""
+    plain = [row for row in rows if not row.options]
+    columns = list(dict.fromkeys((row.set, row.place()[4]) for row in plain))
+    own = {}
+    for row in plain:  # a view's own limit is measured first
+        own.setdefault(row.view, row.limit)
+    print("| view, limit |" + "".join(f" {' '.join(column)} |" for column in columns) + " search |")
+    print("| --- |" + " ---: |" * (len(columns) + 1))
+    for view, limit in own.items():
+        found = {(row.set, row.place()[4]): row for row in plain
+                 if (row.view, row.limit) == (view, limit)}
+        cells = [number(found[c].ratio, ".1f") if c in found else "" for c in columns]
+        searches = [row.search for row in found.values() if row.search is not None]
+        search = number(searches[0], "+.1f", 100) + " %" if searches else ""
+        print(f"| {view} {limit:,} | " + " | ".join([*cells, search]) + " |")
 
 
 def print_device_table(entries):
     """One line for each view of a run of opencl_bench."""
     found = {}
     for entry in entries:
+        if "pool_ms" not in entry:
+            continue
         view, precision = entry["name"].split("/")[:2]
         figures = (entry["pool_ms"], entry["real_time"], entry["ratio"])
         found.setdefault(view, {})[precision] = figures
@@ -151,11 +175,14 @@ class Panel:
 
 def points_of(rows, precision, whose, key):
     found = {key(row): getattr(row, whose) for row in rows if row.precision == precision}
-    return sorted(found.items())
+    return sorted((at, ms) for at, ms in found.items() if ms)
 
 
 def write_plot(rows, path, most_threads):
-    best = [row for row in rows if row.set == rows[0].set and row.view == "Mandelbrot"]
+    best = [row for row in rows if row.set == rows[0].set and row.view == "Mandelbrot" and
+            row.vectors and row.scalar]
+    if not best:
+        sys.exit("report.py: the run has no row of the Mandelbrot start view, so there is no plot")
     limits = [row for row in best if not row.options]
     threads = [row for row in best if row.limit == 768]
     times = [time for row in best for time in (row.vectors, row.scalar)]
@@ -183,21 +210,39 @@ def write_plot(rows, path, most_threads):
         file.write("\n</svg>\n")
 
 
+def read_run(path):
+    """The run as the benchmark wrote it; of a file that breaks off, the whole entries."""
+    with open(path, encoding="utf-8") as file:
+        text = file.read()
+    try:
+        return json.loads(text)
+    except json.JSONDecodeError:
+        pass
+    end = text.rfind("}")
+    while end > 0:
+        try:
+            return json.loads(text[:end + 1] + "]}")
+        except json.JSONDecodeError:
+            end = text.rfind("}", 0, end)
+    sys.exit(f"report.py: {path} holds no run of a benchmark")
+
+
 def main():
-    with open(sys.argv[1], encoding="utf-8") as file:
-        run = json.load(file)
-    if "pool_ms" in run["benchmarks"][0]:
-        print_device_table(run["benchmarks"])
+    if len(sys.argv) < 2:
+        sys.exit("usage: report.py RUN.json [PLOT.svg [ROWS.tsv]]")
+    run = read_run(sys.argv[1])
+    entries = run.get("benchmarks", [])
+    if any("pool_ms" in entry for entry in entries):
+        print_device_table(entries)
         return
-    every = [Row(entry) for entry in run["benchmarks"]]
-    rows = [row for row in every if row.search is None]
-    searches = [row for row in every if row.search is not None]
-    print_by_view("Scalar time over vector time", rows, lambda row: f"{row.ratio:.1f}")
-    print_by_view("What the search for orbits that repeat adds", searches,
-                  lambda row: f"{100 * row.search:+.1f} %")
-    print_tables(rows)
+    rows = rows_of(run)
+    if not rows:
+        sys.exit(f"report.py: {sys.argv[1]} holds no measured row")
+    print_table(rows)
+    if len(sys.argv) > 3:
+        write_rows(rows, sys.argv[3])
     if len(sys.argv) > 2:
-        write_plot(rows, sys.argv[2], run["context"]["num_cpus"])
+        write_plot(rows, sys.argv[2], run.get("context", {}).get("num_cpus", 1))
 
 
 if __name__ == "__main__":

@@ -73,6 +73,7 @@ void report(benchmark::State& state, const Case& c, double scalar, double vector
     const double rate =
         bench::meanSteps(c.view, c.limit, c.doublePrecision) * 2048 * 2048 / vectors;
     state.counters["scalar_ms"] = 1e3 * scalar;
+    state.counters["vectors_ms"] = 1e3 * vectors;
     state.counters["ratio"] = scalar / vectors;
     state.counters["Gsteps/s"] = 1e-9 * rate;
     if (c.view.type <= 1) state.counters["peak"] = rate / peakOf(c);

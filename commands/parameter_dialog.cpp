@@ -35,21 +35,43 @@ double readNumber(const std::string& text) {
     return strtod_l(text.c_str(), nullptr, plain);
 }
 
+std::string nameText(const std::string& name) {
+    return name.substr(0, name.find('\0'));
+}
+
+std::string numberText(double value) {
+    std::array<char, 400> text;  // the longest double has 309 digits before the point
+    const char* const end =
+        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6)
+            .ptr;
+    return {text.data(), static_cast<std::size_t>(end - text.data())};
+}
+
+// A text that was not edited says less than the value it was made from, which it must not replace:
+// six decimals of a deep view are the same on either side.
+void storeNumber(double& member, const std::string& text) {
+    if (text != numberText(member)) member = readNumber(text);
+}
+
+void storeName(std::string& name, const std::string& text) {
+    if (text != nameText(name)) name = text;
+}
+
 void storeValue(fractal& entry, const std::string& label, const std::string& value) {
     if (label == frac_name) {
-        entry.name = value;
+        storeName(entry.name, value);
     } else if (label == frac_maxIters) {
         entry.maxIters = truncateToInt(readNumber(value));
     } else if (label == frac_maxSize) {
-        entry.maxSize = readNumber(value);
+        storeNumber(entry.maxSize, value);
     } else if (label == frac_xMin) {
-        entry.xMin = readNumber(value);
+        storeNumber(entry.xMin, value);
     } else if (label == frac_yMin) {
-        entry.yMin = readNumber(value);
+        storeNumber(entry.yMin, value);
     } else if (label == frac_xMax) {
-        entry.xMax = readNumber(value);
+        storeNumber(entry.xMax, value);
     } else if (label == frac_yMax) {
-        entry.yMax = readNumber(value);
+        storeNumber(entry.yMax, value);
     }
 }
 
@@ -58,17 +80,13 @@ void storeValue(fractal& entry, const std::string& label, const std::string& val
 void Append(std::string label, std::string value, std::vector<std::string>& labels,
             std::vector<std::string>& values) {
     labels.push_back(label);
-    values.emplace_back(value.c_str());
+    values.push_back(nameText(value));
 }
 
 void Append(std::string label, double value, std::vector<std::string>& labels,
             std::vector<std::string>& values) {
-    std::array<char, 400> text;  // the longest double has 309 digits before the point
-    const char* const end =
-        std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6)
-            .ptr;
     labels.push_back(label);
-    values.emplace_back(text.data(), static_cast<std::size_t>(end - text.data()));
+    values.push_back(numberText(value));
 }
 
 void showParameterDialog() {

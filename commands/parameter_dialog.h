@@ -33,7 +33,9 @@ void Append(std::string label, double value, std::vector<std::string>& labels,
 void showParameterDialog();
 
 // Completion callback of that dialog: unless another button than "OK" was pressed, stores the
-// values whose labels it knows in the current entry, makes it current again and owes one render.
+// values whose labels it knows in the current entry, makes it current again and owes one render. A
+// text that is still what Append makes of the entry's value leaves that value as it is, to the last
+// digit.
 // Numbers are taken as atof takes them in the C locale, whatever the locale in force: text that is
 // none gives 0; iterations are truncated toward zero and saturate. Always true.
 bool param_change(std::string button, std::vector<std::string> labels,

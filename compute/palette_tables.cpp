@@ -3,25 +3,19 @@
 #include <cstdint>
 #include <cstdlib>
 
-void fillRandomColours(unsigned char* table, const std::function<int()>& next) {
-    for (int n = 0; n < PALETTE_ENTRIES; ++n) {
-        for (int channel = 0; channel < 3; ++channel) {
-            table[4 * n + channel] = static_cast<unsigned char>(next() & 0xff);
-        }
-    }
-}
-
 // rand() and random_r() are one generator; what was never seeded behaves as if seeded with 1 into
 // 128 bytes of state.
 void fillRandomColours(unsigned char* table) {
     char state[128];
     random_data generator = {};
     initstate_r(1, state, sizeof state, &generator);
-    fillRandomColours(table, [&generator] {
-        std::int32_t number = 0;
-        random_r(&generator, &number);
-        return number;
-    });
+    for (int n = 0; n < PALETTE_ENTRIES; ++n) {
+        for (int channel = 0; channel < 3; ++channel) {
+            std::int32_t number = 0;
+            random_r(&generator, &number);
+            table[4 * n + channel] = static_cast<unsigned char>(number & 0xff);
+        }
+    }
 }
 
 void fillCycleColours(unsigned char* table) {

@@ -3,15 +3,10 @@
 // thread, on tables of its own.
 #pragma once
 
-#include <functional>
-
 #include "compute/pixels.h"
 
-// Random colours: the low bytes of successive results of `next`, entry by entry.
-void fillRandomColours(unsigned char* table, const std::function<int()>& next);
-
-// The random colours of every process that draws them from the C library's rand() and never seeds
-// it, whatever this one has drawn before.
+// Random colours: red, green and blue, entry by entry, are the low bytes of what the C library's
+// rand() gives in a process that never seeds it; what this one has drawn before plays no part.
 void fillRandomColours(unsigned char* table);
 
 // Green, blue, then red ramps of 256 entries, each starting again from black.

@@ -5,7 +5,7 @@
 // Write z for the approximate state, E for the bound, f for the function of the rule. If the C
 // library's state lies within E of z, then its next state lies within
 //     |f'(z)| E + max|f''| E^2 / 2 + S |f(z)|_1 + S |f(z) + c|_1
-// of the next z, where S covers the difference of two evaluations of f (25 u, see
+// of the next z, where S covers the difference of two evaluations of f (27 u, see
 // compute/vector_trig-inl.h) and the two roundings of the sum with c. max|f''| is taken over the
 // points within E of z and is at most cosh(|h| + E) <= 1.001 cosh(h) for E <= 2^-10, h being the
 // hyperbolic argument. Every constant below is rounded up by more than the roundings of computing

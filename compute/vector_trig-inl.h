@@ -6,8 +6,8 @@
 // round leave 2 u; the polynomials are off by less than 2^-57 and round to 4 u more. The hyperbolic
 // sum B * C + A * S cancels to no less than 0.28 of its larger term, where its 3 u become 11 u. A
 // product of two such factors is within 18 u of the true product. The C library's factors are
-// within 1 ulp (sine, cosine) and 2 ulp (hyperbolic), its product within 7 u. So the two products
-// differ by less than 25 u, relative to either, for every |argument| <= MAX_ARGUMENT.
+// within 4 u (2 ulp), its product within 9 u. So the two products
+// differ by less than 27 u, relative to either, for every |argument| <= MAX_ARGUMENT.
 // docs/performance.md has the derivation; a test holds the factors to less than half of it.
 //
 // Included once for each instruction set (see compute/vector_renderer.cpp).
@@ -199,7 +199,7 @@ struct HyperbolicCosineKind {
 // overflow. An exact zero comes from a factor that is exactly zero in the C library too.
 HWY_INLINE hn::Mask<RealTag> roundsSafely(Real product) {
     constexpr std::int64_t MIDDLE = 1 << 28;  // of the 29 bits that a float does not keep
-    constexpr std::int64_t WINDOW = 2048;     // 2048 units in the last place are far above 25 u
+    constexpr std::int64_t WINDOW = 2048;     // 2048 units in the last place are far above 27 u
     const RealBits di;
     const RealTag d;
     const auto bits = hn::BitCast(di, product.v);

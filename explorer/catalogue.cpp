@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "explorer/printed_name.h"
 #include "explorer/window_title.h"
 #include "frac/presets.h"
 
@@ -31,6 +32,7 @@ void setCurrentFractal(fractal& f) {
 
 void Report(std::string name) {
     std::printf("%s Z-range:(%lf, %lf)-(%lf, %lf), c = (%lf,%lf), maxIters = %d, maxSize = %lf\r\n",
-                name.c_str(), xMin, yMin, xMax, yMax, cx, cy, maxIters.load(), maxSize.load());
+                printedName(name.substr(0, name.find('\0'))).c_str(), xMin, yMin, xMax, yMax, cx,
+                cy, maxIters.load(), maxSize.load());
     std::fflush(stdout);
 }

@@ -15,6 +15,6 @@ void CreateNewFractal(int type, int preset);
 // owes no render: both are the caller's. GLUT thread, with a window open.
 void setCurrentFractal(fractal& f);
 
-// Prints one line, ended by carriage return and line feed, with `name` and the live view. GLUT
-// thread.
+// Prints one line, ended by carriage return and line feed, with `name`, as far as its first NUL and
+// fit for a terminal, and the live view. GLUT thread.
 void Report(std::string name);

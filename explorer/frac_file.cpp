@@ -9,6 +9,7 @@
 #include "backends/view_state.h"
 #include "explorer/catalogue.h"
 #include "explorer/navigation.h"
+#include "explorer/printed_name.h"
 #include "frac/catalogue_bytes.h"
 #include "frac/file_replace.h"
 
@@ -33,7 +34,7 @@ bool isConfirmed(const std::string& button) {
 void takeFilename(const std::string& text, void* user) {
     if (user != nullptr) std::cout << static_cast<const char*>(user) << std::endl;
     filename = text;
-    std::cout << "Filename is " << filename << std::endl;
+    std::cout << "Filename is " << printedName(filename) << std::endl;
 }
 
 }  // namespace
@@ -57,7 +58,9 @@ void LoadData(std::string path) {
         std::cout << "Could not read from disk" << std::endl;
         return;
     }
+    const bool newView = !loaded->empty();
     replaceCatalogue(std::move(*loaded));
+    if (newView) addUpdate();
 }
 
 bool keyboard_input_save(std::string button, std::string text, void* user) {

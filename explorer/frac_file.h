@@ -12,10 +12,10 @@ extern std::string filename;
 // the old file is then whole.
 void SaveData(std::string path);
 
-// Replaces the catalogue with the file's records, prints a line for each and makes the first one
-// current. Any bytes are accepted: a record cut short counts, with zeros for what is missing. A
-// file without records leaves an empty catalogue and the view as it was; one that cannot be opened
-// or read at all leaves everything as it was and prints a line.
+// Replaces the catalogue with the file's records, prints a line for each, makes the first one
+// current and owes one render. Any bytes are accepted: a record cut short counts, with zeros for
+// what is missing. A file without records leaves an empty catalogue and the view as it was and owes
+// nothing; one that cannot be opened or read at all leaves everything as it was and prints a line.
 void LoadData(std::string path);
 
 // Completion callbacks of a text dialog that asks for a file name: unless another button than "OK"

@@ -10,5 +10,6 @@ void setWindowClass();
 // Lets Shift+Tab arrive as Tab with the shift bit; freeglut drops the key symbol that X sends.
 void enableShiftTab();
 
-// Titles the window with UTF-8 bytes; freeglut alone declares every title to be Latin-1.
+// Titles the window with `text`, which must be valid UTF-8; freeglut alone declares every title to
+// be Latin-1.
 void setUtf8Title(const std::string& text);

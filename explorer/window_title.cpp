@@ -3,6 +3,7 @@
 #include <GL/glut.h>
 
 #include "explorer/platform_x11.h"
+#include "explorer/utf8.h"
 
 std::string current_filename;
 
@@ -14,12 +15,14 @@ namespace {
 
 // A title travels to the X server in one request; one past the server's limit would end the
 // program, and a name read from a file can have any length.
-constexpr std::size_t LONGEST_TITLE = 100000;
+std::string cut(const std::string& title) {
+    constexpr std::size_t LONGEST_TITLE = 100000;
+    return std::string(utf8Beginning(title, LONGEST_TITLE));
+}
 
 }  // namespace
 
 void setWindowTitle(const std::string& text) {
-    const std::string shown = text.substr(0, LONGEST_TITLE);
-    glutSetWindowTitle(shown.c_str());
-    setUtf8Title(shown);
+    glutSetWindowTitle(cut(text).c_str());
+    setUtf8Title(cut(validUtf8(text)));
 }

@@ -10,6 +10,7 @@ extern std::string current_filename;
 // The title prefix: program, version and current_filename.
 std::string get_title();
 
-// Titles the GLUT window with the bytes of `text`, taken as UTF-8; more than 100,000 are cut off.
+// Titles the GLUT window with the bytes of `text`, taken as UTF-8; more than 100,000 are cut off,
+// whole characters at a time. Where desktops look for UTF-8, each byte that is none is a U+FFFD.
 // GLUT thread, with a window open.
 void setWindowTitle(const std::string& text);

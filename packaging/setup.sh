@@ -29,27 +29,42 @@ missing_packages() {
     done
 }
 
+# available_packages NAME...: those that this release has, as far as the package lists tell.
+available_packages() {
+    (($#)) && apt-cache policy "$@" 2>/dev/null |
+        awk '/^[^ ]/ { name = substr($1, 1, length($1) - 1) } $1 == "Candidate:" && $2 != "(none)" { print name }'
+}
+
+# extra_packages SECTION...: what is missing of these sections and not in every release.
+extra_packages() {
+    available_packages $(missing_packages $(package_list "${@/%/-where-available}" | sort -u))
+}
+
 # ensure_packages SECTION...: installs what is missing. Elsewhere than on Debian the list cannot be
 # checked, and the build says what it lacks.
 ensure_packages() {
     command -v dpkg-query >/dev/null && command -v apt-get >/dev/null || return 0
-    local missing log=$root/build/apt.log as_root=()
+    local missing extra log=$root/build/apt.log as_root=()
     mapfile -t missing < <(missing_packages $(package_list "$@" | sort -u))
-    ((${#missing[@]})) || return 0
+    mapfile -t extra < <(extra_packages "$@")
+    ((${#missing[@]} + ${#extra[@]})) || return 0
     if ((EUID != 0)); then
         if ! command -v sudo >/dev/null; then
-            say "please install (there is no sudo here to do it): ${missing[*]}"
+            say "please install (there is no sudo here to do it): ${missing[*]} ${extra[*]}"
             return 1
         fi
         as_root=(sudo)
     fi
     mkdir -p "$root/build"
-    say "installing ${missing[*]}"
-    # Old package lists may name packages that are no longer there, so they are renewed first.
+    say "installing ${missing[*]} ${extra[*]}"
+    # Old package lists may name packages that are no longer there, so they are renewed first; a new
+    # machine's have none, and so tell only now which of the extra packages there are.
     if ! { "${as_root[@]}" apt-get update &&
+        mapfile -t extra < <(extra_packages "$@") &&
         "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
-            apt-get install -y --no-install-recommends "${missing[@]}"; } >"$log" 2>&1; then
-        say "apt-get could not install ${missing[*]}; its last words are in $log"
+            apt-get install -y --no-install-recommends "${missing[@]}" "${extra[@]}"; } \
+        >"$log" 2>&1; then
+        say "apt-get could not install ${missing[*]} ${extra[*]}; its last words are in $log"
         return 1
     fi
 }

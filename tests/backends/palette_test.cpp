@@ -93,6 +93,16 @@ TEST_F(PaletteTest, EverySelectionCopiesTheCycleStorageForTheDevice) {
     EXPECT_EQ(tableAt(badAssColourPalette.get()), tableAt(tempColours.get()));
 }
 
+TEST_F(PaletteTest, TheColoursAreTheSameAfterOthersHaveDrawn) {
+    EXPECT_EXIT(
+        {
+            std::rand();
+            InitColours(0);
+            endWith(tableAt(cpuPalette) == randomColours());
+        },
+        ExitedWithCode(0), "");
+}
+
 TEST_F(PaletteTest, RandomColoursAreTheLowBytesOfAnUnseededGenerator) {
     EXPECT_EXIT((InitColours(0), endWith(tableAt(cpuPalette) == randomColours())),
                 ExitedWithCode(0), "");

@@ -162,6 +162,15 @@ TEST_F(CatalogueLock, IsHeldUntilTheRedisplayAfterALoadIsAskedFor) {
     EXPECT_FALSE(isHeld(mutex));
 }
 
+TEST_F(CatalogueLock, IsFreeWhileALoadOwesItsRender) {
+    SaveData(path());
+    bool held = true;
+    EXPECT_TRUE(waitsFor(
+        update_lock, [this] { LoadData(path()); }, [&] { held = isHeld(mutex); }));
+    EXPECT_FALSE(held);
+    EXPECT_EQ(update_count, 1);
+}
+
 TEST_F(CatalogueLock, IsNotTakenByChangedParameters) {
     const auto change = [] { param_change("OK", {"Minimum X"}, {"-8"}, nullptr); };
     EXPECT_FALSE(waitsFor(mutex, change));

@@ -310,12 +310,12 @@ TEST_F(Handlers, LoadReplacesTheCatalogueAndTitlesTheWindow) {
               "Tessary with OpenCL V1.0 :" + folder.path + "/two.frac");
 }
 
-TEST_F(Handlers, LoadByItselfOwesNoRender) {
+TEST_F(Handlers, LoadLeavesTheImageStaleAndOwesTheRenderOfWhatWasLoaded) {
     const stand_ins::TemporaryFolder folder;
     SaveData(folder / "two.frac");
     stand_ins::panelAnswer = folder / "two.frac";
     fractalsCommand("Load from disk");
-    EXPECT_EQ(update_count, 0);
+    EXPECT_EQ(update_count, 1);
     EXPECT_FALSE(image_refreshed);
 }
 

@@ -5,7 +5,9 @@
 
 #include <clocale>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "commands/menu_tree.h"
@@ -303,6 +305,71 @@ TEST_F(ParameterDialog, ADecimalCommaLocaleChangesNoNumber) {
     Texts labels, values;
     Append("Number", 1.5, labels, values);
     EXPECT_EQ(values.at(0), "1.500000");
+}
+
+// ---- fields that nobody edited
+
+// An entry of which six decimals tell next to nothing.
+fractal deepEntry() {
+    fractal deep = stand_ins::someEntry("deep", 1);
+    deep.xMin = -0.74364388703715904;
+    deep.xMax = std::nextafter(deep.xMin, 0.0);
+    deep.yMin = 0.13182590420531196;
+    deep.yMax = deep.yMin + 5.8e-11;
+    deep.maxSize = 1e-7;
+    deep.maxIters = std::numeric_limits<std::int32_t>::max();
+    return deep;
+}
+
+using UneditedField = ParameterDialog;
+
+TEST_F(UneditedField, ReturnOnAnUneditedDialogLeavesTheEntryToTheLastDigit) {
+    setCatalogue({deepEntry()});
+    open();
+    input.KeyboardHandler(13, "");
+    const fractal deep = deepEntry();
+    EXPECT_THAT(
+        (std::vector{entry().xMin, entry().xMax, entry().yMin, entry().yMax, entry().maxSize}),
+        ElementsAre(deep.xMin, deep.xMax, deep.yMin, deep.yMax, deep.maxSize));
+    EXPECT_EQ(entry().maxIters, deep.maxIters);
+    EXPECT_EQ(entry().name, deep.name);
+    EXPECT_EQ(xMax, deep.xMax);
+}
+
+TEST_F(UneditedField, KeepsItsValueThoughItsNeighbourWasEdited) {
+    setCatalogue({deepEntry()});
+    param_change("OK", {"Minimum X", "Maximum X"}, {"-0.743644", "-0.7436"}, nullptr);
+    EXPECT_EQ(entry().xMin, deepEntry().xMin);
+    EXPECT_EQ(entry().xMax, -0.7436);
+}
+
+TEST_F(UneditedField, ATextThatOnlyReadsTheSameIsStored) {
+    for (const char* text : {"-0.7436440", " -0.743644", "-0.743644 ", "-.743644"}) {
+        setCatalogue({deepEntry()});
+        enter("Minimum X", text);
+        EXPECT_EQ(entry().xMin, -0.743644) << text;
+    }
+}
+
+TEST_F(UneditedField, KeepsTheSignOfAZeroAndTheBitsOfWhatIsNoNumber) {
+    entry().xMin = -1e-9;
+    enter("Minimum X", "-0.000000");
+    EXPECT_EQ(entry().xMin, -1e-9);
+    enter("Minimum X", "0.000000");
+    EXPECT_EQ(entry().xMin, 0.0);
+    entry().xMax = std::nan("123");
+    enter("Maximum X", "nan");
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &entry().xMax, sizeof bits);
+    EXPECT_EQ(bits & 0xffff, 123u);
+}
+
+TEST_F(UneditedField, KeepsWhatStandsBehindANulInAName) {
+    entry().name = std::string("before\0after", 12);
+    enter("Name", "before");
+    EXPECT_EQ(entry().name.size(), 12u);
+    enter("Name", "other");
+    EXPECT_EQ(entry().name, "other");
 }
 
 TEST_F(ParameterDialog, ARenamedEntryIsShownUnderItsNewName) {

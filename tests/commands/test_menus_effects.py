@@ -4,6 +4,7 @@ real program."""
 import os
 import re
 import shutil
+import subprocess
 import tempfile
 
 import catalogues
@@ -13,6 +14,13 @@ from menus import MenuTest
 
 DRAGON = catalogues.record("elsewhere", catalogues.DRAGON, (-0.4, 1.4, -0.8, 0.8),
                            c=(1.6493, 0.961), iterations=200)
+
+
+def named(name):
+    """A record whose name is these bytes."""
+    stand_in = "n" * len(name)
+    record = catalogues.record(stand_in, 0, catalogues.START, iterations=20)
+    return record.replace(stand_in.encode(), name)
 
 
 class EffectsTest(MenuTest):
@@ -85,22 +93,18 @@ class Logs(EffectsTest):
 
 
 class LoadedPicture(EffectsTest):
-    def test_the_old_picture_stays_until_a_render_is_owed(self):
+    def test_what_was_loaded_is_shown_after_one_render(self):
         path = self.catalogue(DRAGON)
         program = self.start_and_settle(cwd=self.folder)
         program.key("Escape")  # start-up owes two renders and has paid one
         program.wait_for_frames(1)
         self.settle(program)
-        before, mark = self.below_the_bar(program), len(program.lines)
+        mark = len(program.lines)
         self.load_from(program, path)
         program.wait_for_line("^Loaded  1 fractals.$")
+        program.wait_for_frames(1)
         self.settle(program)
-        self.assertEqual(self.printed_since(program, mark, "^Enqueuing"), [])
-        self.assertTrue((self.below_the_bar(program) == before).all())
-        program.skip_output()
-        self.choose(program, "Fractals", "Previous Fractal")
-        program.wait_for_line("^Enqueuing 65536$")
-        self.settle(program)
+        self.assertEqual(self.printed_since(program, mark, "^Enqueuing"), ["Enqueuing 65536"])
         self.assert_shows(program, self.picture(path, 0))
 
 
@@ -114,6 +118,49 @@ class LongName(EffectsTest):
         title = f'"Tessary with OpenCL V1.0 : {name}"'
         for name_property in ("_NET_WM_NAME", "WM_NAME"):
             self.assertEqual(program.property(name_property), title)
+
+    def test_the_title_of_a_name_that_is_no_utf8_is_utf8_and_ends_in_a_whole_character(self):
+        name = b"\x9b" + "\u20ac".encode() * 40000
+        path = self.catalogue(named(name))
+        program = self.start([f"--bench:{path}"])
+        program.wait_for_line("^Total rendering time ")
+        self.settle(program)
+        prefix = "Tessary with OpenCL V1.0 : \ufffd"
+        signs = (100000 - len(prefix.encode())) // 3
+        self.assertTrue(self.utf8_title(program) == (prefix + "\u20ac" * signs).encode())
+
+    def utf8_title(self, program):
+        """The bytes of the title where desktops look for UTF-8."""
+        _, listing = program.screen.tool("xprop", "-id", program.window, "-notype", "-f",
+                                         "_NET_WM_NAME", "8x", "_NET_WM_NAME")
+        return bytes(int(byte, 16) for byte in re.findall(rb"0x[0-9a-f]+", listing))
+
+
+class Terminal(EffectsTest):
+    """Standard output is a terminal."""
+
+    def lines_of_a_benchmark(self, path):
+        """What the program, started on this file, writes to a terminal until the total."""
+        screen = harness.Screen()
+        self.addCleanup(screen.stop)
+        keyboard, terminal = os.openpty()
+        program = subprocess.Popen(
+            [harness.TESSARY, f"--bench:{path}"], stdin=terminal, stdout=terminal, stderr=terminal,
+            env=harness.program_environment(screen.home, screen.display))
+        os.close(terminal)
+        self.addCleanup(os.close, keyboard)
+        self.addCleanup(program.wait)
+        self.addCleanup(program.kill)
+        written = b""
+        while b"Total rendering time" not in written:
+            written += os.read(keyboard, 4096)
+        return written.splitlines()
+
+    def test_no_name_drives_the_terminal(self):
+        path = self.catalogue(named(b"\x1b]0;mine\x07\x9b2J"), named("caf\u00e9".encode()))
+        reports = [line for line in self.lines_of_a_benchmark(path) if b" Z-range:" in line]
+        self.assertTrue(reports[0].startswith(b"?]0;mine??2J Z-range:"), reports)
+        self.assertTrue(reports[1].startswith("caf\u00e9 Z-range:".encode()), reports)
 
 
 if __name__ == "__main__":

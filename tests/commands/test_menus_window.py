@@ -192,9 +192,11 @@ class Panels(MenuTest):
             file.write(b"precious")
         program = self.start_and_settle(cwd=self.folder)
         self.save_as(program, "there.frac")
-        harness.time.sleep(1)
+        self.panel(program, "Replace file")
         self.assertEqual(os.path.getsize(self.path("there.frac")), 8, "not before an answer")
-        program.key("Escape", "Escape")
+        program.key("Escape")
+        self.panel(program, "Save fractals")
+        program.key("Escape")
         self.wait_without_panels(program)
         self.assertNotIn("Saved fractal 0", program.lines)
 
@@ -327,7 +329,11 @@ class Benchmark(MenuTest):
             times = [float(found[1]) for line in lines[:until]
                      if (found := re.search(harness.RENDERED_LINE, line))]
             self.assertAlmostEqual(sum(times), total, delta=0.001 * len(times))
+            self.assertEqual(len(times), 3, "each entry once")
             self.settle(program)
+            after = [line for line in program.lines[until:]
+                     if re.search(harness.RENDERED_LINE, line)]
+            self.assertEqual(len(after), 20, "the glide of the last entry onto itself")
             names = [found[1] for line in lines[:until]
                      if (found := re.search(r"^(entry \d) Z-range", line))]
             self.assertEqual(names, ["entry 0", "entry 1", "entry 2"])

@@ -8,11 +8,13 @@
 #include "explorer/window_title.h"
 #include "tests/explorer/explorer_test.h"
 #include "tests/support/catalogue_table.h"
+#include "tests/support/terminal.h"
 
 namespace {
 
 using test_support::CatalogueRow;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -186,6 +188,37 @@ TEST_F(CatalogueTest, TheReportTakesTheLiveViewAndTheGivenName) {
               "c = (0.000000,0.000000), maxIters = -3, maxSize = 10000000000.000000\r\n");
 }
 
+// A name that clears a terminal, in three ways, and rings its bell.
+const std::string obeyedName =
+    "\x1b[2J\u009b2J\x9b"
+    "2J\a \u00e9\xff";
+
+TEST_F(CatalogueTest, OnATerminalTheReportHoldsNothingThatATerminalObeys) {
+    const test_support::StdoutTerminal terminal;
+    Report(obeyedName);
+    EXPECT_THAT(terminal.line(), StartsWith("?[2J?2J?2J? \u00e9\xff Z-range:("));
+}
+
+TEST_F(CatalogueTest, OnATerminalTheReportStillEndsInCarriageReturnAndLineFeed) {
+    const test_support::StdoutTerminal terminal;
+    Report("name");
+    EXPECT_THAT(terminal.line(), EndsWith("maxSize = 4.000000\r\n"));
+}
+
+TEST_F(CatalogueTest, InAFileTheReportHoldsTheNameToTheByte) {
+    Report(obeyedName);
+    EXPECT_THAT(printed(), StartsWith(obeyedName + " Z-range:("));
+}
+
+TEST_F(CatalogueTest, TheReportedNameEndsAtItsFirstNulOnATerminalToo) {
+    const std::string name("before\0after", 12);
+    Report(name);
+    EXPECT_THAT(printed(), StartsWith("before Z-range:("));
+    const test_support::StdoutTerminal terminal;
+    Report(name);
+    EXPECT_THAT(terminal.line(), StartsWith("before Z-range:("));
+}
+
 TEST_F(CatalogueTest, AVeryLongNameStillGivesATitle) {
     fractal entry = namedEntry(std::string(1000000, 'n'), 0, {1, 0, 1, 0});
     setCurrentFractal(entry);
@@ -206,6 +239,12 @@ TEST_F(CatalogueTest, ATitleIsCutAtAHundredThousandBytes) {
     setWindowTitle(longest);
     setWindowTitle(longest + "more");
     EXPECT_THAT(glut.titles, ElementsAre(longest, longest));
+}
+
+TEST_F(CatalogueTest, ATitleIsNotCutWithinACharacter) {
+    const std::string start(99998, 't');
+    setWindowTitle(start + "\u20ac");
+    EXPECT_THAT(glut.titles, ElementsAre(start));
 }
 
 TEST(ViewState, AddingAnUpdateNeverOverflows) {

@@ -46,7 +46,8 @@ class FramesTest : public ExplorerTest {
         updatePalette(0);
     }
 
-    // Makes these the catalogue, draws each of them, and owes one render, as start-up does.
+    // Makes these the catalogue, draws each of them, and owes two renders, as start-up with a file
+    // does: its own and that of the load.
     void start(const std::vector<fractal>& entries) {
         bLogging = false;
         for (const fractal& entry : entries) {
@@ -57,7 +58,7 @@ class FramesTest : public ExplorerTest {
         }
         bLogging = true;
         setCatalogue(entries);
-        update_count = 1;
+        update_count = 2;
         totalTime = 0;
         cycleDir = 1;
         glut.idle = idle;

@@ -11,12 +11,14 @@
 #include "explorer/navigation.h"
 #include "tests/frac/frac_bytes.h"
 #include "tests/support/stand_ins.h"
+#include "tests/support/terminal.h"
 
 using frac_bytes::Record;
 using stand_ins::readFile;
 using stand_ins::writeFile;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 namespace {
 
@@ -195,9 +197,17 @@ TEST_F(FracFile, LoadingPrintsTheRecordsThenTheViewThenTheCount) {
               "Loaded  2 fractals.\n");
 }
 
-TEST_F(FracFile, LoadingAsksForARedisplayAndOwesNoRender) {
-    load(Record::named("one").bytes());
+TEST_F(FracFile, LoadingAsksForARedisplayAndOwesOneRender) {
+    load(Record::named("one").bytes() + Record::named("two").bytes());
     EXPECT_EQ(stand_ins::glut.redisplays, 1);
+    EXPECT_EQ(update_count, 1);
+}
+
+TEST_F(FracFile, LoadingNothingToShowOwesNoRender) {
+    load("");
+    EXPECT_EQ(stand_ins::glut.redisplays, 1);
+    EXPECT_EQ(update_count, 0);
+    LoadData("/nonexistent/a.frac");
     EXPECT_EQ(update_count, 0);
 }
 
@@ -270,12 +280,12 @@ TEST_F(KeyboardInput, SaveOwesNoRender) {
     EXPECT_EQ(update_count, 0);
 }
 
-TEST_F(KeyboardInput, LoadOwesOneRender) {
+TEST_F(KeyboardInput, LoadOwesOneRenderMoreThanTheLoadItself) {
     writeFile(path(), Record::named("one").bytes());
     EXPECT_TRUE(keyboard_input_load("", path(), nullptr));
     EXPECT_THAT(names(), ElementsAre("one"));
     EXPECT_EQ(filename, path());
-    EXPECT_EQ(update_count, 1);
+    EXPECT_EQ(update_count, 2);
 }
 
 TEST_F(KeyboardInput, ALoadThatFailsOwesOneRenderToo) {
@@ -287,6 +297,18 @@ TEST_F(KeyboardInput, WithoutAUserTextOnlyTheNameIsPrinted) {
     forgetOutput();
     keyboard_input_load("OK", "/nonexistent/x", nullptr);
     EXPECT_EQ(printed(), "Filename is /nonexistent/x\nCould not read from disk\n");
+}
+
+TEST_F(KeyboardInput, OnATerminalTheNameHoldsNothingThatATerminalObeys) {
+    const test_support::StdoutTerminal terminal;
+    keyboard_input_load("OK", "/nonexistent/\x1b[2J\u00e9", nullptr);
+    EXPECT_EQ(terminal.line(), "Filename is /nonexistent/?[2J\u00e9\n");
+}
+
+TEST_F(KeyboardInput, InAFileTheNameStandsToTheByte) {
+    forgetOutput();
+    keyboard_input_load("OK", "/nonexistent/\x1b[2J\x9b", nullptr);
+    EXPECT_THAT(printed(), StartsWith("Filename is /nonexistent/\x1b[2J\x9b\n"));
 }
 
 TEST_F(KeyboardInput, NoExtensionIsAddedToATypedName) {

@@ -2,6 +2,9 @@
 
 #include <cstddef>
 
+using GlutMenu::CTextInput;
+using stand_in::Drawn;
+
 bool answerText(std::string button, std::string text, void* user_data) {
     auto& answers = *static_cast<Answers*>(user_data);
     answers.given.push_back("[" + button + "] " + text);
@@ -43,4 +46,23 @@ void DialogTest::press(std::initializer_list<int> keys) {
 
 void DialogTest::type(const std::string& text) {
     for (const char c : text) dialog.KeyboardHandler(c, "");
+}
+
+std::vector<Drawn> render(CTextInput& dialog) {
+    stand_in::state.drawn.clear();
+    dialog.Render();
+    return stand_in::state.drawn;
+}
+
+void expectBox(const Drawn& shape, float x0, float y0, float x1, float y1) {
+    ASSERT_EQ(shape.points.size(), 4U);
+    EXPECT_FLOAT_EQ(shape.points[0][0], x0);
+    EXPECT_FLOAT_EQ(shape.points[0][1], y0);
+    EXPECT_FLOAT_EQ(shape.points[2][0], x1);
+    EXPECT_FLOAT_EQ(shape.points[2][1], y1);
+}
+
+void expectAt(const Drawn& text, float x, float y) {
+    EXPECT_FLOAT_EQ(text.points[0][0], x);
+    EXPECT_FLOAT_EQ(text.points[0][1], y);
 }

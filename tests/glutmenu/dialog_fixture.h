@@ -29,3 +29,12 @@ class DialogTest : public ToolkitTest {
     Answers answers;
     GlutMenu::CTextInput dialog;
 };
+
+// Height of a text line on the reference screen.
+constexpr float line = 33.33F;
+
+// Draws the dialogs alone and returns what was drawn.
+std::vector<stand_in::Drawn> render(GlutMenu::CTextInput& dialog);
+
+void expectBox(const stand_in::Drawn& shape, float x0, float y0, float x1, float y1);
+void expectAt(const stand_in::Drawn& text, float x, float y);

@@ -323,6 +323,14 @@ TEST_F(ValueList, left_takes_the_value_before_and_wraps) {
     EXPECT_EQ(dialog.edit_text, "green");
 }
 
+TEST_F(ValueList, asks_for_a_redisplay_with_every_choice) {
+    for (const int key : {arrow_left, arrow_right}) {
+        const int before = stand_in::state.redisplays;
+        press({key});
+        EXPECT_GT(stand_in::state.redisplays, before) << key;
+    }
+}
+
 TEST_F(ValueList, cannot_be_typed_into) {
     press({'x', backspace, delete_key});
     EXPECT_EQ(dialog.edit_text, "red");

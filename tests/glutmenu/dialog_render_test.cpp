@@ -4,37 +4,13 @@
 
 using GlutMenu::CTextInput;
 using stand_in::Colour;
-using stand_in::Drawn;
 using stand_in::Point;
 using testing::ElementsAre;
 
 namespace {
 
-using Points = std::vector<Point>;
-
 constexpr Colour white{1.0F, 1.0F, 1.0F, 1.0F};
 constexpr Colour blue{0.0F, 0.0F, 1.0F, 0.7F};
-constexpr float line = 33.33F;
-
-// Draws the dialog alone and returns what it drew.
-std::vector<Drawn> render(CTextInput& dialog) {
-    stand_in::state.drawn.clear();
-    dialog.Render();
-    return stand_in::state.drawn;
-}
-
-void expectBox(const Drawn& shape, float x0, float y0, float x1, float y1) {
-    ASSERT_EQ(shape.points.size(), 4U);
-    EXPECT_FLOAT_EQ(shape.points[0][0], x0);
-    EXPECT_FLOAT_EQ(shape.points[0][1], y0);
-    EXPECT_FLOAT_EQ(shape.points[2][0], x1);
-    EXPECT_FLOAT_EQ(shape.points[2][1], y1);
-}
-
-void expectAt(const Drawn& text, float x, float y) {
-    EXPECT_FLOAT_EQ(text.points[0][0], x);
-    EXPECT_FLOAT_EQ(text.points[0][1], y);
-}
 
 class SingleField : public DialogTest {
   protected:
@@ -92,6 +68,19 @@ TEST_F(SingleField, draws_a_cursor_beyond_the_end_at_the_end) {
 TEST_F(SingleField, draws_no_cursor_in_the_dark_phase) {
     CTextInput::cursor_visible = false;
     EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
+}
+
+TEST_F(SingleField, keeps_its_margin_above_and_below_the_field) {
+    dialog.margin_x = 7.0F;
+    dialog.margin_y = 11.0F;
+    const auto drawn = render(dialog);
+    // trunc(22 + 5 * 33.33 + 60) is 248.
+    EXPECT_EQ(dialog.bottom, 248);
+    const float left = 50.0F + lengthOf("Name:");
+    expectBox(shapes(drawn, GL_LINE_LOOP)[0], left, 60.0F + line + 11.0F, left + 156.0F,
+              22.0F + 2.0F * line + 60.0F);
+    expectAt(textOf(drawn, "Ada"), left, 11.0F + 60.0F + 2.0F * line);
+    EXPECT_FLOAT_EQ(shapes(drawn, GL_LINES)[0].points[0][1], 60.0F + line + 11.0F);
 }
 
 TEST_F(SingleField, is_topped_by_its_title_bar) {
@@ -184,91 +173,6 @@ TEST_F(Message, emptied_by_return_is_drawn_as_a_single_field_when_shown_again) {
               10.0F + 2.0F * line + 60.0F);
 }
 
-class FormDrawing : public DialogTest {
-  protected:
-    FormDrawing() {
-        openForm({"A", "Beta"}, {"one", "two"}, 8);
-        trace();
-    }
-    float fieldX() const { return 50.0F + dialog.label_width; }
-};
-
-TEST_F(FormDrawing, fills_a_box_of_three_more_lines) {
-    const auto quads = shapes(render(dialog), GL_QUADS);
-    // trunc((33.33 + 2) * 5 + 60 + 5) is 241.
-    expectBox(quads[0], 50.0F, 241.0F, 50.0F + dialog.width, 60.0F);
-}
-
-TEST_F(FormDrawing, writes_a_row_for_every_field) {
-    const auto drawn = render(dialog);
-    expectAt(textOf(drawn, "A"), 50.0F, 2.0F * (line + 2.0F) + 60.0F);
-    expectAt(textOf(drawn, "one"), fieldX(), 2.0F * (line + 2.0F) + 60.0F);
-    expectAt(textOf(drawn, "Beta"), 50.0F, 3.0F * (line + 2.0F) + 60.0F);
-    expectAt(textOf(drawn, "two"), fieldX(), 3.0F * (line + 2.0F) + 60.0F);
-    expectAt(textOf(drawn, ":"), fieldX() - lengthOf(":") - 2.0F, 2.0F * (line + 2.0F) + 60.0F);
-}
-
-TEST_F(FormDrawing, outlines_the_current_field_alone) {
-    press({arrow_down});
-    const auto loops = shapes(render(dialog), GL_LINE_LOOP);
-    ASSERT_EQ(loops.size(), 3U);
-    const auto left = static_cast<float>(static_cast<int>(fieldX()));
-    // trunc((33.33 + 2) * 2 + 60 + 2) is 132.
-    expectBox(loops[0], left, 132.0F, left + dialog.field_width, 132.0F + line + 2.0F);
-}
-
-TEST_F(FormDrawing, shows_the_edited_text_of_the_current_field) {
-    press({'x'});
-    EXPECT_THAT(words(render(dialog)), testing::Contains("onex"));
-    EXPECT_THAT(dialog.field_values, ElementsAre("one", "two"));
-}
-
-TEST_F(FormDrawing, draws_the_cursor_in_the_current_field) {
-    press({arrow_down, arrow_left});
-    const auto cursor = shapes(render(dialog), GL_LINES);
-    ASSERT_EQ(cursor.size(), 1U);
-    EXPECT_FLOAT_EQ(cursor[0].points[0][0], fieldX() + lengthOf("tw"));
-    EXPECT_GE(cursor[0].points[0][1], 132.0F);
-    EXPECT_LE(cursor[0].points[1][1], 132.0F + line + 2.0F);
-}
-
-TEST_F(FormDrawing, draws_no_cursor_in_the_dark_phase) {
-    CTextInput::cursor_visible = false;
-    EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
-}
-
-TEST_F(FormDrawing, traces_the_current_field_once) {
-    press({arrow_left});
-    trace();
-    render(dialog);
-    EXPECT_EQ(trace(), "x_offset 20.8876, index 2\n");
-}
-
-TEST_F(FormDrawing, shows_a_limited_value_between_angles) {
-    dialog.DefineFieldValues(0, {"one", "other"}, 0);
-    dialog.DefineFieldValues(1, {"two"}, 0);
-    EXPECT_THAT(words(render(dialog)),
-                testing::IsSupersetOf({std::string("<one>"), std::string("<two>")}));
-    press({arrow_right});
-    EXPECT_THAT(words(render(dialog)), testing::Contains("<other>"));
-}
-
-TEST_F(FormDrawing, draws_no_cursor_in_a_limited_field) {
-    dialog.DefineFieldValues(0, {"one", "other"}, 0);
-    EXPECT_TRUE(shapes(render(dialog), GL_LINES).empty());
-}
-
-TEST_F(FormDrawing, copes_with_fewer_values_than_labels) {
-    openForm({"A", "B"}, {"a"}, 8);
-    press({arrow_down, arrow_up, 'x'});
-    EXPECT_THAT(words(render(dialog)), testing::Contains("ax"));
-}
-
-TEST_F(FormDrawing, leaves_the_line_width) {
-    render(dialog);
-    EXPECT_EQ(stand_in::state.line_width, 1.0F);
-}
-
 class StackDrawing : public DialogTest {};
 
 TEST_F(StackDrawing, lies_beneath_the_newest_dialog) {
@@ -281,6 +185,31 @@ TEST_F(StackDrawing, lies_beneath_the_newest_dialog) {
     EXPECT_EQ(drawn.front(), "Name");
     EXPECT_LT(std::find(drawn.begin(), drawn.end(), "Title"),
               std::find(drawn.begin(), drawn.end(), "Upper"));
+}
+
+TEST_F(StackDrawing, shows_the_cursor_of_the_newest_dialog_alone) {
+    openSingleField("Ada", 12);
+    CTextInput upper;
+    upper.Initialise("Upper", "Name", "Bo", 400, 60, 12, answerText, &answers);
+    upper.Display();
+    const auto cursors = shapes(render(upper), GL_LINES);
+    ASSERT_EQ(cursors.size(), 1U);
+    EXPECT_FLOAT_EQ(cursors[0].points[0][0], 400.0F + lengthOf("Name:") + lengthOf("Bo"));
+    upper.KeyboardHandler(escape, "");
+    EXPECT_EQ(shapes(render(dialog), GL_LINES).size(), 1U);
+}
+
+TEST_F(StackDrawing, shows_no_cursor_beneath_a_message) {
+    openSingleField("Ada", 12);
+    CTextInput upper;
+    showMessage(upper);
+    EXPECT_TRUE(shapes(render(upper), GL_LINES).empty());
+}
+
+TEST_F(StackDrawing, shows_the_cursor_of_a_dialog_that_is_drawn_though_it_is_not_open) {
+    openSingleField("Ada", 12);
+    press({escape});
+    EXPECT_EQ(shapes(render(dialog), GL_LINES).size(), 1U);
 }
 
 }  // namespace

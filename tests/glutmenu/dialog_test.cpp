@@ -157,6 +157,17 @@ TEST_F(Dialog, with_a_form_edits_the_first_field_at_its_end) {
     EXPECT_THAT(dialog.buttons, ElementsAre("OK", "Cancel"));
 }
 
+TEST_F(Dialog, initialised_again_edits_the_first_field_whichever_had_the_focus) {
+    openForm({"A", "B", "C"}, {"one", "two!", "three"}, 9);
+    press({arrow_down, arrow_down, home});
+    openForm({"D", "E", "F"}, {"four", "five!", "six"}, 9);
+    EXPECT_EQ(dialog.current_field, 0);
+    EXPECT_EQ(dialog.edit_text, "four");
+    EXPECT_EQ(std::make_tuple(dialog.cursor_pos, dialog.text_length), std::make_tuple(4, 4));
+    press({'!', return_key});
+    EXPECT_THAT(answers.given, ElementsAre("[] D=four! E=five! F=six"));
+}
+
 TEST_F(Dialog, with_a_form_is_as_wide_as_longest_label_and_field) {
     openForm({"Title", "Shape"}, {"a", "b"}, 9);
     // "Shape" is 81 + 71 + 67 + 71 + 69 units wide, "Title" less.

@@ -21,7 +21,12 @@ BAR = ["File", "Palette", "Zoom", "Devices"]
 DROP = ["Open", "Recent fractals", "Quit"]
 NESTED = ["One", "Another one"]
 DROP_AT, NESTED_AT = 2, 1
-SIZES = [(1024, 768), (1152, 921), (801, 613), (1367, 1031)]
+LIST = ["Grid", "More of them", "Axes"]
+LIST_AT, CHILD_AT = (40, 60), 1
+REFERENCE = (1024, 768)
+# The last two are far wider and far higher than the reference screen, so that what belongs across
+# cannot be taken for what belongs down.
+SIZES = [(1024, 768), (1152, 921), (801, 613), (1367, 1031), (1600, 500), (500, 1400)]
 WIDEST_H_BITMAP = 13
 
 
@@ -37,9 +42,8 @@ class Screen:
 
 
 class Vertical:
-    def __init__(self, screen, items):
-        self.screen, self.items = screen, items
-        self.mx = self.my = f(5)
+    def __init__(self, screen, items, mx=f(5), my=f(5)):
+        self.screen, self.items, self.mx, self.my = screen, items, mx, my
         self.slot = f(2) * self.my + screen.line
         widest = max(int(screen.length(item)) for item in items)
         self.item_width = int(f(widest) + screen.length(" "))
@@ -54,6 +58,10 @@ class Vertical:
         tx = int(f(2) * self.mx + f(self.item_width) + self.x)
         ty = int(f(top) + self.screen.line + self.my)
         return bx, by, tx, ty
+
+    def area(self, i):
+        bx, by, tx, ty = self.corners(i)
+        return int(f(bx) - self.mx), bx, int(f(by) - self.screen.line), tx, ty
 
     def first_child(self, i):
         left = int(f(self.width + int(self.x)) + self.mx)
@@ -82,6 +90,10 @@ class Bar:
         tx = int(f(bx) + self.screen.length(self.items[i] + " "))
         return bx, by, tx, int(f(by) - self.screen.line)
 
+    def area(self, i):
+        bx, by, tx, ty = self.corners(i)
+        return int(f(bx) - self.mx), bx, int(f(by) + self.my), tx, int(f(ty) - f(2) * self.my)
+
     def reported(self):
         blank, width = int(self.screen.length(" ")), 0
         for text in self.items:
@@ -102,16 +114,25 @@ def row(values):
     return "{" + ", ".join(str(v) for v in values) + "}"
 
 
+def number(value):
+    """A float of C++; a whole one as an int."""
+    return int(value) if value == int(value) else f"{float(value)!r}F"
+
+
 def menu_row(menu):
     corners = ", ".join(row(menu.corners(i)) for i in range(len(menu.items)))
-    box = [int(menu.x), int(menu.y), menu.width, menu.height, menu.item_width]
-    return row([*box, "{" + corners + "}"])
+    box = [number(menu.x), number(menu.y), menu.width, menu.height, menu.item_width]
+    areas = ", ".join(row(menu.area(i)) for i in range(len(menu.items)))
+    return row([*box, "{" + corners + "}", "{" + areas + "}"])
+
+
+def scaled_margins(screen):
+    return f(5) * (screen.width * f(1 / 1024)), f(5) * (screen.height / f(768))
 
 
 def screen_row(width, height, is_reshaped):
     screen = Screen(width, height)
-    scaled = (f(5) * (screen.width * f(1 / 1024)), f(5) * (screen.height / f(768)))
-    bar = Bar(screen, BAR, *(scaled if is_reshaped else (f(5), f(5))))
+    bar = Bar(screen, BAR, *(scaled_margins(screen) if is_reshaped else (f(5), f(5))))
     drop, nested = Vertical(screen, DROP), Vertical(screen, NESTED)
     first_drop = bar.first_child(DROP_AT)
     drop.x, drop.y = (f(v) for v in first_drop)
@@ -122,6 +143,23 @@ def screen_row(width, height, is_reshaped):
         [width, height, bar.bar_width, row(bar.reported()), row(first_drop), row(first_nested),
          menu_row(bar), menu_row(drop), menu_row(nested)]
     )
+
+
+def list_row(width, height):
+    """A list that is the root, moved and scaled from the reference screen, and its submenu: where a
+    new one is put, and where it is placed."""
+    screen = Screen(width, height)
+    root, child = Vertical(screen, LIST, *scaled_margins(screen)), Vertical(screen, NESTED)
+    root.x, root.y = (f(at) * (f(size) / f(reference)) for at, size, reference
+                      in zip(LIST_AT, (width, height), REFERENCE))
+    child.x, child.y = (f(v) for v in root.placed_child(CHILD_AT))
+    return "    " + row([width, height, row(root.first_child(CHILD_AT)), menu_row(root),
+                         menu_row(child)])
+
+
+def write_lists(file):
+    rows = ",\n".join(list_row(w, h) for w, h in SIZES)
+    file.write(f"const ExpectedList reshaped_lists[] = {{\n{rows}}};\n")
 
 
 def write_table(file, name, is_reshaped):
@@ -135,3 +173,4 @@ if __name__ == "__main__":
         table.write("// Written by expected_geometry.py.\n")
         write_table(table, "initialised_screens", False)
         write_table(table, "reshaped_screens", True)
+        write_lists(table)

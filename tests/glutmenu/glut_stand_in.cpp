@@ -26,8 +26,15 @@ constexpr int glyph_widths[] = {
     84,  67, 70, 69, 70, 69, 39,  71,  71, 29, 36, 63, 19, 124, 71, 72,   //
     71,  71, 49, 62, 39, 71, 61,  80,  56, 66, 62, 42, 24, 41,  91, 67};
 
+// Between glBegin and glEnd vertices and colours may be given, and vertices nowhere else.
+bool isMisplaced(const std::string& call) {
+    if (call == "glVertex3f" || call == "glEnd") return !state.in_shape;
+    return state.in_shape && call != "glColor4f";
+}
+
 template <typename... Arguments>
 void record(const char* name, Arguments... arguments) {
+    if (isMisplaced(name)) ++state.misplaced_calls;
     std::ostringstream call;
     call << name;
     ((call << ' ' << arguments), ...);
@@ -113,6 +120,7 @@ void glutStrokeCharacter(void* font, int code) {
 
 void glBegin(GLenum mode) {
     record("glBegin", mode);
+    state.in_shape = true;
     state.drawn.push_back({mode, {}, "", state.colour, state.line_width, {1.0F, 1.0F}});
 }
 
@@ -123,6 +131,7 @@ void glVertex3f(GLfloat x, GLfloat y, GLfloat z) {
 
 void glEnd() {
     record("glEnd");
+    state.in_shape = false;
 }
 
 void glColor4f(GLfloat r, GLfloat g, GLfloat b, GLfloat a) {
@@ -136,6 +145,7 @@ void glLineWidth(GLfloat width) {
 }
 
 void glGetFloatv(GLenum name, GLfloat* values) {
+    if (isMisplaced("glGetFloatv")) ++state.misplaced_calls;
     if (name == GL_LINE_WIDTH) *values = state.line_width;
     if (name != GL_CURRENT_COLOR) return;
     for (std::size_t i = 0; i < 4; ++i) values[i] = state.colour[i];

@@ -39,8 +39,10 @@ struct State {
     GLenum matrix_mode = GL_MODELVIEW;
     int projection_depth = 0;
     int modelview_depth = 0;
+    bool in_shape = false;  // between glBegin and glEnd
 
     // What happened.
+    int misplaced_calls = 0;  // those OpenGL refuses where they stood
     int redisplays = 0;
     std::vector<std::string> calls;  // names with arguments, as "glScalef 1 -1 1"
     std::vector<Drawn> drawn;

@@ -110,4 +110,28 @@ TEST_F(Destruction, spares_submenus_that_an_initialisation_forgets) {
     EXPECT_THAT(destroyed(), IsEmpty());
 }
 
+TEST_F(Destruction, of_the_root_takes_the_submenus_it_forgot_along) {
+    CGlutMenu* const forgotten = add(*bar, 0);
+    const CGlutMenu* const nested = add(*forgotten, 1);
+    const CGlutMenu* const beside = add(*bar, 2);
+    initialiseBar(*bar, {"A"});
+    const CGlutMenu* const successor = add(*bar, 0);
+    initialiseBar(*bar, {"A"});
+    const CGlutMenu* const last = add(*bar, 0);
+    bar.reset();
+    EXPECT_THAT(destroyed(),
+                testing::UnorderedElementsAre(forgotten, nested, beside, successor, last));
+    EXPECT_EQ(destroyed().front(), last);
+}
+
+TEST_F(Destruction, of_a_submenu_takes_the_submenus_it_forgot_along) {
+    CGlutMenu* const child = add(*bar, 0);
+    const CGlutMenu* const forgotten = add(*child, 1);
+    Strings items = {"B"};
+    child->Initialise(1024, 768, 0, 0, 0, 0, "", items, 1.0F, 1.0F, false, true);
+    EXPECT_THAT(destroyed(), IsEmpty());
+    bar->DeleteSubMenu(0);
+    EXPECT_THAT(destroyed(), ElementsAre(forgotten, child));
+}
+
 }  // namespace

@@ -229,6 +229,66 @@ TEST_F(Keys, in_an_empty_submenu_fall_to_its_parent) {
     EXPECT_EQ(bar.highlighted_item, 0);
 }
 
+// The keys while the drop-down of "View", which has no items, is open.
+class KeysInEmptyDropDown : public Keys {
+  protected:
+    KeysInEmptyDropDown() {
+        bar.AddSubMenu(1, {}, note, &selections, "");
+        view = bar.GetSubMenu(1);
+        press({arrow_right, return_key});
+    }
+    void expectClosed() {
+        EXPECT_FALSE(view->active);
+        EXPECT_FALSE(bar.submenu_open);
+        EXPECT_TRUE(bar.active);
+        EXPECT_TRUE(selections.made.empty());
+    }
+};
+
+TEST_F(KeysInEmptyDropDown, return_closes_it_and_opens_it_again) {
+    EXPECT_TRUE(press({return_key}));
+    EXPECT_TRUE(view->active);
+    EXPECT_TRUE(bar.submenu_open);
+    EXPECT_EQ(bar.selected_item, 1);
+    EXPECT_TRUE(selections.made.empty());
+}
+
+TEST_F(KeysInEmptyDropDown, right_closes_it_and_moves_along_the_bar) {
+    EXPECT_TRUE(press({arrow_right}));
+    EXPECT_EQ(bar.highlighted_item, 2);
+    expectClosed();
+}
+
+TEST_F(KeysInEmptyDropDown, escape_closes_it_and_brings_the_bar_home) {
+    EXPECT_TRUE(press({escape}));
+    EXPECT_EQ(bar.highlighted_item, 0);
+    EXPECT_EQ(bar.selected_item, -1);
+    expectClosed();
+}
+
+TEST_F(KeysInEmptyDropDown, of_no_use_to_the_bar_close_it_and_are_not_consumed) {
+    for (const int key : {arrow_up, arrow_down, int{'x'}, int{' '}, home}) {
+        press({return_key});
+        ASSERT_TRUE(view->active);
+        EXPECT_FALSE(press({key})) << key;
+        EXPECT_EQ(bar.highlighted_item, 1);
+        expectClosed();
+    }
+}
+
+TEST_F(Keys, in_an_empty_nested_list_fall_to_the_list_above) {
+    file->AddSubMenu(0, {}, note, &selections, "");
+    openFile();
+    press({return_key});
+    ASSERT_TRUE(file->GetSubMenu(0)->active);
+    EXPECT_TRUE(press({arrow_down}));
+    EXPECT_FALSE(file->GetSubMenu(0)->active);
+    EXPECT_FALSE(file->submenu_open);
+    EXPECT_TRUE(file->active);
+    EXPECT_EQ(file->highlighted_item, 1);
+    EXPECT_TRUE(bar.submenu_open);
+}
+
 TEST_F(Keys, go_to_the_open_dialog_and_no_menu) {
     GlutMenu::CTextInput dialog;
     showMessage(dialog);

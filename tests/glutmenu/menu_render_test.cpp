@@ -134,7 +134,9 @@ TEST_F(Rendering, takes_blending_depth_test_and_projection_back_in_this_order) {
 }
 
 TEST_F(Rendering, leaves_matrices_colour_and_line_width_as_it_found_them) {
+    drop->SetCheckState(0, true);
     openNested();
+    stand_in::state.line_width = 3.5F;
     const stand_in::State before = stand_in::state;
     draw(bar);
     EXPECT_EQ(stand_in::state.projection_depth, 0);
@@ -199,6 +201,15 @@ TEST_F(Rendering, of_a_nested_submenu_reaches_over_its_parents_margin) {
     EXPECT_EQ(quads[1].points[0][0], left);
 }
 
+TEST_F(Rendering, of_a_nested_submenu_reaches_over_by_its_own_margin_across) {
+    openNested();
+    nested->margin_x = 9.0F;
+    nested->margin_y = 2.0F;
+    const auto quads = shapes(draw(bar), GL_QUADS);
+    EXPECT_EQ(quads[0].points[0][0], nested->x - 9.0F);
+    EXPECT_EQ(quads[1].points[0][0], nested->x - 9.0F);
+}
+
 TEST_F(Rendering, dims_the_text_of_a_disabled_item) {
     drop->SetTextColour(1.0F, 0.5F, 0.25F, 0.8F);
     drop->SetMenuItemState(2, false);
@@ -239,6 +250,15 @@ TEST_F(Rendering, ticks_a_checked_item_in_full_colour_though_it_is_disabled) {
     EXPECT_FLOAT_EQ(at[1][1], 76.6666F);
     EXPECT_FLOAT_EQ(at[2][0], right - 0.65F);
     EXPECT_FLOAT_EQ(at[2][1], 43.3366F);
+}
+
+TEST_F(Rendering, ticks_as_thick_as_the_text) {
+    drop->SetCheckState(0, true);
+    openDrop();
+    const auto drawn = draw(bar);
+    const auto ticks = shapes(drawn, GL_LINE_STRIP);
+    ASSERT_EQ(ticks.size(), 1U);
+    EXPECT_EQ(ticks[0].line_width, textOf(drawn, "Open").line_width);
 }
 
 TEST_F(Rendering, points_an_arrow_at_an_item_with_a_submenu) {

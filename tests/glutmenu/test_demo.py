@@ -207,6 +207,39 @@ class Dialogs(DemoTest):
         self.demo.click(133, 216)
         self.demo.wait_for_line(r"^Form \[Cancel\] Title=Tiles Count=12 Shape=Square$")
 
+    def test_a_long_value_stays_within_its_field(self):
+        self.open_dialog(2)
+        self.demo.key("Down")
+        self.demo.type("mmmmmmmm")
+        self.demo.wait_for_line("^x_offset .*, index 10$")
+        self.assert_looks_like("form_long_end")
+        self.demo.key("Home", "Right", "Right", "Right", "Right", "Right")
+        self.demo.wait_for_line("^x_offset .*, index 5$")
+        self.assert_looks_like("form_long_middle")
+
+    def test_the_cursor_of_a_form_is_two_pixels_wide_and_touches_no_letter(self):
+        self.open_dialog(2)
+        self.demo.key("Left")
+        self.demo.wait_for_line("^x_offset .*, index 4$")
+        (field,) = harness.wait_until(self._fields_with_cursor, 5, "the cursor to be lit")
+        (cursor,) = self._green_stripes(field)
+        self.assertEqual(len(cursor), 2)
+        ink = (field.min(axis=2) > 200).any(axis=0)
+        self.assertTrue(ink[: cursor[0]].any() and ink[cursor[-1] + 1 :].any())
+        self.assertFalse(ink[cursor[0] - 1] or ink[cursor[-1] + 1])
+
+    def _fields_with_cursor(self):
+        """What lies within the frame of the form's first field, if the cursor is lit there."""
+        field = self.demo.screenshot()[128:144, 78:150].astype(int)
+        return [field] if self._green_stripes(field) else []
+
+    def _green_stripes(self, field):
+        """Columns that are green from top to bottom, those side by side in one array each."""
+        red, green, blue = field[..., 0], field[..., 1], field[..., 2]
+        columns = np.flatnonzero(((green > red + 60) & (green > blue)).all(axis=0))
+        stripes = np.split(columns, np.flatnonzero(np.diff(columns) > 1) + 1)
+        return [stripe for stripe in stripes if len(stripe)]
+
     def test_escape_leaves_without_an_answer(self):
         self.open_dialog(2)
         self.demo.key("Escape", "Right")

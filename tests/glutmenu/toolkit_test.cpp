@@ -25,6 +25,8 @@ ToolkitTest::ToolkitTest() : output(std::cout.rdbuf(traced.rdbuf())) {
 
 ToolkitTest::~ToolkitTest() {
     std::cout.rdbuf(output);
+    EXPECT_FALSE(stand_in::state.in_shape) << "a shape was begun and not ended";
+    EXPECT_EQ(stand_in::state.misplaced_calls, 0);
 }
 
 std::string ToolkitTest::trace() {

@@ -1,5 +1,5 @@
 // What every test of the toolkit starts from: no dialog open, the reference screen, nothing drawn,
-// and standard output caught.
+// and standard output caught. And what it ends with: every shape drawn was ended.
 #pragma once
 
 #include <gmock/gmock.h>

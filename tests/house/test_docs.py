@@ -5,7 +5,7 @@ import re
 import unittest
 
 import harness
-from test_texts import SOURCE, files
+from sources import SOURCE, files
 
 
 def read(path):

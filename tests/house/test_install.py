@@ -2,6 +2,7 @@
 
 import configparser
 import os
+import re
 import subprocess
 import tempfile
 import unittest
@@ -68,6 +69,31 @@ class Install(unittest.TestCase):
         path = self.path("share/icons/hicolor/scalable/apps/tessary.svg")
         root = xml.etree.ElementTree.parse(path).getroot()
         self.assertTrue(root.tag.endswith("svg"))
+
+    def test_the_desktop_entry_is_valid(self):
+        done = subprocess.run(
+            ["desktop-file-validate", self.path("share", "applications", "tessary.desktop")],
+            capture_output=True, text=True)
+        self.assertEqual((done.returncode, done.stdout + done.stderr), (0, ""))
+
+    def test_few_pixels_have_a_plain_icon(self):
+        for side in (16, 22):
+            with self.subTest(side=side):
+                path = self.path(f"share/icons/hicolor/{side}x{side}/apps/tessary.svg")
+                root = xml.etree.ElementTree.parse(path).getroot()
+                self.assertLess(len(list(root.iter())), 10)
+
+    def test_every_link_of_the_installed_pages_leads_to_what_is_installed(self):
+        pages = [os.path.join(folder, name)
+                 for folder, _, names in os.walk(self.path("share", "doc"))
+                 for name in names if name.endswith(".md")]
+        self.assertGreater(len(pages), 5)
+        for page in pages:
+            with open(page, encoding="utf-8") as file:
+                targets = re.findall(r"\]\(([^)#:]+)\)", file.read())
+            for target in targets:
+                with self.subTest(page=os.path.basename(page), link=target):
+                    self.assertTrue(os.path.exists(os.path.join(os.path.dirname(page), target)))
 
     def test_every_catalogue_is_installed(self):
         shipped = [n for n in os.listdir(os.path.join(harness.SOURCE, "share")) if n.endswith(".frac")]

@@ -47,12 +47,18 @@ class ScriptTest(unittest.TestCase):
         self.calls_file = os.path.join(self.root, "calls")
         self.stand_in("tools/dpkg-query", INSTALLED)
         self.stand_in("tools/apt-get", "exit ${APT_STATUS:-0}")
+        self.stand_in("tools/apt-cache", """shift; for p; do
+            echo "$p:"; [[ " $AVAILABLE " == *" $p "* ]] && echo "  Candidate: 1" || echo "  Candidate: (none)"
+        done""")
         self.stand_in("tools/sudo", 'exec "$@"')
         self.stand_in("tools/cmake", CMAKE)
         self.stand_in("tools/ninja", NINJA)
         self.stand_in("tools/ctest", "echo 'tests passed'; exit ${CTEST_STATUS:-0}")
         self.stand_in("tools/xdpyinfo", "[[ $DISPLAY == :good ]]")
         self.stand_in("tools/Xvfb", "exit 1")
+        self.stand_in("tools/clinfo", """for t in $DEVICE_TYPES; do
+            echo "[X/0] CL_DEVICE_NAME thing"; echo "[X/0] CL_DEVICE_TYPE CL_DEVICE_TYPE_$t"
+        done""")
         self.stand_in("build/release/tessary", PROGRAM)
         os.chmod(os.path.join(self.root, "build"), 0o777)
         os.chmod(os.path.join(self.root, "build", "release"), 0o777)
@@ -97,6 +103,20 @@ class Packages(ScriptTest):
         )
         self.assertEqual(done.stdout, "program: \n")
 
+    def test_a_tool_that_the_release_lacks_is_done_without(self):
+        self.call("test", MISSING="oclgrind")
+        self.assertEqual(self.calls("apt-get"), [])
+
+    def test_a_tool_that_the_release_has_is_installed(self):
+        self.call("test", MISSING="oclgrind", AVAILABLE="oclgrind")
+        self.assertEqual(self.calls("apt-get")[1:],
+                         ["apt-get install -y --no-install-recommends oclgrind"])
+
+    def test_such_a_tool_is_installed_along_with_the_rest(self):
+        self.call("test", MISSING="cmake oclgrind", AVAILABLE="oclgrind")
+        self.assertEqual(self.calls("apt-get")[1:],
+                         ["apt-get install -y --no-install-recommends cmake oclgrind"])
+
     def test_an_installation_that_fails_is_one_clear_line(self):
         done = self.call("run", DISPLAY=":good", MISSING="cmake", APT_STATUS="100")
         self.assertEqual(done.returncode, 1)
@@ -131,7 +151,8 @@ class Packages(ScriptTest):
         scripts = read("run") + read("test")
         for name, packages in sections.items():
             with self.subTest(section=name):
-                self.assertRegex(scripts, rf"\b{name}\b")
+                step = name.removesuffix("-where-available")
+                self.assertRegex(scripts, rf"\b{step}\b")
                 self.assertEqual(len(packages), len(set(packages)))
 
 
@@ -175,6 +196,16 @@ class Running(ScriptTest):
         done = self.call("run", "--bench:a b.frac", "--cpu2", DISPLAY=":good", PROGRAM_STATUS="5")
         self.assertEqual(done.returncode, 5)
         self.assertEqual(done.stdout, "program: --bench:a b.frac --cpu2\n")
+
+    def test_it_says_when_the_only_device_is_a_slow_one(self):
+        self.call("run", DISPLAY=":good")  # configures
+        for devices, options, told in (("CPU", (), True), ("CPU CPU", ("--double",), True),
+                                       ("CPU", ("--cpu4",), False), ("CPU GPU", (), False),
+                                       ("", (), False)):
+            with self.subTest(devices=devices, options=options):
+                done = self.call("run", *options, DISPLAY=":good", DEVICE_TYPES=devices)
+                self.assertEqual(len(done.stderr.splitlines()), int(told))
+                self.assertEqual("--cpu" in done.stderr, told)
 
     def test_the_program_runs_where_the_caller_stands(self):
         self.stand_in("build/release/tessary", "pwd")

@@ -34,9 +34,9 @@ struct Lists {
 };
 
 TEST(Discovery, PrintsOneLineForADevice) {
-    EXPECT_THAT(listed(),
-                ElementsAre(MatchesRegex(" Device ID: 0 Portable Computing Language Version OpenCL "
-                                         ".* pthread.* RAM: [0-9]+ MB, Double Precision: Yes")));
+    EXPECT_THAT(listed(), ElementsAre(MatchesRegex(
+                              " Device ID: 0 Portable Computing Language Version OpenCL "
+                              ".* (pthread|cpu)-.* RAM: [0-9]+ MB, Double Precision: Yes")));
 }
 
 TEST(Discovery, PutsTheVersionBeforeTheName) {
@@ -102,7 +102,8 @@ TEST_P(WhenAQueryFails, TheDeviceIsListedWithTheRest) {
 const FailedQuery failedQueries[] = {
     {"Name", CL_DEVICE_NAME, " Device ID: 0 Portable .* Version OpenCL .*  RAM: .*"},
     {"Extensions", CL_DEVICE_EXTENSIONS, " Device ID: 0 .* Double Precision: No"},
-    {"Version", CL_DEVICE_VERSION, " Device ID: 0 Portable Computing Language Version  pthread.*"},
+    {"Version", CL_DEVICE_VERSION,
+     " Device ID: 0 Portable Computing Language Version  (pthread|cpu)-.*"},
     {"Memory", CL_DEVICE_GLOBAL_MEM_SIZE, " Device ID: 0 .* RAM: 0 MB, Double Precision: Yes"},
     {"Type", CL_DEVICE_TYPE, " Device ID: 0 .* Double Precision: Yes"},
     {"ItemSizes", CL_DEVICE_MAX_WORK_ITEM_SIZES, " Device ID: 0 .* Double Precision: Yes"},
@@ -169,7 +170,7 @@ TEST(Discovery, KeepsTheFourListsParallel) {
 TEST(Discovery, NamesADeviceWithItsVersionBehindAColon) {
     Lists lists;
     lists.fill(false);
-    EXPECT_THAT(lists.names, testing::Contains(MatchesRegex("pthread.*:OpenCL .*")));
+    EXPECT_THAT(lists.names, testing::Contains(MatchesRegex("(pthread|cpu)-.*:OpenCL .*")));
 }
 
 TEST(Discovery, AppendsToTheListsItIsGiven) {
