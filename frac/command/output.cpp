@@ -10,6 +10,7 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <optional>
 #include <stdexcept>
 
 #include "frac/file_replace.h"
@@ -60,9 +61,10 @@ bool isReplaced(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, std::string_view bytes) {
-    if (!isReplaced(path)) return replaceFile(path, bytes);
-    const SignalsWait wait;
-    return replaceFile(path, bytes);
+    std::optional<SignalsWait> wait;
+    if (isReplaced(path)) wait.emplace();
+    const bool written(replaceFile(path, bytes));
+    return written;
 }
 
 void openIfClosed(int descriptor, int flags) {
