@@ -34,9 +34,9 @@ class SignalsWait {
     sigset_t previous;
 };
 
-[[noreturn]] void refuse(const std::string& what) {
+[[noreturn]] void refuseStandardOutput() {
     const char* reason = errno != 0 ? std::strerror(errno) : "it did not take all bytes";
-    throw std::runtime_error(what + " cannot be written: " + reason);
+    throw std::runtime_error(std::string("standard output cannot be written: ") + reason);
 }
 
 bool writeAll(int file, std::string_view bytes) {
@@ -51,7 +51,7 @@ bool writeAll(int file, std::string_view bytes) {
 
 // Closing is what writes on some file systems.
 void writeStandardOutput(std::string_view bytes) {
-    if (!writeAll(STDOUT_FILENO, bytes) || close(STDOUT_FILENO) != 0) refuse("standard output");
+    if (!writeAll(STDOUT_FILENO, bytes) || close(STDOUT_FILENO) != 0) refuseStandardOutput();
 }
 
 // A pipe may take for ever; there nothing is left half done that a signal would leave behind.
@@ -60,11 +60,14 @@ bool isReplaced(const std::string& path) {
     return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
 }
 
-bool writeFile(const std::string& path, std::string_view bytes) {
+void writeFile(const std::string& path, std::string_view bytes) {
     std::optional<SignalsWait> wait;
     if (isReplaced(path)) wait.emplace();
-    const bool written(replaceFile(path, bytes));
-    return written;
+    const Replacement written = replaceFile(path, bytes);
+    if (written) return;
+    std::string what = path + " cannot be written: " + written.error;
+    if (!written.safeCopy.empty()) what += "; what was in it is kept in " + written.safeCopy;
+    throw std::runtime_error(what);
 }
 
 void openIfClosed(int descriptor, int flags) {
@@ -96,7 +99,7 @@ void say(const std::string& message) {
 void writeOutput(const std::string& path, std::string_view bytes) {
     errno = 0;
     if (path == "-") return writeStandardOutput(bytes);
-    if (!writeFile(path, bytes)) refuse(path);
+    writeFile(path, bytes);
 }
 
 void prepareStreams() {
