@@ -1,0 +1,118 @@
+#include "frac/json_fields.h"
+
+#include <array>
+
+namespace {
+
+constexpr std::array<Key, 3> DOCUMENT = {{
+    {"tessary", Field::tessary, true},
+    {"entries", Field::entries, true},
+    {"render", Field::render, false},
+}};
+
+constexpr std::array<Key, 9> ENTRY = {{
+    {"name", Field::name, false},
+    {"nameBytes", Field::nameBytes, false},
+    {"formula", Field::formula, true},
+    {"view", Field::view, true},
+    {"c", Field::constant, false},
+    {"maxIters", Field::maxIters, false},
+    {"maxSize", Field::maxSize, false},
+    {"palette", Field::palette, false},
+    {"fractalID", Field::fractalID, false},
+}};
+
+constexpr std::array<Key, 4> VIEW = {{
+    {"xMin", Field::xMin, true},
+    {"xMax", Field::xMax, true},
+    {"yMin", Field::yMin, true},
+    {"yMax", Field::yMax, true},
+}};
+
+constexpr const char* WHOLE = "a whole number from -2147483648 to 2147483647";
+
+bool isOneOf(Field field, std::span<const Key> keys) {
+    for (const Key& key : keys) {
+        if (key.field == field) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::span<const Key> keysOf(Field object) {
+    switch (object) {
+        case Field::document:
+            return DOCUMENT;
+        case Field::entry:
+            return ENTRY;
+        case Field::view:
+            return VIEW;
+        default:
+            return {};
+    }
+}
+
+Field containerOf(Field field) {
+    for (const Field object : {Field::document, Field::entry, Field::view}) {
+        if (isOneOf(field, keysOf(object))) return object;
+    }
+    if (field == Field::entry) return Field::entries;
+    return field == Field::cx || field == Field::cy ? Field::constant : Field::none;
+}
+
+Field firstIn(Field container) {
+    switch (container) {
+        case Field::entries:
+            return Field::entry;
+        case Field::constant:
+            return Field::cx;
+        default:
+            return Field::none;
+    }
+}
+
+Field nextAfter(Field field) {
+    switch (field) {
+        case Field::entry:
+            return Field::entry;
+        case Field::cx:
+            return Field::cy;
+        default:
+            return Field::none;
+    }
+}
+
+std::string expectationOf(Field field) {
+    switch (field) {
+        case Field::document:
+            return "an object with \"tessary\" and \"entries\"";
+        case Field::tessary:
+            return "1, the only version of this form";
+        case Field::entries:
+            return "an array of entries";
+        case Field::render:
+            return "an object";
+        case Field::entry:
+            return "an entry, which is an object";
+        case Field::name:
+            return "a text without U+0000";
+        case Field::nameBytes:
+            return "a text of hexadecimal digits, two a byte and no byte 00";
+        case Field::formula:
+            return std::string("the name of a formula or ") + WHOLE;
+        case Field::view:
+            return "an object with \"xMin\", \"xMax\", \"yMin\" and \"yMax\"";
+        case Field::constant:
+            return "an array of two numbers";
+        case Field::maxIters:
+        case Field::fractalID:
+            return WHOLE;
+        case Field::palette:
+            return std::string("\"random\", \"rgb\" or ") + WHOLE;
+        case Field::none:
+            return "the end of the array";
+        default:
+            return "a number, \"inf\", \"-inf\" or \"nan:0x\" and 16 hexadecimal digits";
+    }
+}
