@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "app/navigation.h"
+#include "app/platform_x11.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
@@ -43,7 +44,7 @@ std::int64_t renderFrame() {
     const auto start = std::chrono::steady_clock::now();
     if (bCPU) {
         queueFrame();
-        waitForFrame();
+        waitForFrame(closeIsRequested);
     } else {
         renderFrameOpenCL();
     }

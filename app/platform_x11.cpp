@@ -17,6 +17,26 @@ void setWindowClass() {
     XSetClassHint(display, glXGetCurrentDrawable(), &hint);
 }
 
+bool closeIsRequested() {
+    Display* display = glXGetCurrentDisplay();
+    if (display == nullptr) return false;
+    struct Search {
+        Atom close;
+        bool found = false;
+    } search{.close = XInternAtom(display, "WM_DELETE_WINDOW", False)};
+    // No event is taken, and none of Xlib's functions may be called in here.
+    const auto note = [](Display*, XEvent* event, XPointer argument) -> Bool {
+        Search& wanted = *reinterpret_cast<Search*>(argument);
+        const bool isClose = event->type == ClientMessage &&
+                             static_cast<Atom>(event->xclient.data.l[0]) == wanted.close;
+        wanted.found = wanted.found || isClose;
+        return False;
+    };
+    XEvent event;
+    XCheckIfEvent(display, &event, note, reinterpret_cast<XPointer>(&search));
+    return search.found;
+}
+
 void enableShiftTab() {
     Display* display = glXGetCurrentDisplay();
     if (display == nullptr) return;

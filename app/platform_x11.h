@@ -7,6 +7,10 @@
 // Gives the window its class, so that desktops group and theme it as Tessary.
 void setWindowClass();
 
+// Whether the user has asked to close the window, and GLUT will do so at its next look at the
+// events. They all stay where they are.
+bool closeIsRequested();
+
 // Lets Shift+Tab arrive as Tab with the shift bit; freeglut drops the key symbol that X sends.
 void enableShiftTab();
 

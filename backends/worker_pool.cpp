@@ -52,19 +52,21 @@ std::unique_lock<std::recursive_mutex> lockUnlessStopping() {
 }
 
 template <class T>
-void renderTileAs(const params& tile) {
-    threadCPU<T>(tile.xStart, tile.yStart, tile.xEnd, tile.yEnd, static_cast<int>(winX),
-                 static_cast<int>(winY), static_cast<T>(tile.xMin), static_cast<T>(tile.xMax),
-                 static_cast<T>(tile.yMin), static_cast<T>(tile.yMax), static_cast<T>(tile.cx),
-                 static_cast<T>(tile.cy), truncateToInt(maxSize), maxIters, buffer.get(),
-                 cpuPalette, currentFractalType);
+void renderTileAs(const params& tile, StopFlag stop) {
+    renderTileUntilStopped<T>(
+        {tile.xStart, tile.yStart, tile.xEnd, tile.yEnd, static_cast<int>(winX),
+         static_cast<int>(winY), static_cast<T>(tile.xMin), static_cast<T>(tile.xMax),
+         static_cast<T>(tile.yMin), static_cast<T>(tile.yMax), static_cast<T>(tile.cx),
+         static_cast<T>(tile.cy), static_cast<T>(truncateToInt(maxSize)), maxIters, buffer.get(),
+         cpuPalette, stop},
+        currentFractalType);
 }
 
-void renderTile(const params& tile) {
+void renderTile(const params& tile, StopFlag stop) {
     if (bDoublePrecision) {
-        renderTileAs<double>(tile);
+        renderTileAs<double>(tile, stop);
     } else {
-        renderTileAs<float>(tile);
+        renderTileAs<float>(tile, stop);
     }
 }
 
@@ -82,10 +84,56 @@ bool workWhileAllowed(std::int32_t number) {
             if (shutdown_threads) return false;
             tile = numCPUThreads >= number ? takeTile() : std::nullopt;
         }
-        if (tile) renderTile(*tile);
+        if (tile) renderTile(*tile, &shutdown_threads);
         finished = tile.has_value();
     } while (tile);
     return true;
+}
+
+// Workers that were started and have not left; what exit() must wait for. Counted by startWorkers
+// and by each worker as its last act.
+std::atomic<std::int32_t> workersAlive{0};
+
+// Guards the places of vThreads while the pool stops, which two may do at a time. Recursive, for
+// the second may be a callback of the first one's output.
+std::recursive_mutex stopLock;
+
+// Starts one worker and keeps its handle. Throws when the system has no thread to give.
+void startWorker(std::int32_t number) {
+    ++workersAlive;
+    try {
+        vThreads.push_back(std::make_unique<std::thread>([number] {
+            threadContainer{number}();
+            --workersAlive;
+        }));
+    } catch (...) {
+        --workersAlive;
+        throw;
+    }
+}
+
+std::size_t workerPlaces() {
+    const std::lock_guard lock(stopLock);
+    return vThreads.size();
+}
+
+// Takes the handle at `place`; null when it is taken already.
+std::unique_ptr<std::thread> takeWorker(std::size_t place) {
+    const std::lock_guard lock(stopLock);
+    return place < vThreads.size() ? std::move(vThreads[place]) : nullptr;
+}
+
+// Computes tiles on the calling thread until the queue is empty.
+void drainQueue(StopFlag stop) {
+    for (;;) {
+        std::optional<params> tile;
+        {
+            const std::lock_guard lock(mutex);
+            tile = takeTile();
+        }
+        if (!tile) return;
+        renderTile(*tile, stop);
+    }
 }
 
 }  // namespace
@@ -104,27 +152,35 @@ void threadContainer::operator()() const {
 
 void startWorkers(std::int32_t count) {
     vThreads.reserve(static_cast<std::size_t>(std::max(count, 0)));
-    for (std::int32_t number = 1; number <= count; ++number) {
+    bool complained = false;
+    std::int32_t started = 0;
+    for (std::int32_t attempt = 1; attempt <= count; ++attempt) {
         try {
-            vThreads.push_back(std::make_unique<std::thread>(threadContainer(number)));
+            startWorker(started + 1);
+            ++started;
         } catch (const std::system_error& error) {
-            std::cout << "Could not start CPU thread " << number << ": " << error.what()
+            if (complained) continue;
+            std::cout << "Could not start CPU thread " << attempt << ": " << error.what()
                       << std::endl;
-            break;
+            complained = true;
         }
     }
-    max_threads = std::max(static_cast<std::int32_t>(vThreads.size()), std::int32_t{1});
+    max_threads = std::max(started, std::int32_t{1});
     std::atexit([] { stopWorkers(false); });
 }
 
 void stopWorkers(bool print) {
     shutdown_threads = true;
-    for (std::size_t i = 0; i < vThreads.size(); ++i) {
-        if (!vThreads[i]) continue;
+    for (std::size_t i = 0; i < workerPlaces(); ++i) {
+        const std::unique_ptr<std::thread> worker = takeWorker(i);
+        if (!worker) continue;
         if (print) std::cout << "Waiting for thread " << i << std::endl;
-        vThreads[i]->join();
-        vThreads[i].reset();
+        worker->join();
     }
+    // Nobody returns from here, perhaps to end the process, while a worker that another one joins
+    // still writes to the picture.
+    while (workersAlive > 0) std::this_thread::sleep_for(1ms);
+    const std::lock_guard lock(stopLock);
     vThreads.clear();
 }
 
@@ -156,26 +212,20 @@ void queueFrame() {
     std::cout << "Enqueuing " << task_count << std::endl;
 }
 
-void waitForFrame() {
+void waitForFrame(const std::function<bool()>& givesUp) {
     if (vThreads.empty() && !shutdown_threads) {
-        appleThread(nullptr);
+        drainQueue(&shutdown_threads);
         const std::lock_guard lock(mutex);
         task_count = 0;
     }
     if (task_count == 0 || shutdown_threads) return;
     do {
         std::this_thread::sleep_for(20ms);
+        if (task_count != 0 && givesUp()) shutdown_threads = true;
     } while (task_count != 0 && !shutdown_threads);
 }
 
 void* appleThread(void*) {
-    for (;;) {
-        std::optional<params> tile;
-        {
-            const std::lock_guard lock(mutex);
-            tile = takeTile();
-        }
-        if (!tile) return nullptr;
-        renderTile(*tile);
-    }
+    drainQueue(shutdown_threads ? nullptr : &shutdown_threads);
+    return nullptr;
 }

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -35,7 +36,8 @@ extern std::int32_t max_threads;
 // (start-up, menu), read by workers, no lock.
 extern std::atomic<std::int32_t> numCPUThreads;
 
-// The workers in creation order. Start-up and shutdown only, main thread.
+// The workers in creation order. Written at start-up by the main thread; its places are emptied at
+// shutdown by whoever stops the pool, under a lock of its own.
 extern std::vector<std::unique_ptr<std::thread>> vThreads;
 
 // The body of a worker thread: takes tiles until shutdown_threads is set.
@@ -58,23 +60,26 @@ class CThreadShutdown {
     ~CThreadShutdown();
 };
 
-// Starts workers 1..count, sets max_threads to the number started and has exit() stop the pool. A
-// thread that cannot be started is one line on standard output; the pool goes on without it and
-// those after it. Main thread, once.
+// Starts `count` workers, numbered from 1 as they start, sets max_threads to the number started and
+// has exit() stop the pool. When some cannot be started the first of them is one line on standard
+// output, and the pool goes on without them. Main thread, once.
 void startWorkers(std::int32_t count);
 
 // Sets shutdown_threads and joins every worker in creation order; with `print`, a line before each
-// join. Safe to call again. Main thread.
+// join. A tile in work is given up within some milliseconds. Safe to call again, also before an
+// earlier call has returned: all return when no worker is left. Any thread but a worker.
 void stopWorkers(bool print);
 
 // The frame split: queues all tiles of the present view, column by column, prints "Enqueuing " and
 // their number. The workers begin when it returns. GLUT thread.
 void queueFrame();
 
-// Waits for the queued frame, looking every 20 ms, until it is done or shutdown_threads is set.
-// With no worker at all the calling thread does the work. GLUT thread.
-void waitForFrame();
+// Waits for the queued frame, looking every 20 ms, until it is done or shutdown_threads is set. It
+// is set here when givesUp(), asked at each look, says that the program is about to end. With no
+// worker at all the calling thread does the work and asks nobody. GLUT thread.
+void waitForFrame(const std::function<bool()>& givesUp = [] { return false; });
 
 // A worker body that empties the queue on the calling thread: neither sleeps nor counts tiles down.
-// Ignores its argument, returns 0. Any thread.
+// Gives up its tiles if shutdown_threads is set meanwhile; set before, it changes nothing. Ignores
+// its argument, returns 0. Any thread.
 void* appleThread(void*);

@@ -10,12 +10,20 @@
 //   maxIters        iteration limit, any int
 // and return the iteration count, 0..maxIters (0..maxIters + 1 for Julia). They touch nothing but
 // their arguments; any thread may call them.
+//
+// escapeCount, escapeCountJulia and pixelCount take a stop flag as well: once it is set they return
+// within STEPS_BETWEEN_LOOKS steps, whatever the limit, with a count that means nothing.
 #pragma once
 
+#include <algorithm>
 #include <limits>
 #include <type_traits>
 
 #include "compute/rules.h"
+#include "compute/stop_flag.h"
+
+// Steps between two looks at the stop flag: a fraction of a millisecond under every rule.
+inline constexpr int STEPS_BETWEEN_LOOKS = 1024;
 
 // The point of pixel (x, y). Column 0 is xMin and row 0 is yMin; the maxima are never reached.
 template <class T>
@@ -27,40 +35,45 @@ inline cpuComplex<T> pixelPoint(int x, int y, int width, int height, T xMin, T x
 
 // The loop of every rule but Julia: a count that equals maxIters means the orbit stayed.
 template <class R, class T>
-inline int escapeCount(cpuComplex<T> z, const cpuComplex<T>& c, T maxSizeSquared, int maxIters) {
+inline int escapeCount(cpuComplex<T> z, const cpuComplex<T>& c, T maxSizeSquared, int maxIters,
+                       StopFlag stop) {
     int count = 0;
-    while (count < maxIters) {
-        z = R::step(z, c);
-        if (magnitudeSquared(z) > maxSizeSquared) break;
-        ++count;
+    while (count < maxIters && !isSet(stop)) {
+        const int steps = std::min(maxIters - count, STEPS_BETWEEN_LOOKS);
+        for (int i = 0; i < steps; ++i, ++count) {
+            z = R::step(z, c);
+            if (magnitudeSquared(z) > maxSizeSquared) return count;
+        }
     }
     return count;
 }
 
 // The Julia loop: one step at least, and an orbit that stays returns maxIters + 1.
 template <class R, class T>
-inline int escapeCountJulia(cpuComplex<T> z, const cpuComplex<T>& c, T maxSizeSquared,
-                            int maxIters) {
+inline int escapeCountJulia(cpuComplex<T> z, const cpuComplex<T>& c, T maxSizeSquared, int maxIters,
+                            StopFlag stop) {
     int count = 0;
-    for (;;) {
-        z = R::step(z, c);
-        if (magnitudeSquared(z) > maxSizeSquared) return count;
-        if (count > maxIters || count == std::numeric_limits<int>::max()) return count;
-        ++count;
+    while (!isSet(stop)) {
+        for (int i = 0; i < STEPS_BETWEEN_LOOKS; ++i, ++count) {
+            z = R::step(z, c);
+            if (magnitudeSquared(z) > maxSizeSquared) return count;
+            if (count > maxIters || count == std::numeric_limits<int>::max()) return count;
+        }
     }
+    return count;
 }
 
 // The count of pixel (x, y) under rule R.
 template <class R, class T>
 inline int pixelCount(int x, int y, int width, int height, T xMin, T xMax, T yMin, T yMax, T cx,
-                      T cy, T maxSizeSquared, int maxIters) {
+                      T cy, T maxSizeSquared, int maxIters, StopFlag stop = nullptr) {
     const cpuComplex<T> p = pixelPoint(x, y, width, height, xMin, xMax, yMin, yMax);
     const cpuComplex<T> z = R::start == Start::pixel ? p : cpuComplex<T>{T(0), T(0)};
     const cpuComplex<T> c = R::constant == Constant::pixel ? p : cpuComplex<T>{cx, cy};
     if constexpr (std::is_same_v<R, JuliaRule>) {
-        return escapeCountJulia<R>(z, c, maxSizeSquared, maxIters);
+        return escapeCountJulia<R>(z, c, maxSizeSquared, maxIters, stop);
     } else {
-        return escapeCount<R>(z, c, maxSizeSquared, maxIters);
+        return escapeCount<R>(z, c, maxSizeSquared, maxIters, stop);
     }
 }
 

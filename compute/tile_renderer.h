@@ -1,6 +1,8 @@
 // One tile of the picture, in plain arguments: the seam between the pool and the renderers.
 #pragma once
 
+#include "compute/vector_renderer.h"
+
 // Renders the pixels with xStart <= x < xEnd, yStart <= y < yEnd, clipped to the picture: computes
 // each count by rule `type` (0..13; any other number paints opaque black) and writes its four bytes
 // at (y * width + x) * 4 of buffer.
@@ -17,9 +19,15 @@ void threadCPU(int xStart, int yStart, int xEnd, int yEnd, int width, int height
                T yMin, T yMax, T cx, T cy, int maxSizeSquared, int maxIters, unsigned char* buffer,
                unsigned char* palette, int type);
 
+// The same from a tile that need not be clipped, and may be told to stop: see VectorTile.
+template <class T>
+void renderTileUntilStopped(const VectorTile<T>& tile, int type);
+
 // The same pixels from the scalar functions of compute/formulas.h, one at a time: the yardstick of
-// threadCPU in tests and benchmarks. Same contract.
+// threadCPU in tests and benchmarks. Same contracts.
 template <class T>
 void threadScalar(int xStart, int yStart, int xEnd, int yEnd, int width, int height, T xMin, T xMax,
                   T yMin, T yMax, T cx, T cy, int maxSizeSquared, int maxIters,
                   unsigned char* buffer, unsigned char* palette, int type);
+template <class T>
+void renderScalarUntilStopped(const VectorTile<T>& tile, int type);

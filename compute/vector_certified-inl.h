@@ -177,12 +177,14 @@ void closeCertifiedRanks(CertifiedSlots& slots, Finish&& finish) {
 }
 
 // The count of the pixel at point c with the C library's functions, up to the limit. `detect` looks
-// for an orbit that returns to a saved state.
+// for an orbit that returns to a saved state. Without meaning once `stop` is set.
 template <class Kind>
-int countWithLibrary(const cpuComplex<double>& c, double maxSizeSquared, int limit, bool detect) {
+int countWithLibrary(const cpuComplex<double>& c, double maxSizeSquared, int limit, bool detect,
+                     StopFlag stop) {
     cpuComplex<double> z{0.0, 0.0}, saved = z;
     int saveAt = 8;
     for (int count = 0; count < limit; ++count) {
+        if (count % STEPS_BETWEEN_LOOKS == 0 && isSet(stop)) break;
         z = Kind::exact(z) + c;
         if (z.r * z.r + z.i * z.i > maxSizeSquared) return count;
         if (!detect) continue;
@@ -216,13 +218,15 @@ void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bo
             const auto c = pixelPoint(x, y, tile.width, tile.height, tile.xMin, tile.xMax,
                                       tile.yMin, tile.yMax);
             count = static_cast<std::uint64_t>(
-                countWithLibrary<Kind>({c.r, c.i}, tile.limit, limit, detect));
+                countWithLibrary<Kind>({c.r, c.i}, tile.limit, limit, detect, tile.stop));
+            if (isSet(tile.stop)) return;
         }
         paint(place, count);
     };
     constexpr int DETECT_CERTIFIED_FROM = 24;
     int saveAt = DETECT_CERTIFIED_FROM;
     for (int steps = 0; steps < limit && s.alive > 0;) {
+        if (isSet(tile.stop)) return;
         const int block = std::min(steps < 24 ? 2 : 4, limit - steps);
         for (std::size_t at = 0; at < s.used; at += Slots<double>::LANES) {
             advanceCertified<Kind>(slots, at, Real(tile.limit), block, steps);

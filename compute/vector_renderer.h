@@ -6,8 +6,11 @@
 #include <string>
 #include <vector>
 
+#include "compute/stop_flag.h"
+
 // One tile, clipped to the picture, and all that its pixels depend on. Fields as the arguments of
-// threadCPU; limit is maxSizeSquared in T.
+// threadCPU; limit is maxSizeSquared in T. Once `stop` is set the tile is given up within some
+// milliseconds, whatever its limit; pixels that have no count by then are not written.
 template <class T>
 struct VectorTile {
     int xStart, yStart, xEnd, yEnd;
@@ -17,6 +20,7 @@ struct VectorTile {
     int maxIters;
     unsigned char* buffer;
     const unsigned char* palette;
+    StopFlag stop = nullptr;
 };
 
 // Renders the tile by rule `type` with the best instruction set of the machine and returns true.

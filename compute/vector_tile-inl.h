@@ -337,6 +337,7 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     int saveAt = detectFrom<R>();
     bool repeated = false, calm = false;
     for (int steps = 0; steps < limit && s.alive > 0;) {
+        if (isSet(tile.stop)) return;
         const int block = std::min(blockLength<R>(steps), limit - steps);
         const std::size_t alive = s.alive;
         advance<R>(s, view, {block, steps, limit, calm && !usesTrig<R>});
@@ -373,7 +374,7 @@ void renderTile(const VectorTile<T>& tile, bool detect) {
     for (int x = tile.xStart; x < tile.xEnd;) {
         const int xEnd = firstPiece(x, tile.xEnd, MAX_COLUMNS);
         const int rows = std::min(MAX_PIXELS / (xEnd - x), mostRows);
-        for (int y = tile.yStart; y < tile.yEnd;) {
+        for (int y = tile.yStart; y < tile.yEnd && !isSet(tile.stop);) {
             const int yEnd = firstPiece(y, tile.yEnd, rows);
             if constexpr (usesTrig<R> && std::is_same_v<T, double>) {
                 renderChunkCertified<R>(tile, {x, y, xEnd, yEnd}, detect);

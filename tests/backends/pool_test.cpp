@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <cmath>
@@ -16,6 +17,7 @@
 #include "backends/palette.h"
 #include "backends/renderer.h"
 #include "backends/view_state.h"
+#include "compute/vector_renderer.h"
 #include "tests/support/backend_globals.h"
 #include "tests/support/picture.h"
 #include "tests/support/reference_fractal.h"
@@ -283,6 +285,84 @@ TEST_F(PoolTest, StoppingAbandonsWhatIsStillQueued) {
     EXPECT_TRUE(vThreads.empty());
     EXPECT_GT(task_count, 0);
     EXPECT_FALSE(workQ.empty());
+}
+
+// A frame whose every tile takes longer than anybody waits.
+fractal endlessView() {
+    return test_support::makeView(5, -3.3, -3.2, 0, 0, std::numeric_limits<int>::max(), 128);
+}
+
+// Searching for repeats would end the orbits of that view after some hundred million steps.
+class EndlessTiles : public PoolTest {
+  protected:
+    EndlessTiles() {
+        copyToView(endlessView());
+        vector_control::detectCycles(false);
+        alarm(60);  // a test that hangs ends the process
+    }
+    ~EndlessTiles() override {
+        alarm(0);
+        vector_control::detectCycles(true);
+    }
+
+    void queue() {
+        const StdoutCapture silence;
+        queueFrame();
+    }
+};
+
+TEST_F(EndlessTiles, AreGivenUpWhenThePoolStops) {
+    for (const bool precision : {false, true}) {
+        bDoublePrecision = precision;
+        const Pool pool(2);
+        queue();
+        std::this_thread::sleep_for(20ms);
+        stopWorkers(false);
+        EXPECT_GT(task_count, 0);
+    }
+}
+
+TEST_F(EndlessTiles, AreGivenUpByAMainThreadThatHasNoWorkers) {
+    const Pool pool(0);
+    queue();
+    std::thread closer([] {
+        std::this_thread::sleep_for(20ms);
+        shutdown_threads = true;
+    });
+    waitForFrame();
+    closer.join();
+    EXPECT_TRUE(shutdown_threads);
+}
+
+TEST_F(EndlessTiles, AreGivenUpByWhoeverDrainsTheQueue) {
+    const Pool pool(0);
+    queue();
+    std::thread closer([] {
+        std::this_thread::sleep_for(20ms);
+        shutdown_threads = true;
+    });
+    EXPECT_EQ(appleThread(nullptr), nullptr);
+    closer.join();
+    EXPECT_TRUE(workQ.empty());
+}
+
+TEST_F(PoolTest, WhoeverDrainsTheQueueAfterTheShutdownStillRendersIt) {
+    const Pool pool(0);
+    shutdown_threads = true;
+    const StdoutCapture silence;
+    queueFrame();
+    appleThread(nullptr);
+    EXPECT_TRUE(pictureIsRight());
+}
+
+TEST_F(EndlessTiles, AreNotWaitedForWhenTheCallerSaysSo) {
+    const Pool pool(2);
+    queue();
+    int looks = 0;
+    waitForFrame([&looks] { return ++looks == 3; });
+    EXPECT_EQ(looks, 3);
+    EXPECT_TRUE(shutdown_threads);
+    EXPECT_GT(task_count, 0);
 }
 
 TEST_F(PoolTest, StoppingTwiceIsHarmless) {

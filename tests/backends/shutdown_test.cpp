@@ -8,8 +8,10 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <mutex>
 #include <thread>
 
@@ -25,12 +27,41 @@ namespace {
 // Threads that may still be created before creation fails; negative for no end.
 std::atomic<int> threadsLeft{-1};
 
+// Creations that fail before one succeeds.
+std::atomic<int> failuresFirst{0};
+
+// A thread that is created while `newThreadsWait` is set begins when `waitingThreadsBegin` is.
+std::atomic<bool> newThreadsWait{false}, waitingThreadsBegin{false};
+
+std::atomic<bool> joinHasBegun{false};
+
+struct Body {
+    void* (*function)(void*);
+    void* argument;
+};
+
+void* beginWhenAllowed(void* heldBody) {
+    const std::unique_ptr<Body> body(static_cast<Body*>(heldBody));
+    while (!waitingThreadsBegin) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return body->function(body->argument);
+}
+
 }  // namespace
 
-// The sanitizers' function of that name, where one is linked: it must hear of every thread, and the
-// stand-in below hides it.
+// The sanitizers' functions of those names, where one is linked: it must hear of every thread, and
+// the stand-in below hides it.
 extern "C" [[gnu::weak]] int __interceptor_pthread_create(pthread_t*, const pthread_attr_t*,
                                                           void* (*)(void*), void*);
+extern "C" [[gnu::weak]] int __interceptor_pthread_join(pthread_t, void**);
+
+extern "C" int pthread_join(pthread_t thread, void** result) {
+    using Function = int (*)(pthread_t, void**);
+    static const auto original = __interceptor_pthread_join
+                                     ? &__interceptor_pthread_join
+                                     : reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_join"));
+    joinHasBegun = true;
+    return original(thread, result);
+}
 
 // Stands before the C library's function for std::thread too, so that creation can fail on request.
 extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attributes,
@@ -42,7 +73,12 @@ extern "C" int pthread_create(pthread_t* thread, const pthread_attr_t* attribute
             : reinterpret_cast<Function>(dlsym(RTLD_NEXT, "pthread_create"));
     if (threadsLeft == 0) return EAGAIN;
     if (threadsLeft > 0) --threadsLeft;
-    return original(thread, attributes, body, argument);
+    if (failuresFirst > 0) {
+        --failuresFirst;
+        return EAGAIN;
+    }
+    if (!newThreadsWait) return original(thread, attributes, body, argument);
+    return original(thread, attributes, beginWhenAllowed, new Body{body, argument});
 }
 
 namespace {
@@ -63,7 +99,11 @@ class ShutdownTest : public testing::Test {
         bCPU = true;
         InitColours(1);
     }
-    ~ShutdownTest() override { threadsLeft = -1; }
+    ~ShutdownTest() override {
+        threadsLeft = -1;
+        waitingThreadsBegin = false;
+        shutdown_threads = false;
+    }
 
     // A view that keeps every worker busy for minutes.
     static void queueLongFrame() {
@@ -165,6 +205,47 @@ TEST_F(ShutdownTest, ExitAfterTheScopeObjectKeepsTheStatus) {
         ExitedWithCode(3), "");
 }
 
+// Starts a pool whose workers do not come to an end before `waitingThreadsBegin` is set, and stops
+// it on a thread of its own; returns when that has begun to wait.
+std::thread stopWorkersThatStay() {
+    newThreadsWait = true;
+    startWorkers(2);
+    newThreadsWait = false;
+    joinHasBegun = false;
+    std::thread stopper([] { stopWorkers(false); });
+    while (!joinHasBegun) std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    return stopper;
+}
+
+TEST_F(ShutdownTest, WhoeverStopsThePoolASecondTimeWaitsUntilNoWorkerIsLeft) {
+    std::thread first = stopWorkersThatStay();
+    std::atomic<bool> returned{false};
+    std::thread second([&] {
+        stopWorkers(false);
+        returned = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(returned);
+    waitingThreadsBegin = true;
+    first.join();
+    second.join();
+    EXPECT_TRUE(vThreads.empty());
+}
+
+TEST_F(ShutdownTest, ExitWhileAnotherThreadStopsThePoolKeepsTheStatus) {
+    EXPECT_EXIT(
+        {
+            stopWorkersThatStay().detach();
+            std::thread([] {
+                std::this_thread::sleep_for(std::chrono::milliseconds(50));
+                waitingThreadsBegin = true;
+            }).detach();
+            std::exit(3);
+        },
+        ExitedWithCode(3), Not(HasSubstr("terminate")));
+}
+
 TEST_F(ShutdownTest, ExitPrintsNoLines) {
     EXPECT_EXIT(
         {
@@ -192,6 +273,27 @@ TEST_F(ShutdownTest, AThreadThatCannotBeCreatedIsOneLineAndTheRestGoOn) {
         ExitedWithCode(0),
         AllOf(ContainsRegex("Could not start CPU thread 3: .*\n"),
               Not(HasSubstr("Could not start CPU thread 4")), HasSubstr("2 threads, 0 left\n")));
+}
+
+TEST_F(ShutdownTest, AFirstThreadThatCannotBeCreatedLeavesThoseAfterItWorking) {
+    EXPECT_EXIT(
+        {
+            sendStdoutToStderr();
+            failuresFirst = 2;
+            startWorkers(5);
+            numCPUThreads = max_threads;
+            copyToView(test_support::makeView(0, -2, 2, -2, 2, 10));
+            queueFrame();
+            waitForFrame();
+            std::cout << max_threads << " threads, " << task_count << " left" << std::endl;
+            numCPUThreads = 1;  // the first that could be created is number 1
+            queueFrame();
+            waitForFrame();
+            std::exit(0);
+        },
+        ExitedWithCode(0),
+        AllOf(ContainsRegex("Could not start CPU thread 1: .*\n"),
+              Not(HasSubstr("Could not start CPU thread 2")), HasSubstr("3 threads, 0 left\n")));
 }
 
 TEST_F(ShutdownTest, WhenNoThreadCanBeCreatedTheMainThreadRenders) {

@@ -40,6 +40,7 @@ if(TESSARY_OTHER_CXX)
         ${FORMULA_BITS_SOURCES} -o ${program}
       DEPENDS ${FORMULA_BITS_SOURCES} ${PROJECT_SOURCE_DIR}/compute/formulas.h
         ${PROJECT_SOURCE_DIR}/compute/rules.h ${PROJECT_SOURCE_DIR}/compute/complex.h
+        ${PROJECT_SOURCE_DIR}/compute/stop_flag.h
       COMMENT "Compiling the formulas with ${TESSARY_OTHER_CXX} -${level}")
     list(APPEND FORMULA_BITS_OTHERS ${program})
   endforeach()
