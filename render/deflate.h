@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -19,16 +20,34 @@ enum class Compression {
 
 // Deflate blocks that are not the last ones, and what they unpack to.
 struct PackedBand {
-    std::string blocks;
+    std::string_view blocks;   // in the packer's memory, until its next call
     std::uint32_t adler = 1;   // Adler-32 of the unpacked bytes
     std::uint64_t length = 0;  // number of the unpacked bytes
 };
 
-// Packs `rows`: each row a filter byte 0 and then its pixels, `rowBytes` with it. The same rows
-// give the same blocks on every processor that has SSE4.2. With `small` rows are filtered where
-// that helps. bytesPerPixel: 1 to 4. Any thread.
-PackedBand packBand(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel,
+// Packs bands. An object serves one thread; it keeps its memory from one call to the next.
+class BandPacker {
+  public:
+    BandPacker();
+    ~BandPacker();
+    BandPacker(const BandPacker&) = delete;
+    BandPacker& operator=(const BandPacker&) = delete;
+
+    // Packs `rows`: each row a filter byte 0 and then its pixels, `rowBytes` with it. The same rows
+    // give the same blocks on every processor that has SSE4.2. With `small` rows are filtered where
+    // that helps. bytesPerPixel: 1 to 4.
+    PackedBand pack(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel,
                     Compression compression);
+
+  private:
+    struct FastState;
+
+    PackedBand packFast(std::string_view rows);
+    PackedBand packSmall(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel);
+
+    std::unique_ptr<FastState> fast;  // made when first needed
+    std::string room, otherRoom;      // where blocks are put
+};
 
 // What a zlib stream of bands begins with.
 std::string_view streamHead();
@@ -36,7 +55,7 @@ std::string_view streamHead();
 // What it ends with, after bands with this Adler-32 in all.
 std::string streamTail(std::uint32_t adler);
 
-// The Adler-32 of what `before` stands for, followed by the band.
-std::uint32_t joinAdler(std::uint32_t before, const PackedBand& band);
+// The Adler-32 of what `before` stands for, followed by `length` bytes with this one.
+std::uint32_t joinAdler(std::uint32_t before, std::uint32_t adler, std::uint64_t length);
 
 }  // namespace render

@@ -38,23 +38,23 @@ std::string PngEncoder::head(const Job& job) const {
                  {"Software", "Tessary " TESSARY_VERSION},
                  {"tessary", describe(job)}};
     }
-    return pngHead(job.size, {}, texts) + pngData(streamHead());
+    return pngHead(job.size, {}, texts) + pngChunk("IDAT", streamHead());
 }
 
-Encoder::Band PngEncoder::band(const Job& job, RowRange range, RowRenderer& rows) const {
+EncodedBand PngEncoder::band(const Job& job, RowRange range, Workshop& workshop) const {
     constexpr std::size_t PIXEL = 3;
     const std::size_t rowBytes = 1 + PIXEL * static_cast<std::size_t>(job.size.width);
-    std::string pixels(rowBytes * static_cast<std::size_t>(range.count()), '\0');
-    rows.render(job, range, reinterpret_cast<unsigned char*>(pixels.data()) + 1, rowBytes);
-    Band band;
-    band.packed = packBand(pixels, rowBytes, PIXEL, compression);
-    band.bytes = pngData(band.packed.blocks);
-    band.packed.blocks.clear();
-    return band;
+    const std::size_t rows = static_cast<std::size_t>(range.count());
+    std::string& pixels = workshop.pixels;
+    pixels.resize(rowBytes * rows);
+    for (std::size_t y = 0; y < rows; ++y) pixels[y * rowBytes] = 0;  // the filter: none
+    workshop.rows.render(job, range, reinterpret_cast<unsigned char*>(pixels.data()) + 1, rowBytes);
+    const PackedBand packed = workshop.packer.pack(pixels, rowBytes, PIXEL, compression);
+    return {pngChunk("IDAT", packed.blocks), packed.adler, packed.length};
 }
 
 std::string PngEncoder::tail(std::uint32_t adler) const {
-    return pngData(streamTail(adler)) + pngEnd();
+    return pngChunk("IDAT", streamTail(adler)) + pngChunk("IEND", {});
 }
 
 }  // namespace render

@@ -1,6 +1,7 @@
 // How the rows of a picture become the bytes of a file.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -10,21 +11,30 @@
 
 namespace render {
 
+// A band as a part of a file, and what the tail of the file has to know of it.
+struct EncodedBand {
+    std::string bytes;
+    std::uint32_t adler = 1;   // Adler-32 of what was packed
+    std::uint64_t length = 0;  // number of its bytes
+};
+
+// What one thread needs to make bands; it keeps its memory from one band to the next.
+struct Workshop {
+    explicit Workshop(const std::atomic<bool>& stop) : rows(stop) {}
+
+    RowRenderer rows;
+    BandPacker packer;
+    std::string pixels;
+};
+
 // One file format. A picture is its head, its bands from top to bottom and its tail; bands are
-// packed apart from one another, on any thread.
+// made apart from one another, on any thread.
 class Encoder {
   public:
     virtual ~Encoder() = default;
 
     virtual std::string head(const Job& job) const = 0;
-
-    // A band as a part of the file, and what the tail has to know of it. `rows` renders for the
-    // calling thread.
-    struct Band {
-        std::string bytes;
-        PackedBand packed;  // its blocks moved into `bytes`
-    };
-    virtual Band band(const Job& job, RowRange range, RowRenderer& rows) const = 0;
+    virtual EncodedBand band(const Job& job, RowRange range, Workshop& workshop) const = 0;
 
     // adler: of all bands together, as joinAdler() puts it together.
     virtual std::string tail(std::uint32_t adler) const = 0;
@@ -37,7 +47,7 @@ class PngEncoder : public Encoder {
         : compression(packing), metadata(withMetadata) {}
 
     std::string head(const Job& job) const override;
-    Band band(const Job& job, RowRange range, RowRenderer& rows) const override;
+    EncodedBand band(const Job& job, RowRange range, Workshop& workshop) const override;
     std::string tail(std::uint32_t adler) const override;
 
   private:

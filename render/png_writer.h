@@ -22,10 +22,8 @@ struct PngText {
 std::string pngHead(Size size, const std::vector<Colour>& colours,
                     const std::vector<PngText>& texts);
 
-// A chunk of packed rows. The rows of one picture may come in any number of these.
-std::string pngData(std::string_view bytes);
-
-// The end of the file.
-std::string pngEnd();
+// A chunk of this type, four letters. The packed rows of a picture may come in any number of "IDAT"
+// chunks; an empty "IEND" is the end of the file.
+std::string pngChunk(std::string_view type, std::string_view data);
 
 }  // namespace render

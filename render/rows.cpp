@@ -27,14 +27,16 @@ unsigned char* wholePicture(unsigned char* rows, int first, std::size_t stride) 
 }
 
 template <class T>
-void renderAs(const Job& job, RowRange rows, unsigned char* picture) {
+void renderAs(const Job& job, RowRange rows, unsigned char* picture, StopFlag stop) {
     const fractal& v = job.view;
-    auto* palette = const_cast<unsigned char*>(job.palette->table.data());  // it is only read
-    threadCPU<T>(0, rows.first, job.size.width * job.supersample, rows.end,
-                 job.size.width * job.supersample, job.size.height * job.supersample,
-                 static_cast<T>(v.xMin), static_cast<T>(v.xMax), static_cast<T>(v.yMin),
-                 static_cast<T>(v.yMax), static_cast<T>(v.cx), static_cast<T>(v.cy),
-                 truncateToInt(v.maxSize), v.maxIters, picture, palette, v.fractalType);
+    const int width = job.size.width * job.supersample;
+    renderTileUntilStopped<T>(
+        {0, rows.first, width, rows.end, width, job.size.height * job.supersample,
+         static_cast<T>(v.xMin), static_cast<T>(v.xMax), static_cast<T>(v.yMin),
+         static_cast<T>(v.yMax), static_cast<T>(v.cx), static_cast<T>(v.cy),
+         static_cast<T>(truncateToInt(v.maxSize)), v.maxIters, picture, job.palette->table.data(),
+         stop},
+        v.fractalType);
 }
 
 // Whether the n x n samples at `corner` are all the same.
@@ -69,9 +71,9 @@ void RowRenderer::renderSamples(const Job& job, RowRange sampleRows) {
     samples.resize(static_cast<std::size_t>(sampleRows.count()) * stride);
     unsigned char* picture = wholePicture(samples.data(), sampleRows.first, stride);
     if (job.precision == Precision::doubles) {
-        renderAs<double>(job, sampleRows, picture);
+        renderAs<double>(job, sampleRows, picture, &stop);
     } else {
-        renderAs<float>(job, sampleRows, picture);
+        renderAs<float>(job, sampleRows, picture, &stop);
     }
 }
 

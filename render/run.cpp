@@ -77,9 +77,9 @@ class Writer {
         adler = 1;
     }
 
-    void add(const Encoder::Band& band) {
+    void add(const EncodedBand& band) {
         file->write(band.bytes);
-        adler = joinAdler(adler, band.packed);
+        adler = joinAdler(adler, band.adler, band.length);
     }
 
     void finish() {
@@ -106,19 +106,19 @@ void makePictures(const std::vector<Job>& jobs, const Encoder& encoder, const Ru
     Progress progress(!options.quiet);
     std::atomic<bool> stop{false};
     const int threads = threadCount(options);
-    const auto makeBand = [&](std::uint64_t index, RowRenderer& rows) {
+    const auto makeBand = [&](std::uint64_t index, Workshop& workshop) {
         const auto place = bands.place(index);
         const Job& job = jobs[place.picture];
-        return encoder.band(job, bandRows(job.size, place.band), rows);
+        return encoder.band(job, bandRows(job.size, place.band), workshop);
     };
-    Pipeline<Encoder::Band> pipeline(
+    Pipeline<EncodedBand> pipeline(
         bands.count(), threads, static_cast<std::uint64_t>(2 * threads) + 2, [&] {
-            const auto rows = std::make_shared<RowRenderer>(stop);
-            return [&, rows](std::uint64_t index) { return makeBand(index, *rows); };
+            const auto workshop = std::make_shared<Workshop>(stop);
+            return [&, workshop](std::uint64_t index) { return makeBand(index, *workshop); };
         });
     const SetAtEnd stopping(stop);
     for (std::uint64_t index = 0; index < bands.count(); ++index) {
-        const Encoder::Band band = pipeline.next();
+        const EncodedBand band = pipeline.next();
         const auto place = bands.place(index);
         if (place.first && index > 0) writer.begin(place.picture);
         writer.add(band);

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "compute/tile_renderer.h"
-#include "tests/vector/vector_support.h"
+#include "tests/compute/vector_support.h"
 
 namespace {
 
