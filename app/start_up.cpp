@@ -10,21 +10,20 @@
 #include <string>
 #include <thread>
 
-#include "app/catalogue.h"
-#include "app/frame_loop.h"
-#include "app/navigation.h"
-#include "app/platform_x11.h"
 #include "app/signals.h"
-#include "app/window_title.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
 #include "backends/renderer.h"
 #include "backends/worker_pool.h"
-#include "commands/frac_file.h"
 #include "commands/menu_tree.h"
-
-std::int32_t screen_width = 0, screen_height = 0;
+#include "explorer/catalogue.h"
+#include "explorer/frac_file.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/platform_x11.h"
+#include "explorer/window_state.h"
+#include "explorer/window_title.h"
 
 namespace {
 

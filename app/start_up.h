@@ -1,12 +1,6 @@
 // The program from its first line to the GLUT main loop.
 #pragma once
 
-#include <cstdint>
-
-// Initial window size in pixels, 90 % of the screen. Written at start-up, read by createMenu; GLUT
-// thread only.
-extern std::int32_t screen_width, screen_height;
-
 // Prints the options, one a line.
 void listOptions();
 

@@ -3,14 +3,11 @@
 // after a device has been chosen prints its message and ends the process with its status.
 #pragma once
 
-#ifndef CL_TARGET_OPENCL_VERSION
-#define CL_TARGET_OPENCL_VERSION 120
-#endif
-#include <CL/cl.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "backends/opencl.h"
 
 // All devices found, in discovery order. Written at start-up, read by start-up, menus and set-up;
 // main thread only.

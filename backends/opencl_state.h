@@ -3,7 +3,9 @@
 // back-end and its tests include this header. Main thread only, all of it.
 #pragma once
 
-#include "backends/opencl_backend.h"
+#include <cstdint>
+
+#include "backends/opencl.h"
 
 // Context of the device in use. Written by set-up and release, read by set-up.
 extern cl_context context;

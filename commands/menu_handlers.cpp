@@ -7,18 +7,19 @@
 #include <string>
 #include <vector>
 
-#include "app/catalogue.h"
-#include "app/frame_loop.h"
-#include "app/navigation.h"
-#include "app/window_title.h"
 #include "backends/opencl_backend.h"
 #include "backends/renderer.h"
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
 #include "commands/GetFilenameDialog.h"
-#include "commands/frac_file.h"
-#include "commands/menu_tree.h"
+#include "commands/menu_texts.h"
 #include "commands/parameter_dialog.h"
+#include "explorer/catalogue.h"
+#include "explorer/frac_file.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "explorer/window_title.h"
 
 using GlutMenu::CGlutMenu;
 

@@ -1,56 +1,18 @@
 #include "commands/menu_tree.h"
 
+#include <string>
 #include <vector>
 
-#include "app/frame_loop.h"
-#include "app/start_up.h"
 #include "backends/opencl_backend.h"
 #include "backends/renderer.h"
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
 #include "commands/menu_handlers.h"
+#include "commands/menu_texts.h"
+#include "explorer/frame_loop.h"
+#include "explorer/window_state.h"
 
 using GlutMenu::CGlutMenu;
-
-const std::string fractals_menu = "Fractals";
-const std::string toggle_timing_logs = "Toggle Timing Logs";
-const std::string previous_fractal = "Previous Fractal";
-const std::string next_fractal = "Next Fractal";
-const std::string cycle_fractals = "Cycle";
-const std::string fractal_info = "Information";
-const std::string load_from_disk = "Load from disk";
-const std::string save_to_disk = "Save to disk";
-const std::string quit_option = "Quit";
-const std::string mandelbrot = "Mandelbrot";
-const std::string julia = "Julia";
-const std::string sin_frac = "Sin";
-const std::string cos_frac = "Cos";
-const std::string sinh_frac = "Sinh";
-const std::string cosh_frac = "Cosh";
-const std::string barnsley_frac = "Barnsley";
-const std::string dragon_frac = "Dragon";
-const std::string chebyshev_frac = "Chebyshev T5";
-const std::string hermite_frac = "Hermite H4";
-const std::string legendre_frac = "Legendre P3";
-const std::string julia_default = "Default";
-const std::string julia_dendrite = "Dendrite";
-const std::string julia_rabbit = "Douady's Rabbit";
-const std::string julia_marco = "San Marco";
-const std::string julia_siegel = "Siegel Disk";
-const std::string barnsley_1 = "1st Fractal";
-const std::string barnsley_2 = "2nd Fractal";
-const std::string barnsley_3 = "3rd Fractal";
-const std::string barnsley_sierpinski = "Sierpinski";
-const std::string random_colours = "Random Colours";
-const std::string rgb_cycle = "RGB Cycle";
-const std::string zoom_string = "Zoom";
-const std::string cpu_device = "CPU";
-const std::string double_precision = "Double precision";
-const std::string cpu_threads = "CPU Threads";
-const std::string system_information = "System information";
-// No menu offers these two; the handlers know them.
-const std::string toggle_to_cpu = "Toggle to CPU";
-const std::string toggle_to_gpu = "Toggle to GPU";
 
 namespace {
 

@@ -7,9 +7,9 @@
 #include <charconv>
 #include <iostream>
 
-#include "app/navigation.h"
 #include "backends/view_state.h"
 #include "compute/saturate.h"
+#include "explorer/navigation.h"
 
 GlutMenu::CTextInput input;
 

@@ -29,8 +29,8 @@
 #include <cstdint>
 
 #include "compute/vector_number-inl.h"
-#include "compute/vector_renderer.h"
 #include "compute/vector_slots-inl.h"
+#include "compute/vector_tile.h"
 #include "compute/vector_trig-inl.h"
 
 #if HWY_TARGET != HWY_SCALAR

@@ -6,22 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "compute/stop_flag.h"
-
-// One tile, clipped to the picture, and all that its pixels depend on. Fields as the arguments of
-// threadCPU; limit is maxSizeSquared in T. Once `stop` is set the tile is given up within some
-// milliseconds, whatever its limit; pixels that have no count by then are not written.
-template <class T>
-struct VectorTile {
-    int xStart, yStart, xEnd, yEnd;
-    int width, height;
-    T xMin, xMax, yMin, yMax, cx, cy;
-    T limit;
-    int maxIters;
-    unsigned char* buffer;
-    const unsigned char* palette;
-    StopFlag stop = nullptr;
-};
+#include "compute/vector_tile.h"
 
 // Renders the tile by rule `type` with the best instruction set of the machine and returns true.
 // Returns false, with nothing written, where vectors do not help: an unknown rule, or a machine

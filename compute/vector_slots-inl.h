@@ -18,7 +18,7 @@
 #include "compute/formulas.h"
 #include "compute/pixels.h"
 #include "compute/vector_number-inl.h"
-#include "compute/vector_renderer.h"
+#include "compute/vector_tile.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {

@@ -18,8 +18,8 @@
 
 #include "compute/vector_certified-inl.h"
 #include "compute/vector_number-inl.h"
-#include "compute/vector_renderer.h"
 #include "compute/vector_slots-inl.h"
+#include "compute/vector_tile.h"
 #include "compute/vector_trig-inl.h"
 
 HWY_BEFORE_NAMESPACE();

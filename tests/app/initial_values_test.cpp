@@ -1,17 +1,18 @@
 // What every global holds before the program does anything. Nothing in this process changes one.
 #include <gmock/gmock.h>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
 #include "app/start_up.h"
-#include "app/window_title.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
 #include "backends/renderer.h"
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
-#include "commands/frac_file.h"
+#include "explorer/frac_file.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "explorer/window_title.h"
 
 namespace {
 

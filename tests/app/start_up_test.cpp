@@ -13,17 +13,18 @@
 #include <thread>
 #include <vector>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
 #include "backends/renderer.h"
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
-#include "commands/frac_file.h"
 #include "commands/menu_tree.h"
-#include "tests/app/device_stand_in.h"
+#include "explorer/frac_file.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "tests/support/device_stand_in.h"
 #include "tests/support/glut_stand_in.h"
 #include "tests/support/stdout_capture.h"
 

@@ -3,15 +3,16 @@
 
 #include <cstdlib>
 
-#include "app/catalogue.h"
-#include "app/frame_loop.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
 #include "backends/renderer.h"
 #include "commands/menu_handlers.h"
+#include "commands/menu_texts.h"
 #include "commands/menu_tree.h"
-#include "tests/commands/stand_ins.h"
+#include "explorer/catalogue.h"
+#include "explorer/frame_loop.h"
 #include "tests/support/reference_fractal.h"
+#include "tests/support/stand_ins.h"
 
 using stand_ins::submenu;
 using test_support::Picture;

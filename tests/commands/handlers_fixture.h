@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
 #include "commands/menu_handlers.h"
 #include "commands/menu_tree.h"
-#include "tests/commands/stand_ins.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "tests/support/stand_ins.h"
 
 namespace stand_ins {
 

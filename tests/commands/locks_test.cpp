@@ -9,12 +9,12 @@
 #include <mutex>
 #include <thread>
 
-#include "app/catalogue.h"
-#include "commands/frac_file.h"
 #include "commands/parameter_dialog.h"
-#include "tests/app/lock_probe.h"
+#include "explorer/catalogue.h"
+#include "explorer/frac_file.h"
 #include "tests/commands/handlers_fixture.h"
 #include "tests/frac/frac_bytes.h"
+#include "tests/support/lock_probe.h"
 
 using frac_bytes::Record;
 using stand_ins::choose;

@@ -5,13 +5,13 @@
 
 #include <cstdlib>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
-#include "app/window_title.h"
 #include "backends/renderer.h"
 #include "backends/worker_pool.h"
-#include "commands/frac_file.h"
-#include "commands/menu_tree.h"
+#include "explorer/frac_file.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "explorer/window_title.h"
 #include "tests/commands/handlers_fixture.h"
 #include "tests/support/catalogue_table.h"
 

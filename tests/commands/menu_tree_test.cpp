@@ -5,13 +5,14 @@
 
 #include <utility>
 
-#include "app/frame_loop.h"
-#include "app/start_up.h"
 #include "backends/opencl_backend.h"
 #include "backends/renderer.h"
 #include "backends/worker_pool.h"
 #include "commands/menu_handlers.h"
-#include "tests/commands/stand_ins.h"
+#include "commands/menu_texts.h"
+#include "explorer/frame_loop.h"
+#include "explorer/window_state.h"
+#include "tests/support/stand_ins.h"
 
 using GlutMenu::CGlutMenu;
 using stand_ins::submenu;

@@ -8,9 +8,9 @@
 #include <cstdlib>
 #include <limits>
 
-#include "app/frame_loop.h"
 #include "commands/menu_tree.h"
-#include "tests/commands/stand_ins.h"
+#include "explorer/frame_loop.h"
+#include "tests/support/stand_ins.h"
 
 using stand_ins::choose;
 using stand_ins::submenu;

@@ -2,7 +2,7 @@
 #include "backends/opencl_backend.h"
 
 #include "backends/renderer.h"
-#include "tests/commands/stand_ins.h"
+#include "tests/support/stand_ins.h"
 
 std::vector<cl_device_id> devices;
 std::vector<std::string> device_names;

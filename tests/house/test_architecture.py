@@ -1,5 +1,7 @@
-"""The table in docs/architecture.md is true: no file includes or calls what its row does not allow."""
+"""The table in docs/architecture.md is true: no file includes or calls what its row does not
+allow, every include points down, and neither folders nor files stand in a circle."""
 
+import collections
 import os
 import re
 import unittest
@@ -18,17 +20,94 @@ LIBRARIES = {
     "Benchmark": (r"benchmark/.*", r"\bbenchmark::"),
 }
 CODE = (".cpp", ".h", ".mm", ".inc")
+NOT_THE_PROGRAM = ("tests", "build", "out")
+
+# floor: what a row may include lies on lower ones; includes and libraries: beside its own folder.
+Row = collections.namedtuple("Row", "floor includes libraries")
 
 
 def read_table(text):
-    """Rows of the page's table: {path prefix: (allowed includes, allowed libraries)}."""
+    """Rows of the page's table: {path prefix: Row}."""
     rows = {}
     for line in text.splitlines():
-        cells = [cell.strip() for cell in line.strip("|").split("|")]
-        if line.startswith("| `") and len(cells) == 3:
-            libraries = [] if cells[2] == "none" else re.split(r",\s*", cells[2])
-            rows[cells[0].strip("`")] = (re.findall(r"`([^`]+)`", cells[1]), libraries)
+        cells = [cell.strip() for cell in line.strip().strip("|").split("|")]
+        if len(cells) == 5 and cells[0].isdigit():
+            libraries = [] if cells[4] == "none" else re.split(r",\s*", cells[4])
+            rows[cells[1].strip("`")] = Row(int(cells[0]), re.findall(r"`([^`]+)`", cells[3]), libraries)
     return rows
+
+
+def row_for(rows, path):
+    """(prefix, row) that holds for a path: the most specific one; None where there is none."""
+    matching = [prefix for prefix in rows if path.startswith(prefix)]
+    return max(((prefix, rows[prefix]) for prefix in matching), key=lambda r: len(r[0]), default=None)
+
+
+def includes_of(code):
+    return re.findall(r'^\s*#\s*include "([^"]+)"', code, flags=re.M)
+
+
+def unit(path):
+    """A header and its source are one unit: they can only be understood together."""
+    return os.path.splitext(path)[0]
+
+
+def folder(path):
+    """The folder that a path lies in, a folder's own subfolders included."""
+    return path.split("/")[0]
+
+
+def graph_of(tree, node):
+    """{node: the other nodes it includes} of a tree {path: code}, where node(path) names a path's."""
+    graph = {}
+    for path, code in tree.items():
+        reached = graph.setdefault(node(path), set())
+        reached |= {node(include) for include in includes_of(code)} - {node(path)}
+    return graph
+
+
+def circle_in(graph):
+    """The nodes of some circle, the first one repeated at the end; an empty list when there is none."""
+    done = set()
+
+    def walk(node, trail):
+        if node in trail:
+            return trail[trail.index(node) :] + [node]
+        if node in done:
+            return []
+        for following in sorted(graph.get(node, ())):
+            found = walk(following, trail + [node])
+            if found:
+                return found
+        done.add(node)
+        return []
+
+    return next(filter(None, (walk(node, []) for node in sorted(graph))), [])
+
+
+def offences(rows, tree):
+    """What is wrong with a table's floors and with the includes of a tree {path: code}, in words."""
+    found = []
+    for prefix, row in rows.items():
+        for allowed in row.includes:
+            below = row_for(rows, allowed)
+            if below is None or below[1].floor >= row.floor:
+                found.append(f"the row of {prefix} points at {allowed}, which is not below it")
+    for path, code in tree.items():
+        own = row_for(rows, path)
+        if own is None:
+            found.append(f"{path} has no row")
+            continue
+        for include in includes_of(code):
+            there = row_for(rows, include)
+            allowed = include.startswith((*own[1].includes, folder(path) + "/"))
+            if not allowed or there is None or there[1].floor > own[1].floor:
+                found.append(f"{path} may not include {include}")
+    for what, node in (("folders", folder), ("files", unit)):
+        circle = circle_in(graph_of(tree, node))
+        if circle:
+            found.append(f"{what} in a circle: {' -> '.join(circle)}")
+    return found
 
 
 def without_comments_and_texts(code):
@@ -39,11 +118,12 @@ def without_comments_and_texts(code):
 
 
 def sources():
-    for folder in ("app", "backends", "commands", "compute", "frac", "GlutMenu", "bench"):
-        for path, _folders, files in os.walk(os.path.join(SOURCE, folder)):
-            for name in files:
-                if name.endswith(CODE):
-                    yield os.path.relpath(os.path.join(path, name), SOURCE)
+    for path, folders, files in os.walk(SOURCE):
+        if path == SOURCE:
+            folders[:] = [f for f in folders if not f.startswith((".", *NOT_THE_PROGRAM))]
+        for name in files:
+            if name.endswith(CODE):
+                yield os.path.relpath(os.path.join(path, name), SOURCE)
 
 
 def read(path):
@@ -56,13 +136,11 @@ class Architecture(unittest.TestCase):
     def setUpClass(cls):
         cls.rows = read_table(read("docs/architecture.md"))
 
-    def row_for(self, path):
-        matching = [prefix for prefix in self.rows if path.startswith(prefix)]
-        self.assertTrue(matching, f"{path} has no row in docs/architecture.md")
-        return self.rows[max(matching, key=len)]
+    def test_every_include_points_down_and_none_in_a_circle(self):
+        self.assertEqual(offences(self.rows, {path: read(path) for path in sources()}), [])
 
     def test_the_table_names_only_known_libraries(self):
-        named = {library for _, libraries in self.rows.values() for library in libraries}
+        named = {library for row in self.rows.values() for library in row.libraries}
         self.assertEqual(named - set(LIBRARIES), set())
 
     def test_every_row_is_about_something_that_exists(self):
@@ -71,26 +149,15 @@ class Architecture(unittest.TestCase):
             with self.subTest(row=prefix):
                 self.assertTrue(any(path.startswith(prefix) for path in paths))
 
-    def test_files_include_only_what_their_row_allows(self):
-        for path in sources():
-            allowed, _ = self.row_for(path)
-            own = os.path.splitext(path)[0]
-            for include in re.findall(r'^\s*#\s*include "([^"]+)"', read(path), flags=re.M):
-                with self.subTest(file=path, include=include):
-                    self.assertTrue(
-                        any(include.startswith(prefix) for prefix in allowed + [own]),
-                        f"{path} may include from {allowed} only",
-                    )
-
     def test_includes_are_written_from_the_root(self):
         for path in sources():
-            for include in re.findall(r'^\s*#\s*include "([^"]+)"', read(path), flags=re.M):
+            for include in includes_of(read(path)):
                 with self.subTest(file=path, include=include):
                     self.assertIn("/", include)
 
     def test_files_use_only_the_libraries_of_their_row(self):
         for path in sources():
-            _, allowed = self.row_for(path)
+            allowed = row_for(self.rows, path)[1].libraries
             code = read(path)
             included = re.findall(r"^\s*#\s*(?:include|import) <([^>]+)>", code, flags=re.M)
             stripped = without_comments_and_texts(code)
@@ -103,9 +170,88 @@ class Architecture(unittest.TestCase):
 
 
 class TheScanItself(unittest.TestCase):
+    ROWS = {
+        "top/": Row(3, ["middle/", "low/"], []),
+        "middle/": Row(2, ["low/"], []),
+        "beside/": Row(2, ["low/"], []),
+        "low/": Row(1, [], []),
+        "low/odd": Row(1, [], []),
+        "low/demo/": Row(2, ["low/"], []),
+    }
+
+    def offences(self, **includes):
+        """Of a tree of made-up files: top_a_h=["low/b.h"] is a file top/a.h that includes low/b.h."""
+        tree = {}
+        for name, included in includes.items():
+            *places, stem, ending = name.split("_")
+            place = "/".join(places)
+            code = "".join(f'#include "{include}"\n' for include in included)
+            tree[f"{place}/{stem}.{ending}"] = code
+        return offences(self.ROWS, tree)
+
     def test_a_row_is_read(self):
-        rows = read_table("| Where | x |\n| `a/` | `a/` `b/c.h` | GLUT, OpenGL |\n")
-        self.assertEqual(rows, {"a/": (["a/", "b/c.h"], ["GLUT", "OpenGL"])})
+        rows = read_table("| Floor | x |\n| 2 | `a/` | text `c` | `b/` `b/c.h` | GLUT, OpenGL |\n")
+        self.assertEqual(rows, {"a/": Row(2, ["b/", "b/c.h"], ["GLUT", "OpenGL"])})
+
+    def test_a_row_without_includes_and_libraries_is_read(self):
+        self.assertEqual(read_table("| 1 | `a/` | text | | none |\n"), {"a/": Row(1, [], [])})
+
+    def test_includes_that_point_down_pass(self):
+        self.assertEqual(
+            self.offences(top_a_cpp=["top/a.h", "low/b.h"], top_a_h=["middle/c.h"], low_b_h=["low/d.h"],
+                          low_odd_cpp=["low/odd.h", "low/b.h"]),
+            [],
+        )
+
+    def test_an_upward_include_is_refused(self):
+        self.assertEqual(self.offences(low_b_cpp=["top/a.h"]), ["low/b.cpp may not include top/a.h"])
+
+    def test_a_sideways_include_is_refused(self):
+        self.assertEqual(
+            self.offences(middle_b_h=["beside/a.h"]), ["middle/b.h may not include beside/a.h"]
+        )
+
+    def test_an_upward_include_of_a_file_with_a_row_of_its_own_is_refused(self):
+        self.assertEqual(self.offences(low_odd_h=["top/a.h"]), ["low/odd.h may not include top/a.h"])
+
+    def test_a_subfolder_on_a_higher_floor_is_above_its_folder(self):
+        self.assertEqual(self.offences(low_demo_a_cpp=["low/b.h"]), [])
+        self.assertEqual(
+            self.offences(low_b_h=["low/demo/a.h"]), ["low/b.h may not include low/demo/a.h"]
+        )
+
+    def test_a_file_without_a_row_is_refused(self):
+        self.assertEqual(self.offences(new_a_h=[]), ["new/a.h has no row"])
+
+    def test_a_row_that_points_up_or_sideways_is_refused(self):
+        for allowed in ("top/", "beside/", "middle/"):
+            with self.subTest(allowed=allowed):
+                self.assertEqual(
+                    offences({**self.ROWS, "middle/": Row(2, [allowed], [])}, {}),
+                    [f"the row of middle/ points at {allowed}, which is not below it"],
+                )
+
+    def test_headers_in_a_circle_are_refused(self):
+        self.assertEqual(
+            self.offences(low_a_h=["low/b.h"], low_b_h=["low/c.h"], low_c_h=["low/a.h"]),
+            ["files in a circle: low/a -> low/b -> low/c -> low/a"],
+        )
+
+    def test_sources_that_need_each_others_headers_are_a_circle(self):
+        self.assertEqual(
+            self.offences(low_a_cpp=["low/a.h", "low/b.h"], low_b_cpp=["low/b.h", "low/a.h"]),
+            ["files in a circle: low/a -> low/b -> low/a"],
+        )
+
+    def test_two_ways_to_one_file_are_no_circle(self):
+        self.assertEqual(
+            self.offences(low_a_h=["low/b.h", "low/c.h"], low_b_h=["low/d.h"], low_c_h=["low/d.h"]), []
+        )
+
+    def test_folders_in_a_circle_are_refused_even_where_no_file_is(self):
+        found = self.offences(top_a_h=["low/b.h"], low_c_h=["top/d.h"])
+        self.assertIn("folders in a circle: low -> top -> low", found)
+        self.assertFalse(any(offence.startswith("files") for offence in found))
 
     def test_comments_and_strings_are_not_calls(self):
         code = 'int x; // glutInit(\nchar* s = "glutInit(";\n/* glutInit( */'

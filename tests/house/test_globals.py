@@ -8,7 +8,7 @@ import unittest
 
 SOURCE = os.environ.get("TESSARY_SOURCE", os.path.join(os.path.dirname(__file__), "..", ".."))
 BUILD = os.environ.get("TESSARY_BUILD", os.path.join(SOURCE, "build", "release"))
-FOLDERS = ("app", "backends", "commands", "compute", "frac", "GlutMenu")
+FOLDERS = ("app", "backends", "commands", "compute", "explorer", "frac", "GlutMenu")
 LIST = "tests/house/file_statics.txt"
 
 # One line of `objdump -t`: binding (g global, l local, u unique, w weak), section, demangled name.
@@ -127,6 +127,15 @@ class Globals(unittest.TestCase):
                 with self.subTest(file=source, name=name):
                     declared = declarations_of(source.split("/")[0])
                     self.assertTrue(name.split("::")[-1] in declared)
+
+    def test_what_stands_without_a_window_keeps_nothing_that_a_picture_depends_on(self):
+        kept = {name for file, name, _ in self.symbols if file.startswith(("compute/", "frac/"))}
+        harmless = {
+            "cycleDetection",  # a switch of tests and benchmarks
+            "lastChunkRepeated",  # what a thread expects of its next chunk: time, not pixels
+            "presets",  # never written
+        }
+        self.assertEqual({name for name in kept if name.split("::")[-1] not in harmless}, set())
 
     def test_every_declared_global_says_who_uses_it(self):
         for folder in FOLDERS:

@@ -1,12 +1,12 @@
-#include "app/catalogue.h"
+#include "explorer/catalogue.h"
 
 #include <gmock/gmock.h>
 
 #include <string>
 
-#include "app/window_title.h"
 #include "backends/view_state.h"
-#include "tests/app/app_test.h"
+#include "explorer/window_title.h"
+#include "tests/explorer/explorer_test.h"
 #include "tests/support/catalogue_table.h"
 
 namespace {
@@ -17,9 +17,9 @@ using testing::ExitedWithCode;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-class CatalogueTest : public AppTest {};
+class CatalogueTest : public ExplorerTest {};
 
-class CatalogueTable : public AppTest, public testing::WithParamInterface<CatalogueRow> {};
+class CatalogueTable : public ExplorerTest, public testing::WithParamInterface<CatalogueRow> {};
 
 TEST_P(CatalogueTable, ANewEntryHoldsTheValuesOfItsRow) {
     const CatalogueRow& row = GetParam();

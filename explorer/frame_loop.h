@@ -2,20 +2,9 @@
 // callbacks that hand window and keyboard events on. All run on the GLUT thread.
 #pragma once
 
-#include <cstdint>
-
-#include "GlutMenu/CGlutMenu.h"
-
-// The on-screen menu bar. Built at start-up, changed by the menu handlers; GLUT thread only.
-extern GlutMenu::CGlutMenu menu;
-
 // Print the timing line after each display call. Written by the menu handlers, read by renderScene;
 // GLUT thread only.
 extern bool bLogging;
-
-// Sum of all render times in nanoseconds. Written by renderScene and start-up, read by idle for the
-// benchmark's total; GLUT thread only.
-extern std::int64_t totalTime;
 
 // Display callback: renders when a render is owed, shows the picture, the rubber band and the menu.
 void renderScene();

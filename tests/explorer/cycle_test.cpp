@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
 #include "backends/view_state.h"
-#include "tests/app/app_test.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "tests/explorer/explorer_test.h"
 
 namespace {
 
@@ -21,7 +21,7 @@ constexpr int LEFT = 0, PRESS = 0, RELEASE = 1;
 
 const Rectangle FIRST{1, 0, 1, 0}, SECOND{3, 2, 3, 2}, THIRD{5, 4, 5, 4};
 
-class AdvanceTest : public AppTest {
+class AdvanceTest : public ExplorerTest {
   protected:
     AdvanceTest() {
         setCatalogue(
@@ -95,7 +95,7 @@ TEST_F(AdvanceTest, AnEmptyCatalogueIsHarmless) {
     EXPECT_EQ(update_count, 3);
 }
 
-class CycleTest : public AppTest {
+class CycleTest : public ExplorerTest {
   protected:
     void startCycling(const std::vector<fractal>& entries) {
         setCatalogue(entries);

@@ -1,8 +1,8 @@
-#include "app/catalogue.h"
+#include "explorer/catalogue.h"
 
 #include <cstdio>
 
-#include "app/window_title.h"
+#include "explorer/window_title.h"
 #include "frac/presets.h"
 
 namespace {

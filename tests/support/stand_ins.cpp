@@ -1,23 +1,16 @@
-#include "tests/commands/stand_ins.h"
+#include "tests/support/stand_ins.h"
 
 #include <GL/glut.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
-
-#include "app/frame_loop.h"
-#include "app/navigation.h"
-#include "app/start_up.h"
-#include "app/window_title.h"
 #include "backends/opencl_backend.h"
 #include "backends/renderer.h"
 #include "backends/worker_pool.h"
 #include "commands/GetFilenameDialog.h"
-#include "commands/frac_file.h"
-
-std::int32_t screen_width = 1024, screen_height = 768;
+#include "explorer/frac_file.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "explorer/window_title.h"
 
 namespace stand_ins {
 
@@ -96,34 +89,6 @@ void listDevices(std::vector<bool> doubles) {
     fp64_support = std::move(doubles);
 }
 
-TemporaryFolder::TemporaryFolder() {
-    std::string pattern =
-        (std::filesystem::temp_directory_path() / "tessary-commands-XXXXXX").string();
-    path = mkdtemp(pattern.data());
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code error;
-    std::filesystem::remove_all(path, error);
-}
-
-std::vector<std::string> TemporaryFolder::names() const {
-    std::vector<std::string> found;
-    for (const auto& entry : std::filesystem::directory_iterator(path)) {
-        found.push_back(entry.path().filename().string());
-    }
-    return found;
-}
-
-std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
 fractal someEntry(const std::string& name, int id) {
     return {2.5, -1.5, 3.25, -0.75, 0.125, -0.625, 10, 640, 9.5, 1, name, id};
 }
@@ -135,7 +100,7 @@ struct CommandsTest::Saved {
     std::vector<bool> doubles = fp64_support;
     std::vector<std::uint64_t> kinds = types;
     std::int32_t device = nCudaDevice, threads = numCPUThreads, most = max_threads;
-    std::int32_t direction = cycleDir;
+    std::int32_t direction = cycleDir, width = screen_width, height = screen_height;
     bool logging = bLogging, zooming = zooming_enabled, refreshed = image_refreshed;
     std::string text = kernel_string, shown = current_filename, file = filename;
 };
@@ -150,6 +115,8 @@ CommandsTest::CommandsTest() : saved(std::make_unique<Saved>()) {
     nCudaDevice = -1;
     max_threads = 4;
     numCPUThreads = 4;
+    screen_width = 1024;
+    screen_height = 768;
     listDevices({});
     forget();
 }
@@ -164,6 +131,8 @@ CommandsTest::~CommandsTest() {
     numCPUThreads = saved->threads;
     max_threads = saved->most;
     cycleDir = saved->direction;
+    screen_width = saved->width;
+    screen_height = saved->height;
     bLogging = saved->logging;
     zooming_enabled = saved->zooming;
     image_refreshed = saved->refreshed;

@@ -1,13 +1,13 @@
-#include "app/navigation.h"
+#include "explorer/navigation.h"
 
 #include <GL/glut.h>
 
 #include <algorithm>
 #include <iostream>
 
-#include "app/catalogue.h"
-#include "app/frame_loop.h"
 #include "backends/image.h"
+#include "explorer/catalogue.h"
+#include "explorer/window_state.h"
 
 bool zooming_enabled = true;
 bool rubber_banding = false;

@@ -1,8 +1,8 @@
-#include "app/window_title.h"
+#include "explorer/window_title.h"
 
 #include <GL/glut.h>
 
-#include "app/platform_x11.h"
+#include "explorer/platform_x11.h"
 
 std::string current_filename;
 

@@ -1,4 +1,4 @@
-#include "tests/app/device_stand_in.h"
+#include "tests/support/device_stand_in.h"
 
 #ifndef CL_TARGET_OPENCL_VERSION
 #define CL_TARGET_OPENCL_VERSION 120

@@ -14,11 +14,11 @@
 #include <random>
 #include <thread>
 
-#include "commands/frac_file.h"
+#include "explorer/frac_file.h"
 #include "frac/byte_reader.h"
 #include "frac/frac_record.h"
-#include "tests/commands/stand_ins.h"
 #include "tests/frac/frac_bytes.h"
+#include "tests/support/stand_ins.h"
 
 using frac_bytes::Record;
 using stand_ins::readFile;

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mount.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,11 +12,11 @@
 #include <filesystem>
 #include <thread>
 
-#include "commands/frac_file.h"
-#include "tests/commands/stand_ins.h"
+#include "tests/support/files.h"
 
-using stand_ins::readFile;
-using stand_ins::writeFile;
+using test_support::FileSizeLimit;
+using test_support::readFile;
+using test_support::writeFile;
 using testing::ElementsAre;
 
 namespace {
@@ -32,23 +31,7 @@ class ReplaceFile : public testing::Test {
         return result;
     }
 
-    stand_ins::TemporaryFolder folder;
-};
-
-// Gives the process a largest file size while it lives.
-class FileSizeLimit {
-  public:
-    explicit FileSizeLimit(rlim_t bytes) {
-        getrlimit(RLIMIT_FSIZE, &previous);
-        const struct rlimit limit = {bytes, previous.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &previous); }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-  private:
-    struct rlimit previous = {};
+    test_support::TemporaryFolder folder;
 };
 
 bool isRoot() {
@@ -284,35 +267,6 @@ TEST_F(ReplaceFile, AKilledWriterLeavesOldOrNewWhole) {
         const std::string found = readFile(path());
         EXPECT_TRUE(found == old || found == fresh);
     }
-}
-
-// ---- through the command
-
-class SaveFailure : public stand_ins::CommandsTest {
-  protected:
-    stand_ins::TemporaryFolder folder;
-};
-
-TEST_F(SaveFailure, IsOneLineAndNoEntryCountsAsSaved) {
-    setCatalogue({stand_ins::someEntry("a"), stand_ins::someEntry("b")});
-    for (const std::string path : {"/nonexistent/a.frac", "/dev/full", "/"}) {
-        forgetOutput();
-        SaveData(path);
-        EXPECT_EQ(printed(), "Could not write to disk\n") << path;
-    }
-}
-
-TEST_F(SaveFailure, LeavesTheOldCatalogueLoadable) {
-    const std::string path = folder / "a.frac";
-    setCatalogue({stand_ins::someEntry("kept")});
-    SaveData(path);
-    setCatalogue({stand_ins::someEntry(std::string(5000, 'x'))});
-    {
-        const FileSizeLimit limit(200);
-        SaveData(path);
-    }
-    LoadData(path);
-    EXPECT_EQ(fractals.at(0).name, "kept");
 }
 
 }  // namespace

@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
 #include "backends/view_state.h"
-#include "tests/app/app_test.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "tests/explorer/explorer_test.h"
 
 namespace {
 
@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 constexpr int LEFT = 0, RIGHT = 2, PRESS = 0, RELEASE = 1;
 
-class ZoomTest : public AppTest {
+class ZoomTest : public ExplorerTest {
   protected:
     ZoomTest() {
         glut.windowWidth = 128;  // half the image's width, a quarter of its height

@@ -8,19 +8,19 @@
 #include <string>
 #include <vector>
 
-#include "tests/app/lock_probe.h"
 #include "tests/support/backend_globals.h"
 #include "tests/support/glut_stand_in.h"
+#include "tests/support/lock_probe.h"
 #include "tests/support/stdout_capture.h"
 
 using glut_stand_in::call;
 using glut_stand_in::callsNamed;
 using glut_stand_in::glut;
 
-class AppTest : public testing::Test {
+class ExplorerTest : public testing::Test {
   protected:
-    AppTest();
-    ~AppTest() override;
+    ExplorerTest();
+    ~ExplorerTest() override;
 
     // What was printed since the test began.
     std::string printed() const { return output.text().substr(preparation); }

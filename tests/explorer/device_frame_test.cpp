@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "app/frame_loop.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
 #include "backends/view_state.h"
-#include "tests/app/app_test.h"
-#include "tests/app/device_stand_in.h"
+#include "explorer/frame_loop.h"
+#include "tests/explorer/explorer_test.h"
+#include "tests/support/device_stand_in.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ void useDevice() {
     bCPU = false;
 }
 
-class DeviceFrameTest : public AppTest {
+class DeviceFrameTest : public ExplorerTest {
   protected:
     DeviceFrameTest() {
         setCatalogue({namedEntry("", 0, {2, -2, 2, -2})});
@@ -38,7 +38,7 @@ class DeviceFrameTest : public AppTest {
         updatePalette(0);
         useDevice();
         setupOpenCL("");
-        before = AppTest::printed().size();
+        before = ExplorerTest::printed().size();
         onDeviceCall = [this](const std::string& name) {
             calls.push_back(name);
             printedAtCall.push_back(printed());
@@ -55,7 +55,7 @@ class DeviceFrameTest : public AppTest {
         nCudaDevice = -1;
     }
 
-    std::string printed() const { return AppTest::printed().substr(before); }
+    std::string printed() const { return ExplorerTest::printed().substr(before); }
 
     std::vector<std::string> calls, printedAtCall;
 

@@ -1,5 +1,5 @@
 // Saving and loading catalogues that nobody has damaged.
-#include "commands/frac_file.h"
+#include "explorer/frac_file.h"
 
 #include <gmock/gmock.h>
 
@@ -7,10 +7,10 @@
 #include <cstring>
 #include <limits>
 
-#include "app/catalogue.h"
-#include "app/navigation.h"
-#include "tests/commands/stand_ins.h"
+#include "explorer/catalogue.h"
+#include "explorer/navigation.h"
 #include "tests/frac/frac_bytes.h"
+#include "tests/support/stand_ins.h"
 
 using frac_bytes::Record;
 using stand_ins::readFile;

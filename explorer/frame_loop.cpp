@@ -1,4 +1,4 @@
-#include "app/frame_loop.h"
+#include "explorer/frame_loop.h"
 
 #include <GL/freeglut.h>
 
@@ -6,18 +6,17 @@
 #include <chrono>
 #include <iostream>
 
-#include "app/navigation.h"
-#include "app/platform_x11.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
 #include "backends/renderer.h"
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
+#include "explorer/navigation.h"
+#include "explorer/platform_x11.h"
+#include "explorer/window_state.h"
 
-GlutMenu::CGlutMenu menu;
 bool bLogging = true;
-std::int64_t totalTime = 0;
 
 namespace {
 

@@ -1,5 +1,6 @@
 // The display callback and the small callbacks beside it.
-#include "app/frame_loop.h"
+#include "explorer/frame_loop.h"
+#include "explorer/window_state.h"
 
 #include <GL/freeglut.h>
 #include <gmock/gmock.h>
@@ -7,11 +8,11 @@
 #include <string>
 #include <vector>
 
-#include "app/navigation.h"
-#include "app/window_title.h"
 #include "backends/palette.h"
 #include "backends/view_state.h"
-#include "tests/app/app_test.h"
+#include "explorer/navigation.h"
+#include "explorer/window_title.h"
+#include "tests/explorer/explorer_test.h"
 
 namespace {
 
@@ -23,7 +24,7 @@ using testing::Not;
 
 using Bytes = std::vector<unsigned char>;
 
-class FrameTest : public AppTest {
+class FrameTest : public ExplorerTest {
   protected:
     FrameTest() {
         setCatalogue({namedEntry("", 0, {2, -2, 2, -2})});
@@ -33,13 +34,13 @@ class FrameTest : public AppTest {
         glut_stand_in::reset();
         update_count = 0;
         totalTime = 0;
-        before = AppTest::printed().size();
+        before = ExplorerTest::printed().size();
     }
     ~FrameTest() override {
         updatePalette(0);  // the next test begins without a change
     }
 
-    std::string printed() const { return AppTest::printed().substr(before); }
+    std::string printed() const { return ExplorerTest::printed().substr(before); }
 
     static Bytes bytes() { return {buffer.get(), buffer.get() + imageBytes()}; }
 
@@ -293,7 +294,7 @@ TEST_F(BandTest, TexturingStaysOffUntilTheNextPicture) {
     EXPECT_EQ(glut_stand_in::indexOf(call("glEnable", GL_TEXTURE_2D), off), -1);
 }
 
-class CallbackTest : public AppTest {};
+class CallbackTest : public ExplorerTest {};
 
 TEST_F(CallbackTest, ReshapeSetsTheViewportAndNoProjection) {
     reshape(640, 480);

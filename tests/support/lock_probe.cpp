@@ -1,4 +1,4 @@
-#include "tests/app/lock_probe.h"
+#include "tests/support/lock_probe.h"
 
 #include <sys/syscall.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "app/platform_x11.h"
+#include "explorer/platform_x11.h"
 
 #include <GL/glx.h>
 #include <X11/XKBlib.h>

@@ -1,4 +1,4 @@
-#include "commands/frac_file.h"
+#include "explorer/frac_file.h"
 
 #include <GL/glut.h>
 
@@ -6,9 +6,9 @@
 #include <optional>
 #include <vector>
 
-#include "app/catalogue.h"
-#include "app/navigation.h"
 #include "backends/view_state.h"
+#include "explorer/catalogue.h"
+#include "explorer/navigation.h"
 #include "frac/catalogue_bytes.h"
 #include "frac/file_replace.h"
 

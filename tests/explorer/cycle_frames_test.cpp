@@ -4,11 +4,12 @@
 #include <string>
 #include <vector>
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
 #include "backends/palette.h"
 #include "backends/view_state.h"
-#include "tests/app/app_test.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "tests/explorer/explorer_test.h"
 
 namespace {
 
@@ -37,7 +38,7 @@ double sumOfTimes(const std::string& text) {
     return sum;
 }
 
-class FramesTest : public AppTest {
+class FramesTest : public ExplorerTest {
   protected:
     FramesTest() {
         // The first frame of the process is over when a test begins.
@@ -60,7 +61,7 @@ class FramesTest : public AppTest {
         totalTime = 0;
         cycleDir = 1;
         glut.idle = idle;
-        before = AppTest::printed().size();
+        before = ExplorerTest::printed().size();
         display();
     }
 
@@ -78,7 +79,7 @@ class FramesTest : public AppTest {
         shown.push_back(glut.texture);
     }
 
-    std::string printed() const { return AppTest::printed().substr(before); }
+    std::string printed() const { return ExplorerTest::printed().substr(before); }
 
     static int rendersIn(const std::string& text) { return countOf("Enqueuing 65536\n", text); }
 

@@ -1,9 +1,10 @@
-#include "tests/app/app_test.h"
+#include "tests/explorer/explorer_test.h"
 
-#include "app/frame_loop.h"
-#include "app/navigation.h"
-#include "app/window_title.h"
 #include "backends/view_state.h"
+#include "explorer/frame_loop.h"
+#include "explorer/navigation.h"
+#include "explorer/window_state.h"
+#include "explorer/window_title.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ void startValues() {
 
 }  // namespace
 
-AppTest::AppTest() {
+ExplorerTest::ExplorerTest() {
     hideMenu();
     endDragAndGlide();
     startValues();
@@ -50,18 +51,18 @@ AppTest::AppTest() {
     preparation = output.text().size();
 }
 
-AppTest::~AppTest() {
+ExplorerTest::~ExplorerTest() {
     startValues();
     glut_stand_in::reset();
 }
 
-void AppTest::setCatalogue(const std::vector<fractal>& entries) {
+void ExplorerTest::setCatalogue(const std::vector<fractal>& entries) {
     fractals = entries;
     currentFractal = 0;
     copyToView(entries[0]);
 }
 
-void AppTest::showMenuBar(std::vector<std::string> items) {
+void ExplorerTest::showMenuBar(std::vector<std::string> items) {
     menu.Initialise(glut.windowWidth, glut.windowHeight, 0, 0, 0, 0, "", items, 0, 0, true, false);
     menu.Activate();
 }

@@ -14,6 +14,7 @@
 #include "GlutMenu/CGlutMenu.h"
 #include "backends/view_state.h"
 #include "tests/support/backend_globals.h"
+#include "tests/support/files.h"
 #include "tests/support/stdout_capture.h"
 
 namespace stand_ins {
@@ -45,22 +46,9 @@ void listDevices(std::vector<bool> doubles);
 
 void forget();
 
-// A temporary folder, removed with all that is in it.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    std::string operator/(const std::string& name) const { return path + "/" + name; }
-    std::vector<std::string> names() const;
-
-    std::string path;
-};
-
-std::string readFile(const std::string& path);
-void writeFile(const std::string& path, const std::string& bytes);
+using test_support::readFile;
+using test_support::TemporaryFolder;
+using test_support::writeFile;
 
 // An entry with distinct values in every member.
 fractal someEntry(const std::string& name, int id = 0);
