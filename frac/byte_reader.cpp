@@ -21,12 +21,19 @@ ssize_t readSome(int file, char* target, std::size_t length) {
 }  // namespace
 
 ByteReader::ByteReader(const std::string& path)
-    : file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {
+    : ByteReader(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {}
+
+ByteReader ByteReader::ofStandardInput() {
+    return ByteReader(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+}
+
+ByteReader::ByteReader(int descriptor) : file(descriptor) {
     struct stat status = {};
     if (file < 0) return;
     if (fstat(file, &status) != 0 || S_ISDIR(status.st_mode)) {
         close(file);
         file = -1;
+        errno = EISDIR;
         return;
     }
     // A size of nothing is also what the kernel's own files claim to have.

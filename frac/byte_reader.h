@@ -17,8 +17,12 @@ class ByteReader {
     // Bytes after which a source without a size of its own counts as ended: some devices never end.
     static constexpr std::uint64_t LONGEST_STREAM = std::uint64_t{1} << 27;
 
+    // What keeps it from opening is in errno.
     explicit ByteReader(const std::string& path);
     ~ByteReader();
+
+    // A reader of what is left of standard input, which stays open.
+    static ByteReader ofStandardInput();
 
     // A reader of `bytes`, which outlive it: always open, it never fails.
     static ByteReader ofBytes(std::string_view bytes) { return ByteReader(bytes, InMemory()); }
@@ -46,6 +50,7 @@ class ByteReader {
 
   private:
     struct InMemory {};
+    explicit ByteReader(int descriptor);
     ByteReader(std::string_view bytes, InMemory);
     std::size_t takeBytes(void* target, std::size_t length);
     ssize_t readMore(std::size_t length);

@@ -1,0 +1,16 @@
+#include <exception>
+
+#include "frac/command/options.h"
+#include "frac/command/output.h"
+
+int main(int argc, char** argv) {
+    prepareStreams();
+    const Options options = readCommandLine(argc, argv);
+    try {
+        options.action(options);
+        return 0;
+    } catch (const std::exception& error) {
+        say(error.what());
+        return 1;
+    }
+}

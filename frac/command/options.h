@@ -1,0 +1,43 @@
+// The command line of tessary-frac.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+// Changes of one entry; what is empty stays as it is.
+struct Changes {
+    std::optional<std::string> name;
+    std::optional<std::int32_t> limit, palette;
+    std::optional<double> sizeLimit;
+    std::optional<double> width;                     // finite and above 0
+    std::optional<std::array<double, 2>> center, c;  // x or real part first; the center is finite
+    std::optional<std::array<double, 4>> view;       // xMin, xMax, yMin, yMax; excludes the others
+
+    bool any() const;
+};
+
+// Entries by number, both ends included; numbers count from 1, first is at most last.
+struct EntryRange {
+    std::size_t first = 1, last = 1;
+};
+
+struct Options {
+    // What was asked for: does it, or throws a std::exception whose text is one line.
+    void (*action)(const Options&) = nullptr;
+
+    std::vector<std::string> files;     // "-" is a standard stream
+    std::optional<std::string> output;  // likewise; where it is needed, it is there
+    bool json = false;
+    std::size_t entry = 1;
+    std::vector<EntryRange> entries;
+    std::int32_t formula = 0;
+    Changes changes;
+};
+
+// The options of a command line that is sound. Prints help or version, or one line about a mistake,
+// and ends the process (status 0 or 2) where that is all.
+Options readCommandLine(int argc, char** argv);
