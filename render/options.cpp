@@ -108,7 +108,6 @@ class CommandLine {
     CommandLine() : app("Renders the entries of a Tessary catalogue as PNG pictures.") {
         app.name("tessary-render");
         app.formatter(std::make_shared<Help>());
-        app.option_defaults()->take_last();
         app.set_version_flag("--version", "tessary-render " TESSARY_VERSION, "Print the version");
         app.set_help_flag("-h,--help", "Print this help");
         app.footer(FOOTER);
@@ -156,12 +155,12 @@ void CommandLine::addPicture() {
         [this](const std::string& text) {
             options.supersample = number("--supersample", text, MOST_SUPERSAMPLE);
         });
-    // One option of both names cannot be: the last one given counts.
-    app.add_flag_callback(
+    auto* single = app.add_flag_callback(
         "--single", [this] { options.precision = Precision::singles; }, "Single precision");
     app.add_flag_callback(
-        "--double", [this] { options.precision = Precision::doubles; },
-        "Double precision (the default)");
+           "--double", [this] { options.precision = Precision::doubles; },
+           "Double precision (the default)")
+        ->excludes(single);
     add(app, "--palette", "NAME", "random, rgb or a .map file (default: each entry's)",
         [this](const std::string& text) { options.palette = palette(text); });
     add(app, "--limit", "N", "Iteration limit (default: each entry's)",

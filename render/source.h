@@ -17,9 +17,8 @@ struct Source {
 };
 
 // The catalogue in the file at path, "-" for standard input: a .frac catalogue, a JSON document or
-// a PNG that carries one, told apart by content. Anything that is none of the others counts as a
-// .frac file, which is read as the program does. Failure when it cannot be read, or is damaged
-// beyond use, or has no entries.
+// a PNG that carries one, told apart by content. A std::runtime_error with the name of the file
+// when it cannot be read, or is damaged beyond use, or has no entries.
 Source readSource(const std::string& path);
 
 }  // namespace render
