@@ -16,37 +16,38 @@ constexpr double fifthRoot(double x) {
     }
 }
 
-// The light of a level, 0 to 255 and between: the curve of IEC 61966-2-1, x^2.4 as x^2 (x^2)^(1/5).
-constexpr double light(double level) {
-    const double value = level / 255;
-    if (value <= 0.04045) return value / 12.92;
+// The light of level 1. Up to level 10.3 the curve is a line.
+constexpr std::uint64_t LEVEL_ONE = std::uint64_t{10} << 29;
+
+// The light of a level, in halves of a level: the curve of IEC 61966-2-1, x^2.4 as x^2 (x^2)^(1/5).
+constexpr std::uint64_t light(std::uint64_t halves) {
+    const double value = static_cast<double>(halves) / 510;
+    if (value <= 0.04045) return halves * (LEVEL_ONE / 2);
     const double base = (value + 0.055) / 1.055;
-    return base * base * fifthRoot(base * base);
+    const double share = base * base * fifthRoot(base * base);
+    return static_cast<std::uint64_t>(share * static_cast<double>(FULL_LIGHT) + 0.5);
 }
 
-constexpr std::uint64_t units(double value) {
-    return static_cast<std::uint64_t>(value * static_cast<double>(FULL_LIGHT) + 0.5);
-}
-
-constexpr std::array<std::uint64_t, 256> lightTable(double offset) {
+constexpr std::array<std::uint64_t, 256> lightTable(std::uint64_t offset) {
     std::array<std::uint64_t, 256> table{};
     for (std::size_t level = 0; level < table.size(); ++level) {
-        table[level] = units(light(static_cast<double>(level) + offset));
+        table[level] = light(2 * level + offset);
     }
     return table;
 }
 
 constexpr auto LIGHT = lightTable(0);
-constexpr auto UPPER_END = lightTable(0.5);  // the light at which the next level is the nearer one
+constexpr auto UPPER_END = lightTable(1);  // the light at which the next level is the nearer one
 
 // Where to begin to look: the level of the least light with these leading bits.
-constexpr int GUESS_BITS = 12;
+constexpr int GUESS_SHIFT = 32;
+constexpr std::size_t GUESSES = (FULL_LIGHT >> GUESS_SHIFT) + 1;
 
-constexpr std::array<unsigned char, (1 << GUESS_BITS) + 1> guessTable() {
-    std::array<unsigned char, (1 << GUESS_BITS) + 1> table{};
+constexpr std::array<unsigned char, GUESSES> guessTable() {
+    std::array<unsigned char, GUESSES> table{};
     std::size_t level = 0;
     for (std::size_t i = 0; i < table.size(); ++i) {
-        while (level < 255 && UPPER_END[level] <= (std::uint64_t{i} << (44 - GUESS_BITS))) ++level;
+        while (level < 255 && UPPER_END[level] <= (std::uint64_t{i} << GUESS_SHIFT)) ++level;
         table[i] = static_cast<unsigned char>(level);
     }
     return table;
@@ -61,7 +62,7 @@ const std::array<std::uint64_t, 256>& lightOfLevel() {
 }
 
 unsigned char levelOfLight(std::uint64_t sum, std::uint64_t count) {
-    std::size_t level = GUESS[(sum / count) >> (44 - GUESS_BITS)];
+    std::size_t level = GUESS[(sum / count) >> GUESS_SHIFT];
     while (level < 255 && UPPER_END[level] * count <= sum) ++level;
     return static_cast<unsigned char>(level);
 }

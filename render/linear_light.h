@@ -1,9 +1,10 @@
 // Averages of colours in linear light, by the curve of sRGB.
 //
 // All of it is integer arithmetic on two tables that the compiler works out with + - * / alone, so
-// an average is the same on every processor. A table holds the light of a level in units of 2^-44,
-// rounded; an average is therefore exact unless it lies within 2^-44 of the boundary between two
-// levels.
+// an average is the same on every processor. A table holds the light of a level in units so small
+// that an average is exact unless it lies within 2^-44 of the boundary between two levels. The dark
+// end of the curve is a line, where averages do hit that boundary: there the table is exact, and
+// they go to the brighter level.
 #pragma once
 
 #include <array>
@@ -11,8 +12,8 @@
 
 namespace render {
 
-// The light of level 255.
-inline constexpr std::uint64_t FULL_LIGHT = std::uint64_t{1} << 44;
+// The light of level 255: about 2^44, so chosen that that of level 1, by 255 * 12.92 less, is even.
+inline constexpr std::uint64_t FULL_LIGHT = std::uint64_t{32946} << 29;
 
 // The light of each level, 0 to FULL_LIGHT.
 const std::array<std::uint64_t, 256>& lightOfLevel();
