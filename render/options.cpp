@@ -108,7 +108,8 @@ class CommandLine {
     CommandLine() : app("Renders the entries of a Tessary catalogue as PNG pictures.") {
         app.name("tessary-render");
         app.formatter(std::make_shared<Help>());
-        app.set_version_flag("--version", "tessary-render " TESSARY_VERSION, "Print the version");
+        app.set_version_flag("--version", "tessary-render (Tessary) " TESSARY_VERSION,
+                             "Print the version");
         app.set_help_flag("-h,--help", "Print this help");
         app.footer(FOOTER);
         addInput();
@@ -117,7 +118,12 @@ class CommandLine {
     }
 
     void parse(int argc, const char* const* argv) { app.parse(argc, argv); }
-    int printHelp(const CLI::Success& wish) { return app.exit(wish, std::cout, std::cout); }
+
+    // Prints the help or the version that was asked for.
+    void print(const CLI::Success& wish) {
+        app.exit(wish, std::cout, std::cout);
+        if (!std::cout.flush()) throw Failure("standard output cannot be written");
+    }
 
   private:
     // An option whose value `read` understands.
@@ -204,7 +210,7 @@ std::optional<Options> readOptions(int argc, const char* const* argv) {
     try {
         line.parse(argc, argv);
     } catch (const CLI::Success& wish) {
-        line.printHelp(wish);
+        line.print(wish);
         return {};
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
