@@ -66,7 +66,7 @@ class Check {
 
     void addCutWithin(const FieldEnd& field) {
         if (field.end > FIELDS[0].end) return addCut(field.name);
-        add(start, bytesText(left()) + " at the end of the file are no entry");
+        add(start, bytesText(left()) + " at the end of the file, too few for an entry");
         start = bytes.size();
     }
 

@@ -1,6 +1,6 @@
 #include <exception>
 
-#include "frac/command/options.h"
+#include "frac/command/command_line.h"
 #include "frac/command/output.h"
 
 int main(int argc, char** argv) {

@@ -1,4 +1,4 @@
-// The command line of tessary-frac.
+// What tessary-frac is asked to do.
 #pragma once
 
 #include <array>
@@ -17,7 +17,9 @@ struct Changes {
     std::optional<std::array<double, 2>> center, c;  // x or real part first; the center is finite
     std::optional<std::array<double, 4>> view;       // xMin, xMax, yMin, yMax; excludes the others
 
-    bool any() const;
+    bool any() const {
+        return name || limit || palette || sizeLimit || width || center || c || view;
+    }
 };
 
 // Entries by number, both ends included; numbers count from 1, first is at most last.
@@ -37,7 +39,3 @@ struct Options {
     std::int32_t formula = 0;
     Changes changes;
 };
-
-// The options of a command line that is sound. Prints help or version, or one line about a mistake,
-// and ends the process (status 0 or 2) where that is all.
-Options readCommandLine(int argc, char** argv);

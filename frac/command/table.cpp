@@ -13,10 +13,9 @@ namespace {
 constexpr std::size_t COLUMNS = 10;
 using Row = std::array<std::string, COLUMNS>;
 
-const Row& headings() {
-    static const Row row = {"No", "Formula", "Limit", "Size limit", "Palette",
-                            "X",  "Y",       "Width", "Identity",   "Name"};
-    return row;
+Row headings() {
+    return {"No", "Formula", "Limit", "Size limit", "Palette",
+            "X",  "Y",       "Width", "Identity",   "Name"};
 }
 
 std::string nameOrNumber(std::span<const std::string_view> names, std::int32_t number) {

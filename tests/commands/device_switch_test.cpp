@@ -10,7 +10,6 @@
 #include "commands/menu_texts.h"
 #include "commands/menu_tree.h"
 #include "explorer/catalogue.h"
-#include "explorer/frame_loop.h"
 #include "tests/support/reference_fractal.h"
 #include "tests/support/stand_ins.h"
 

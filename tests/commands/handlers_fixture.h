@@ -6,7 +6,6 @@
 
 #include "commands/menu_handlers.h"
 #include "commands/menu_tree.h"
-#include "explorer/frame_loop.h"
 #include "explorer/navigation.h"
 #include "tests/support/stand_ins.h"
 

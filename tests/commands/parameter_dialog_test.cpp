@@ -9,7 +9,6 @@
 #include <limits>
 
 #include "commands/menu_tree.h"
-#include "explorer/frame_loop.h"
 #include "tests/support/stand_ins.h"
 
 using stand_ins::choose;

@@ -4,18 +4,15 @@ real program."""
 import os
 import re
 import shutil
-import sys
 import tempfile
 
+import catalogues
 import harness
 import menus
 from menus import MenuTest
 
-sys.path.insert(0, menus.SHARE)
-import make_catalogues  # noqa: E402
-
-DRAGON = make_catalogues.record("elsewhere", make_catalogues.DRAGON, (-0.4, 1.4, -0.8, 0.8),
-                                c=(1.6493, 0.961), iterations=200)
+DRAGON = catalogues.record("elsewhere", catalogues.DRAGON, (-0.4, 1.4, -0.8, 0.8),
+                           c=(1.6493, 0.961), iterations=200)
 
 
 class EffectsTest(MenuTest):
@@ -110,7 +107,7 @@ class LoadedPicture(EffectsTest):
 class LongName(EffectsTest):
     def test_every_byte_of_a_long_name_is_in_the_title(self):
         name = "first" + "n" * 9991 + "last"
-        path = self.catalogue(make_catalogues.record(name, 0, make_catalogues.START))
+        path = self.catalogue(catalogues.record(name, 0, catalogues.START))
         program = self.start([f"--bench:{path}"])
         program.wait_for_line("^Total rendering time ")
         self.settle(program)

@@ -5,20 +5,17 @@ import re
 import shutil
 import signal
 import subprocess
-import sys
 import tempfile
 
+import catalogues
 import harness
 import menus
 from menus import MenuTest, TOUR
 
-sys.path.insert(0, menus.SHARE)
-import make_catalogues  # noqa: E402
-
 REPORT = r"Z-range:"
 SMALL_CATALOGUE = [
-    make_catalogues.record(f"entry {n}", n % 3, (-2.0 - n, 2.0, -1.5, 1.5), iterations=50 + n,
-                           identity=n)
+    catalogues.record(f"entry {n}", n % 3, (-2.0 - n, 2.0, -1.5, 1.5), iterations=50 + n,
+                      identity=n)
     for n in range(3)
 ]
 

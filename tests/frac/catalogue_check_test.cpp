@@ -48,10 +48,9 @@ TEST(CatalogueCheck, NumbersThatMeanNothingAreNone) {
 
 TEST(CatalogueCheck, AFewBytesAreNoEntry) {
     EXPECT_THAT(damageOf(SOUND + "1234567"),
-                ElementsAre("82: entry 2: 7 bytes at the end of the file are no entry"));
-    EXPECT_THAT(
-        damageOf("1"),
-        ElementsAre("0: entry 1: the last 1 byte are too few for an entry and are ignored"));
+                ElementsAre("82: entry 2: 7 bytes at the end of the file, too few for an entry"));
+    EXPECT_THAT(damageOf("1"),
+                ElementsAre("0: entry 1: 1 byte at the end of the file, too few for an entry"));
 }
 
 TEST(CatalogueCheck, ACutEntryNamesTheFirstFieldThatIsNotWhole) {

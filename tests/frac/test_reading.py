@@ -65,7 +65,7 @@ class Check(FracTest):
         self.assertEqual(done.stdout.decode().splitlines(), [
             "a.frac: byte 68: entry 1: the length of the name is 0, the smallest is 1",
             "a.frac: byte 149: entry 2: a NUL ends the name 2 bytes before its end",
-            "a.frac: byte 156: entry 3: 4 bytes at the end of the file are no entry",
+            "a.frac: byte 156: entry 3: 4 bytes at the end of the file, too few for an entry",
         ])
         self.assertEqual(self.one_line(done), "a.frac is damaged")
 

@@ -18,6 +18,9 @@ LIBRARIES = {
     "OpenCL": (r"CL/.*|OpenCL/.*", r"\bcl[A-Z][A-Za-z0-9]*\s*\("),
     "Highway": (r"hwy/.*", r"\bhwy::"),
     "Benchmark": (r"benchmark/.*", r"\bbenchmark::"),
+    "CLI11": (r"CLI/.*", r"\bCLI::"),
+    "JSON": (r"nlohmann/.*", r"\bnlohmann::"),
+    "PNG": (r"png\.h", r"\bpng_\w+\s*\("),
 }
 CODE = (".cpp", ".h", ".mm", ".inc")
 NOT_THE_PROGRAM = ("tests", "build", "out")

@@ -14,9 +14,9 @@ LIST = "tests/house/file_statics.txt"
 # One line of `objdump -t`: binding (g global, l local, u unique, w weak), section, demangled name.
 SYMBOL = re.compile(r"^[0-9a-f]+ (.)(.)....[O ]\s+(\.\S+|\*COM\*)\t[0-9a-f]+\s+(?:\.hidden )?(.+)$")
 # Read-only once the program has started.
-CONSTANT = re.compile(r"\.(rodata|data\.rel\.ro|text|init_array|fini_array|eh_frame|gcc_except|note|comment|debug)")
-# What the compiler and the standard library make for themselves.
-MADE_BY_COMPILER = re.compile(r"^(guard variable for |std::|__|\.L|DW\.ref|_ZL?Z?GV|vtable|typeinfo)")
+CONSTANT = re.compile(r"\.(group|rodata|data\.rel\.ro|text|init_array|fini_array|eh_frame|gcc_except|note|comment|debug)")
+# What the compiler, the standard library and libraries of headers make for themselves.
+MADE_BY_COMPILER = re.compile(r"^(guard variable for |std::|CLI::|nlohmann::|__|\.L|DW\.ref|_ZL?Z?GV|vtable|typeinfo)")
 
 DECLARATION = re.compile(r"\s*(extern(?! \"C\")|static|inline static|inline thread_local)\b")
 

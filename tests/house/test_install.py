@@ -29,8 +29,32 @@ class Install(unittest.TestCase):
         self.assertEqual(done.returncode, 0)
         self.assertIn(b"CL Tessary V1.0", done.stdout)
 
-    def test_nothing_but_the_program_lies_among_the_programs(self):
-        self.assertEqual(os.listdir(self.path("bin")), ["tessary"])
+    def test_only_the_program_and_its_companions_lie_among_the_programs(self):
+        programs = os.listdir(self.path("bin"))
+        self.assertLessEqual({"tessary", "tessary-frac"}, set(programs))
+        self.assertLessEqual(set(programs), {"tessary", "tessary-frac", "tessary-render"})
+
+    def test_the_companions_run(self):
+        for name in os.listdir(self.path("bin")):
+            if name != "tessary":
+                done = harness.run_program(["--version"], program=self.path("bin", name))
+                self.assertEqual(done.returncode, 0)
+                self.assertTrue(done.stdout.startswith(f"{name} (Tessary) ".encode()))
+
+    def test_every_program_has_its_manual_page(self):
+        for name in os.listdir(self.path("bin")):
+            with open(self.path("share", "man", "man1", name + ".1")) as page:
+                self.assertIn(f'.TH "{name}" "1"', page.read())
+
+    def test_the_shell_completes_every_program(self):
+        for name in os.listdir(self.path("bin")):
+            path = self.path("share", "bash-completion", "completions", name)
+            done = subprocess.run(["bash", "-c", f"source {path} && complete -p {name}"],
+                                  capture_output=True, text=True)
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+
+    def test_the_schema_lies_among_the_catalogues(self):
+        self.assertTrue(os.path.exists(self.path("share", "tessary", "tessary.schema.json")))
 
     def test_the_desktop_entry_starts_what_was_installed(self):
         entry = configparser.ConfigParser(interpolation=None)

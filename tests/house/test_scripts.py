@@ -206,6 +206,28 @@ class Running(ScriptTest):
         self.assertIn("could not start a virtual display", done.stderr)
 
 
+class Companions(ScriptTest):
+    def setUp(self):
+        super().setUp()
+        for name in ("tessary-frac", "tessary-render"):
+            self.stand_in(f"build/release/{name}", f'echo "{name}: $*"; exit ${{PROGRAM_STATUS:-0}}')
+
+    def test_they_run_without_a_display_and_give_their_status_back(self):
+        for name in ("frac", "render"):
+            done = self.call("run", name, "--help", "a b", PROGRAM_STATUS="2")
+            self.assertEqual((done.returncode, done.stdout), (2, f"tessary-{name}: --help a b\n"))
+        self.assertEqual(self.calls("Xvfb") + self.calls("xdpyinfo"), [])
+
+    def test_nothing_else_is_built_for_them(self):
+        self.call("run", "frac", "list", BUILD="yes")
+        built = [call for call in self.calls("ninja") if " -n " not in call]
+        self.assertEqual([call.split()[-1] for call in built], ["tessary-frac"])
+
+    def test_a_build_that_fails_runs_nothing(self):
+        done = self.call("run", "frac", BUILD="yes", NINJA_STATUS="3")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+
+
 @unittest.skipUnless(shutil.which("Xvfb") and TESSARY, "needs Xvfb and the program")
 class WithoutADisplay(ScriptTest):
     def setUp(self):

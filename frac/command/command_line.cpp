@@ -1,4 +1,4 @@
-#include "frac/command/options.h"
+#include "frac/command/command_line.h"
 
 #include <CLI/CLI.hpp>
 #include <cmath>
@@ -200,10 +200,6 @@ void checkTogether(const CLI::App& app, const Options& options) {
 }
 
 }  // namespace
-
-bool Changes::any() const {
-    return name || limit || palette || sizeLimit || width || center || c || view;
-}
 
 Options readCommandLine(int argc, char** argv) {
     Options options;
