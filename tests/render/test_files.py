@@ -41,8 +41,11 @@ class Failures(RenderTest):
         os.close(writer)
 
     def test_a_failure_does_not_wait_for_rows_in_work(self):
-        with open("/dev/full", "wb") as full:
-            self.fails(1, "-", "--size", "64x64", "-o", "-", data=ENDLESS, stdout=full)
+        """The first picture does not fit when a thread is at the second one, which has no end."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100))
+        self.fails(1, "-", "--size", "64x64", "--supersample", 4, "--metadata", "none",
+                   "--threads", 2, data=record() + ENDLESS, preexec_fn=limit)
 
     def test_folders_that_cannot_be_written(self):
         self.assertIn("none/a.png", self.fails(1, "-", "-o", "none/a.png", data=record()))
@@ -61,12 +64,19 @@ class Failures(RenderTest):
         self.fails(1, "-", "-o", "-", data=record() * 2)
         self.assertEqual(self.names(), [])
 
-    def test_closed_standard_streams(self):
-        done = subprocess.run(["sh", "-c", '"$0" "$@" <&- >&- 2>&-', RENDER,
-                               self.write("a.frac", record()), "--size", "16x16"],
-                              cwd=self.folder, timeout=60)
-        self.assertEqual(done.returncode, 0)
+    def closed(self, streams, *arguments):
+        command = ["sh", "-c", f'"$0" "$@" {streams}', RENDER, self.write("a.frac", record()),
+                   "--size", "16x16", *arguments]
+        return subprocess.run(command, cwd=self.folder, stderr=subprocess.PIPE, timeout=60)
+
+    def test_closed_streams_do_no_harm(self):
+        self.assertEqual(self.closed("<&- >&- 2>&-").returncode, 0)
         self.assertEqual(pixels(self.read("a-001.png")).shape, (16, 16, 3))
+
+    def test_a_closed_standard_output_takes_no_picture(self):
+        done = self.closed(">&-", "-o", "-")
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stderr, rb"\Atessary-render: standard output: [^\n]+\n\Z")
 
 
 class Places(RenderTest):
