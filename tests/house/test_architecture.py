@@ -20,6 +20,8 @@ LIBRARIES = {
     "Benchmark": (r"benchmark/.*", r"\bbenchmark::"),
     "CLI11": (r"CLI/.*", r"\bCLI::"),
     "JSON": (r"nlohmann/.*", r"\bnlohmann::"),
+    "zlib": (r"zlib\.h", r"\b(in|de)flate[A-Z]\w*\s*\("),
+    "ISA-L": (r"isa-l/.*", r"\bisal_\w+\s*\("),
     "PNG": (r"png\.h", r"\bpng_\w+\s*\("),
 }
 CODE = (".cpp", ".h", ".mm", ".inc")

@@ -1,0 +1,54 @@
+// The command line of tessary-render: filled once, checked whole, handed on.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "render/deflate.h"
+#include "render/geometry.h"
+#include "render/job.h"
+
+namespace render {
+
+// Entries of a catalogue by their numbers from 1; both ends belong to it.
+struct EntryRange {
+    std::uint64_t first = 1, last = 1;
+};
+
+// --size: without a height the view's proportions give it.
+struct WantedSize {
+    int width = 0;
+    std::optional<int> height;
+};
+
+inline constexpr int DEFAULT_WIDTH = 2048;
+
+// --palette: a built-in one by its number, or the path of a .map file.
+struct WantedPalette {
+    std::int32_t type = 0;
+    std::string map;  // empty for a built-in one
+};
+
+// What is left empty is the input's own affair, or the default told beside it.
+struct Options {
+    std::string input;                  // path, or "-"
+    std::string output;                 // path, folder or "-"; empty for NAME-001.png and so on
+    std::optional<EntryRange> entries;  // all
+    std::optional<WantedSize> size;     // that of a picture's own, or DEFAULT_WIDTH
+    Fit fit = Fit::contain;
+    std::optional<Precision> precision;    // that of a picture's own, or double
+    std::optional<int> supersample;        // that of a picture's own, or 1
+    std::optional<WantedPalette> palette;  // each entry's
+    std::optional<std::int32_t> limit;     // each entry's
+    int threads = 0;                       // 0: as many as the machine runs at once
+    Compression compression = Compression::fast;
+    bool metadata = true;
+    bool quiet = false;
+};
+
+// The options of a command line, or nothing when it asked for help or version, which are then
+// printed. Throws UsageError.
+std::optional<Options> readOptions(int argc, const char* const* argv);
+
+}  // namespace render

@@ -1,0 +1,58 @@
+// From options and a catalogue to the pictures to make.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "render/job.h"
+#include "render/options.h"
+#include "render/source.h"
+
+namespace render {
+
+// Answers what options and source together say of any one picture. Both outlive it. One thread.
+class Planner {
+  public:
+    // Reads the .map file that the options name, if any.
+    Planner(const Options& chosen, const Source& from);
+
+    // The numbers of the entries chosen, from 1. Failure when one of them is not there.
+    EntryRange chosenEntries() const;
+
+    // The size of a picture of this entry, or of a film that begins with it.
+    Size sizeFor(const fractal& entry) const;
+
+    // The picture of any view in this size, without a place. Its rectangle is fitted, except where
+    // the source is a picture already and the size has its proportions: that shows the very same.
+    Job jobFor(const fractal& view, Size size) const;
+
+  private:
+    std::shared_ptr<const Palette> paletteFor(std::int32_t type) const;
+    bool hasProportionsOfSource(Size size) const;
+
+    const Options& options;
+    const Source& source;
+    std::shared_ptr<const Palette> map;  // of the options, or else the source; may be null
+    mutable std::shared_ptr<const Palette> builtIn[2];
+};
+
+// Where the pictures of a run go. `several`: whether there is more than one.
+class Naming {
+  public:
+    // Failure when several pictures have one name.
+    Naming(const Options& options, const Source& source, bool several);
+
+    // The path of picture `number`, with at least so many digits.
+    std::string operator()(std::uint64_t number, int digits) const;
+
+  private:
+    std::string whole;   // the one name of the one picture, or empty
+    std::string prefix;  // of numbered names, folder and all
+};
+
+// The stills that the options ask for, in order of the entries.
+std::vector<Job> planStills(const Options& options, const Source& source);
+
+}  // namespace render

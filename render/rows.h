@@ -1,0 +1,38 @@
+// The pixels of a picture, some rows at a time.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <vector>
+
+#include "render/job.h"
+
+namespace render {
+
+// The rows from `first` up to `end` of a picture.
+struct RowRange {
+    int first = 0, end = 0;
+    int count() const { return end - first; }
+};
+
+// Computes rows of pictures, each pixel as the window computes it in a picture of this size. An
+// object serves one thread; it keeps its memory from one call to the next.
+class RowRenderer {
+  public:
+    // Once `stopFlag` is set a call returns soon, and what it leaves is not a picture.
+    explicit RowRenderer(const std::atomic<bool>& stopFlag) : stop(stopFlag) {}
+
+    // Writes red, green and blue of each pixel of these rows: row y to out + (y - rows.first) *
+    // stride, left to right. stride: bytes, at least 3 * width.
+    void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
+
+  private:
+    void renderSamples(const Job& job, RowRange sampleRows);
+    void copyRow(const Job& job, int sampleRow, unsigned char* out) const;
+    void averageRow(const Job& job, int sampleRow, unsigned char* out) const;
+
+    const std::atomic<bool>& stop;
+    std::vector<unsigned char> samples;  // four bytes each, rows of the picture N times as large
+};
+
+}  // namespace render

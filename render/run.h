@@ -1,0 +1,21 @@
+// Making pictures: all cores compute and pack bands, one thread writes them.
+#pragma once
+
+#include <vector>
+
+#include "render/encoder.h"
+#include "render/job.h"
+
+namespace render {
+
+struct RunOptions {
+    int threads = 0;    // 0: as many as the machine runs at once
+    bool quiet = true;  // no progress bar
+};
+
+// Makes every picture, in order, each under its name as soon as it is whole; while one is being
+// written the next ones are being made. Memory is bounded by the width of the pictures, not their
+// height or number. Failure ends it; pictures finished before stay.
+void makePictures(const std::vector<Job>& jobs, const Encoder& encoder, const RunOptions& options);
+
+}  // namespace render
