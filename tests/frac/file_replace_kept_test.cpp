@@ -271,7 +271,8 @@ TEST_F(Copy, LiesInTheTemporaryFolderWhereThereIsNoRuntimeFolder) {
 
 TEST_F(Copy, LiesInTmpWhereNoFolderIsNamed) {
     closeFolder();
-    runtimeFolder = temporaryFolder = std::nullopt;
+    runtimeFolder.reset();
+    temporaryFolder.reset();
     std::vector<std::string> tried;
     save([&](const Call& call) {
         if (call.is(SYS_linkat)) tried.push_back(call.text(3));
