@@ -37,6 +37,8 @@ std::string PngEncoder::head(const Job& job) const {
         texts = {{"Title", job.view.name},
                  {"Software", "Tessary " TESSARY_VERSION},
                  {"tessary", describe(job)}};
+    } else if (job.band) {
+        texts = {{"tessary", describe(job)}};  // or nobody could join it
     }
     return pngHead(job.size, {}, texts) + pngChunk("IDAT", streamHead());
 }
