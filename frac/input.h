@@ -21,6 +21,7 @@ class InputError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+// NOLINTNEXTLINE(bugprone-exception-escape): as of Document
 struct Input {
     InputKind kind = InputKind::catalogue;
     Document document;           // the entries that the program would load; "render" of a document

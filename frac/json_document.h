@@ -11,6 +11,7 @@
 #include "frac/fractal.h"
 
 // What a document holds.
+// NOLINTNEXTLINE(bugprone-exception-escape): the library's values may run out of memory as they go
 struct Document {
     std::vector<fractal> entries;
     nlohmann::json render;  // the top-level object "render" as it stands; null where there is none

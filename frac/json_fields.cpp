@@ -86,7 +86,7 @@ Field nextAfter(Field field) {
 std::string expectationOf(Field field) {
     switch (field) {
         case Field::document:
-            return "an object with \"tessary\" and \"entries\"";
+            return R"(an object with "tessary" and "entries")";
         case Field::tessary:
             return "1, the only version of this form";
         case Field::entries:
@@ -102,17 +102,17 @@ std::string expectationOf(Field field) {
         case Field::formula:
             return std::string("the name of a formula or ") + WHOLE;
         case Field::view:
-            return "an object with \"xMin\", \"xMax\", \"yMin\" and \"yMax\"";
+            return R"(an object with "xMin", "xMax", "yMin" and "yMax")";
         case Field::constant:
             return "an array of two numbers";
         case Field::maxIters:
         case Field::fractalID:
             return WHOLE;
         case Field::palette:
-            return std::string("\"random\", \"rgb\" or ") + WHOLE;
+            return std::string(R"("random", "rgb" or )") + WHOLE;
         case Field::none:
             return "the end of the array";
         default:
-            return "a number, \"inf\", \"-inf\" or \"nan:0x\" and 16 hexadecimal digits";
+            return R"(a number, "inf", "-inf" or "nan:0x" and 16 hexadecimal digits)";
     }
 }

@@ -14,7 +14,7 @@ constexpr std::size_t NAN_DIGITS = 16;
 std::string nanText(double value) {
     std::array<char, NAN_DIGITS> digits;
     const auto bits = std::bit_cast<std::uint64_t>(value);
-    const auto end = std::to_chars(digits.begin(), digits.end(), bits, 16).ptr;
+    char* const end = std::to_chars(digits.begin(), digits.end(), bits, 16).ptr;
     // All 16 digits are there: the first three hold the exponent, which is all ones.
     return std::string(NAN_PREFIX) + std::string(digits.begin(), end);
 }

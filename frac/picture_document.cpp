@@ -92,7 +92,7 @@ class Picture {
 std::optional<std::string> readPictureText(ByteReader& reader) {
     Picture picture(reader);
     if (!picture.readHead()) throw PictureError(picture.message);
-    if (const auto text = picture.text()) return text;
+    if (auto text = picture.text()) return text;
     if (!picture.readTail()) throw PictureError(picture.message);
     return picture.text();
 }

@@ -40,7 +40,7 @@ std::string PngEncoder::head(const Job& job) const {
     } else if (job.band) {
         texts = {{"tessary", describe(job)}};  // or nobody could join it
     }
-    return pngHead(job.size, {}, texts) + pngChunk("IDAT", streamHead());
+    return pngHead(job.size, {}, texts) + pngChunk("IDAT", streamHead(compression));
 }
 
 EncodedBand PngEncoder::band(const Job& job, RowRange range, Workshop& workshop) const {

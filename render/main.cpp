@@ -1,7 +1,5 @@
 // tessary-render: pictures of a catalogue without a window.
-#include <fcntl.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <cstdio>
 #include <exception>
@@ -33,15 +31,6 @@ void say(std::string message) {
 void ignoreWriteSignals() {
     signal(SIGPIPE, SIG_IGN);
     signal(SIGXFSZ, SIG_IGN);
-}
-
-// Gives the standard streams that the caller closed a place, or a picture would get theirs.
-void openStandardStreams() {
-    for (;;) {
-        const int file = open("/dev/null", O_RDWR);
-        if (file > STDERR_FILENO) close(file);
-        if (file < 0 || file > STDERR_FILENO) return;
-    }
 }
 
 void warnOf(const render::Source& source) {
@@ -103,7 +92,6 @@ void run(const render::Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    openStandardStreams();
     ignoreWriteSignals();
     try {
         if (const auto options = render::readOptions(argc, argv)) run(*options);

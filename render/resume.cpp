@@ -91,6 +91,13 @@ class Chunks {
     std::istream& in;
 };
 
+// The first bytes of the packed rows, which the head ends with.
+std::string packedIn(std::string_view head) {
+    constexpr std::size_t CHECKSUM = 4;
+    const std::size_t length = streamHead(Compression::fast).size();
+    return std::string(head.substr(head.size() - CHECKSUM - length, length));
+}
+
 bool beginsWith(std::istream& in, std::string_view head) {
     std::string bytes(head.size(), '\0');
     in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
@@ -103,7 +110,7 @@ bool isWhole(const std::string& path, std::string_view head) {
     std::ifstream file(path, std::ios::binary);
     if (!file || !beginsWith(file, head)) return false;
     Unpacker unpacker;
-    std::string begin(streamHead());
+    std::string begin = packedIn(head);
     if (!unpacker.take(begin)) return false;
     Chunks chunks(file);
     std::string data, type;

@@ -13,7 +13,7 @@ void Identities::keepApart(std::vector<fractal>& entries) {
     for (const fractal& entry : entries) taken.insert(entry.fractalID);
     std::map<std::int32_t, std::int32_t> replaced;
     for (fractal& entry : entries) {
-        if (before.count(entry.fractalID) == 0) continue;
+        if (!before.contains(entry.fractalID)) continue;
         const auto [place, isNew] = replaced.try_emplace(entry.fractalID, 0);
         if (isNew) place->second = takeFree();
         entry.fractalID = place->second;

@@ -208,7 +208,7 @@ class Import(FracTest):
         packer = zlib.compressobj(9)
         bomb = b"".join(packer.compress(bytes(1 << 24)) for _ in range(32)) + packer.flush()
         self.write("a.png", picture(before=chunk(b"zTXt", b"tessary\0\0" + bomb)))
-        self.fails(1, "import", "a.png", "-o", "o.frac")
+        self.assertIn('no text chunk "tessary"', self.fails(1, "import", "a.png", "-o", "o.frac"))
 
     def test_what_is_wrong_is_told_with_its_place(self):
         self.write("a.json", '{"tessary": 1,\n "entries": [{"nam": 1}]}')

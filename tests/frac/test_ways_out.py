@@ -112,12 +112,37 @@ class Streams(FracTest):
         self.assertIn("Bad file descriptor",
                       self.fails(1, "list", "-", preexec_fn=lambda: os.close(0)))
 
-    def test_no_line_goes_into_a_file_that_took_the_place_of_a_stream(self):
-        close = lambda: (os.close(0), os.close(1), os.close(2))
-        self.write("d.frac", record() + b"123")
-        done = self.run_frac("set", "d.frac", "--entry", "1", "--limit", "9", preexec_fn=close)
-        self.assertEqual(done.returncode, 0)
-        self.assertEqual(self.read("d.frac"), record(limit=9))
+    def test_no_file_takes_the_place_of_a_closed_stream(self):
+        close = lambda: (os.close(1), os.close(2))
+        process = subprocess.Popen([FRAC, "list", "-"], cwd=self.folder, stdin=subprocess.PIPE,
+                                   preexec_fn=close)
+        self.addCleanup(process.wait)
+        self.addCleanup(process.stdin.close)
+        self.wait_until_reading(process)
+        streams = [os.readlink(f"/proc/{process.pid}/fd/{number}") for number in (1, 2)]
+        self.assertEqual(streams, ["/dev/null", "/dev/null"])
+
+    def wait_until_reading(self, process):
+        """Waits until standard input has a second descriptor, which is what it is read by."""
+        folder = f"/proc/{process.pid}/fd"
+        deadline = time.monotonic() + 60
+        while time.monotonic() < deadline:
+            links = []
+            for name in os.listdir(folder):
+                try:
+                    links.append(os.readlink(os.path.join(folder, name)))
+                except FileNotFoundError:
+                    pass
+            if len([link for link in links if link.startswith("pipe:")]) > 1:
+                return
+            time.sleep(0.01)
+        self.fail("it does not read")
+
+    def test_output_that_may_not_grow_is_told(self):
+        limit = lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (1000, 1000))
+        with open(self.path("out"), "wb") as file:
+            self.assertIn("File too large",
+                          self.fails(1, "export", "a.frac", stdout=file, preexec_fn=limit))
 
     def test_a_pipe_can_be_written_to_and_read_from(self):
         os.mkfifo(self.path("pipe"))

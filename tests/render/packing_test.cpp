@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -73,7 +74,7 @@ class Bands : public testing::TestWithParam<Case> {};
 TEST_P(Bands, JoinedAreOneStreamOfTheRows) {
     const auto [content, compression] = GetParam();
     BandPacker packer;
-    std::string stream(render::streamHead()), rows;
+    std::string stream(render::streamHead(compression)), rows;
     std::uint32_t adler = 1;
     for (const std::size_t height : {16u, 1u, 50u}) {
         const std::size_t width = 211;
@@ -120,6 +121,27 @@ TEST(SmoothRows, PackSmallerWithFilters) {
     const std::string rows = rowsOf(Content::smooth, 500, 32);
     const auto fast = packer.pack(rows, 1501, PIXEL, Compression::fast).blocks.size();
     EXPECT_LT(packer.pack(rows, 1501, PIXEL, Compression::small).blocks.size(), fast);
+}
+
+// Hills of every kind, so that each filter is the best one somewhere.
+TEST(FilteredRows, HoldTheRowsWhicheverFilterEachHas) {
+    constexpr std::size_t WIDTH = 60, HEIGHT = 400, ROW = 1 + PIXEL * WIDTH;
+    std::mt19937 random(3);
+    std::string rows(ROW * HEIGHT, '\0');
+    for (std::size_t y = 0; y < HEIGHT; ++y) {
+        for (std::size_t i = 1; i < ROW; ++i) {
+            const char left = i > PIXEL ? rows[y * ROW + i - PIXEL] : '\0';
+            const char above = y > 0 ? rows[(y - 1) * ROW + i] : '\0';
+            const char corner = i > PIXEL && y > 0 ? rows[(y - 1) * ROW + i - PIXEL] : '\0';
+            const int kinds[] = {0, left, above, (left + above) / 2, left + above - corner};
+            rows[y * ROW + i] = static_cast<char>(kinds[y % 5] + static_cast<int>(random() % 3));
+        }
+    }
+    const std::string filtered = render::filterRows(rows, ROW, PIXEL);
+    std::set<char> filters;
+    for (std::size_t y = 0; y < HEIGHT; ++y) filters.insert(filtered[y * ROW]);
+    EXPECT_EQ(filters.size(), 5u);
+    EXPECT_EQ(unfiltered(filtered, ROW), rows);
 }
 
 TEST(BandsOfAPicture, CoverItFromTopToBottom) {

@@ -5,16 +5,15 @@ import os
 import pty
 import random
 import resource
-import select
 import signal
 import stat
 import subprocess
-import tempfile
 import time
 import unittest
 
-from render_command import ENDLESS, RENDER, RenderTest, chunks, pixels, record
+from render_command import BUILD, ENDLESS, RENDER, RenderTest, chunks, pixels, record
 
+STAND_IN = os.path.join(os.path.abspath(BUILD), "tests", "render", "libtessary_no_nameless_files.so")
 UNFINISHED = ".tessary-render-0123456789ab.tmp"
 
 
@@ -42,30 +41,42 @@ class Failures(RenderTest):
         os.close(writer)
 
     def test_a_failure_does_not_wait_for_rows_in_work(self):
-        with open("/dev/full", "wb") as full:
-            self.fails(1, "-", "--size", "64x64", "-o", "-", data=ENDLESS, stdout=full)
+        """The first picture does not fit when a thread is at the second one, which has no end."""
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100))
+        self.fails(1, "-", "--size", "64x64", "--supersample", 4, "--metadata", "none",
+                   "--threads", 2, data=record() + ENDLESS, preexec_fn=limit)
 
     def test_folders_that_cannot_be_written(self):
         self.assertIn("none/a.png", self.fails(1, "-", "-o", "none/a.png", data=record()))
         self.fails(1, "-", "-o", "none/", data=record())
         self.fails(1, "-", "-o", "/proc/a.png", data=record())
 
-    @unittest.skipIf(os.geteuid() == 0, "the superuser may write anywhere")
     def test_folders_that_may_not_be_written(self):
+        os.chmod(self.folder, 0o755)
         os.mkdir(self.path("locked"), 0o555)
-        self.assertIn("locked", self.fails(1, "-", "-o", "locked/", data=record()))
+        nobody = (lambda: os.setuid(65534)) if os.geteuid() == 0 else None  # root may write anywhere
+        self.assertIn("locked", self.fails(1, "-", "-o", "locked/", data=record(),
+                                           preexec_fn=nobody))
 
     def test_more_pictures_than_names(self):
         self.assertIn("a.png", self.fails(1, "-", "-o", "a.png", data=record() * 2))
         self.fails(1, "-", "-o", "-", data=record() * 2)
         self.assertEqual(self.names(), [])
 
-    def test_closed_standard_streams(self):
-        done = subprocess.run(["sh", "-c", '"$0" "$@" <&- >&- 2>&-', RENDER,
-                               self.write("a.frac", record()), "--size", "16x16"],
-                              cwd=self.folder, timeout=60)
-        self.assertEqual(done.returncode, 0)
+    def closed(self, streams, *arguments):
+        command = ["sh", "-c", f'"$0" "$@" {streams}', RENDER, self.write("a.frac", record()),
+                   "--size", "16x16", *arguments]
+        return subprocess.run(command, cwd=self.folder, stderr=subprocess.PIPE, timeout=60)
+
+    def test_closed_streams_do_no_harm(self):
+        self.assertEqual(self.closed("<&- >&- 2>&-").returncode, 0)
         self.assertEqual(pixels(self.read("a-001.png")).shape, (16, 16, 3))
+
+    def test_a_closed_standard_output_takes_no_picture(self):
+        done = self.closed(">&-", "-o", "-")
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stderr, rb"\Atessary-render: standard output: [^\n]+\n\Z")
 
 
 class Places(RenderTest):
@@ -118,6 +129,42 @@ class Leftovers(RenderTest):
         self.write("out/" + UNFINISHED, b"half")
         self.render("-", "--size", 16, "-o", "out/", data=record())
         self.assertEqual(os.listdir(self.path("out")), ["stdin-001.png"])
+
+
+@unittest.skipIf(os.environ.get("TESSARY_SANITIZE"), "sanitizers must be loaded first")
+class WithoutNamelessFiles(RenderTest):
+    """Where a file must have a name from its beginning on."""
+
+    ENVIRONMENT = {**os.environ, "LD_PRELOAD": STAND_IN}
+
+    def test_pictures_take_the_place_of_old_ones(self):
+        self.write("a.png", b"old")
+        self.render("-", "--size", 16, "-o", "a.png", data=record(), env=self.ENVIRONMENT)
+        self.assertEqual(chunks(self.read("a.png"))[-1][0], b"IEND")
+        self.assertEqual(self.names(), ["a.png"])
+
+    def test_a_failure_leaves_nothing(self):
+        def limit():
+            resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
+        self.fails(1, "-", "--size", 512, data=record(), env=self.ENVIRONMENT, preexec_fn=limit)
+        self.assertEqual(self.names(), [])
+
+    def test_what_a_killed_run_leaves_is_not_touched_before_and_removed_after(self):
+        self.write("a.frac", ENDLESS)
+        process = subprocess.Popen([RENDER, "a.frac", "--size", "64x64"], cwd=self.folder,
+                                   env=self.ENVIRONMENT)
+        deadline = time.monotonic() + 60
+        while len(self.names()) < 2 and time.monotonic() < deadline:
+            time.sleep(0.01)
+        (unfinished,) = set(self.names()) - {"a.frac"}
+        self.assertTrue(unfinished.startswith(".tessary-render-"))
+        time.sleep(0.2)  # it locks the file right after it has made it
+        self.render("-", "--size", 16, data=record())
+        self.assertIn(unfinished, self.names())
+        process.kill()
+        process.wait()
+        self.render("-", "--size", 16, data=record())
+        self.assertEqual(self.names(), ["a.frac", "stdin-001.png"])
 
 
 class Signals(RenderTest):

@@ -53,7 +53,8 @@ class Flights(FilmTest):
         self.assertEqual([entry for _, entry, _ in flight], [1] + 20 * [2] + [3])
 
     def test_no_frame_moves_back(self):
-        data = open(os.path.join(SOURCE, "share", "deep-zoom.frac"), "rb").read()
+        with open(os.path.join(SOURCE, "share", "deep-zoom.frac"), "rb") as file:
+            data = file.read()
         for options in (["--size", "320x180"], ["--size", "300x300", "--fit", "cover"],
                         ["--size", "1920x1080", "--fit", "stretch"]):
             flight = [(entry, rectangle) for _, entry, rectangle in

@@ -1,0 +1,115 @@
+#!/usr/bin/python3
+"""What tessary-render costs beside the bare tile renderer: the figures of docs/performance.md.
+
+    bench/render_speed.py [BUILD] [--poster]
+
+BUILD is the build folder (build/release). Every figure is the best of some runs, taken by turns in
+one row, because whatever else the machine does can only slow a run down. Beside pictures a second
+stand those a second of processor time, which hardly depend on what else the machine does. With
+--poster it also makes the large posters, which takes minutes.
+"""
+import os
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+ARGUMENTS = [a for a in sys.argv[1:] if not a.startswith("--")]
+BUILD = os.path.abspath(ARGUMENTS[0] if ARGUMENTS else "build/release")
+RENDER = os.path.join(BUILD, "tessary-render")
+BARE = os.path.join(BUILD, "bench", "bare_tiles")
+WIDTH, HEIGHT, TURNS = 1920, 1080, 5
+THREADS = len(os.sched_getaffinity(0))
+
+
+def record(x, y, limit):
+    return struct.pack("=6d", x[1], x[0], y[1], y[0], 0, 0) + struct.pack("=id3i", limit, 4.0, 0, 0, 1) + bytes(5)
+
+
+def around(x, y, width):
+    half = width / 2
+    return (x - half, x + half), (y - half * 9 / 16, y + half * 9 / 16)
+
+
+START = record((-8 / 3, 8 / 3), (-1.5, 1.5), 768)
+BUSY = record(*around(-0.743643887037151, 0.131825904205330, 1e-4), 4096)
+
+
+def run(*command):
+    """(seconds, seconds of processor time) of a command."""
+    start = time.perf_counter()
+    process = subprocess.Popen(command, stdout=subprocess.DEVNULL)
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    if process.returncode != 0:
+        sys.exit(f"{command[0]} ended with {process.returncode}")
+    return time.perf_counter() - start, usage.ru_utime + usage.ru_stime
+
+
+def seconds(*command):
+    return run(*command)[0]
+
+
+def beside_the_bare_renderer(name, entry, count):
+    """Pictures a second, and a second of processor time: bare and as files."""
+    with open("many.frac", "wb") as file:
+        file.write(entry * count)
+    size = f"{WIDTH}x{HEIGHT}"
+    commands = ((BARE, "many.frac", str(WIDTH), str(HEIGHT), str(THREADS)),
+                (RENDER, "many.frac", "--size", size, "-o", "out/", "--quiet"))
+    turns = [[run(*command) for command in commands] for _ in range(TURNS)]
+    wall, cpu = ([count / min(turn[which][clock] for turn in turns) for which in (0, 1)]
+                 for clock in (0, 1))
+    print(f"| {name} | {wall[0]:.1f} | {wall[1]:.1f} | {wall[1] / wall[0]:.0%} "
+          f"| {cpu[0]:.1f} | {cpu[1]:.1f} | {cpu[1] / cpu[0]:.0%} |", flush=True)
+
+
+def growth():
+    """Seconds from 1 to 256 megapixels."""
+    with open("one.frac", "wb") as file:
+        file.write(START)
+    for side in (1024, 2048, 4096, 8192, 16384):
+        best = min(seconds(RENDER, "one.frac", "--size", f"{side}x{side}", "-o", "out/p.png")
+                   for _ in range(3 if side < 8192 else 2))
+        print(f"| {side}x{side} | {best:.3f} | {side * side / best / 1e6:.0f} |", flush=True)
+
+
+def thumbnail():
+    best = sorted(seconds(RENDER, "one.frac", "--size", "256x256", "-o", "out/t.png") for _ in range(21))
+    print(f"\n256x256 from start to end: best {best[0] * 1e3:.1f} ms, median {best[10] * 1e3:.1f} ms")
+
+
+def poster(*options):
+    """Time and most memory of one large poster."""
+    process = subprocess.Popen([RENDER, "one.frac", "--size", "32768x32768", "-o", "out/p.png", *options])
+    start = time.perf_counter()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    size = os.path.getsize("out/p.png") / 1e6
+    print(f"| 32768x32768 {' '.join(options)} | {time.perf_counter() - start:.0f} s "
+          f"| {usage.ru_maxrss / 1024:.0f} MiB | {size:.0f} MB |", flush=True)
+
+
+def main():
+    # Where pictures cost memory and no disk.
+    folder = tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None)
+    os.chdir(folder.name)
+    os.mkdir("out")
+    print(f"{THREADS} threads\n\n| {WIDTH}x{HEIGHT} | bare | PNG | share "
+          "| bare, CPU | PNG, CPU | share |\n|---|---:|---:|---:|---:|---:|---:|")
+    beside_the_bare_renderer("start view, limit 768", START, 60)
+    beside_the_bare_renderer("busy deep view, limit 4,096", BUSY, 20)
+    print("\n| size | seconds | million pixels a second |\n|---|---:|---:|")
+    growth()
+    thumbnail()
+    if "--poster" in sys.argv:
+        print("\n| poster | time | memory | file |\n|---|---:|---:|---:|")
+        poster()
+        poster("--supersample", "2")
+    os.chdir("/")
+    folder.cleanup()
+
+
+if __name__ == "__main__":
+    main()
