@@ -3,6 +3,7 @@
 
 #include <tuple>
 
+#include "compute/tile_renderer.h"
 #include "tests/render/render_support.h"
 #include "tests/support/backend_globals.h"
 #include "tests/support/catalogue_table.h"
@@ -81,6 +82,52 @@ INSTANTIATE_TEST_SUITE_P(Catalogue, StillPicture,
                          testing::Combine(testing::Range(std::size_t{0}, std::size_t{18}),
                                           testing::Bool()),
                          caseName);
+
+// The picture by one call of the tile renderer or, much slower, of the scalar one.
+enum class By { tiles, scalar };
+
+Picture inOnePiece(const render::Job& job, By by) {
+    const auto [width, height] = job.size;
+    const fractal& v = job.view;
+    auto palette = job.palette->table;
+    Picture whole(width, height, 0);
+    const auto compute = by == By::tiles ? threadCPU<double> : threadScalar<double>;
+    compute(0, 0, width, height, width, height, v.xMin, v.xMax, v.yMin, v.yMax, v.cx, v.cy,
+            static_cast<int>(v.maxSize), v.maxIters, whole.bytes.data(), palette.data(),
+            v.fractalType);
+    return whole;
+}
+
+Picture throughAFile(const render::Job& job) {
+    const test_support::TemporaryFolder folder;
+    test_support::writePicture(job, folder / "still.png", 3);
+    return test_support::readPng(folder / "still.png");
+}
+
+TEST(APoster, IsThePictureInOnePiece) {
+    const auto& rows = test_support::catalogueRows();
+    for (const std::size_t row : {std::size_t{0}, rows.size() - 1}) {
+        const auto job = test_support::jobOf(rows[row], {4099, 3011}, Precision::doubles);
+        EXPECT_TRUE(samePicture(throughAFile(job), inOnePiece(job, By::tiles), "still.poster"));
+    }
+}
+
+TEST(OddSizes, AreThePictureInOnePiece) {
+    for (const render::Size size : {render::Size{1, 1},
+                                    {1, 65535},
+                                    {65535, 1},
+                                    {2, 3},
+                                    {15, 17},
+                                    {17, 4099},
+                                    {8191, 7},
+                                    {127, 131},
+                                    {64, 64}}) {
+        const auto job =
+            test_support::jobOf(test_support::catalogueRows()[0], size, Precision::doubles);
+        EXPECT_TRUE(samePicture(throughAFile(job), inOnePiece(job, By::scalar), "still.size"))
+            << size.width << "x" << size.height;
+    }
+}
 
 // The escape bound counts by its whole part, and a number beyond all integers saturates.
 TEST(EscapeBound, IsTruncatedAsInTheWindow) {
