@@ -5,10 +5,10 @@
 #include <exception>
 #include <string>
 
+#include "render/command_line.h"
 #include "render/failure.h"
 #include "render/film.h"
 #include "render/join.h"
-#include "render/options.h"
 #include "render/output_file.h"
 #include "render/plan.h"
 #include "render/ppm_encoder.h"

@@ -1,4 +1,4 @@
-// The command line of tessary-render: filled once, checked whole, handed on.
+// What a run of tessary-render is asked for: filled once by the command line, and handed on.
 #pragma once
 
 #include <cstdint>
@@ -55,9 +55,5 @@ struct Options {
     bool join = false;           // make one picture of the inputs, which are bands
     bool resume = false;         // leave pictures that are there already
 };
-
-// The options of a command line, or nothing when it asked for help or version, which are then
-// printed. Throws UsageError.
-std::optional<Options> readOptions(int argc, const char* const* argv);
 
 }  // namespace render

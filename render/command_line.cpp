@@ -1,4 +1,4 @@
-#include "render/options.h"
+#include "render/command_line.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
