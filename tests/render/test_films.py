@@ -91,6 +91,16 @@ class Flights(FilmTest):
                                            data=FAMILY))
 
 
+    @unittest.skipUnless(shutil.which("qemu-x86_64"), "needs qemu-user to stand in for processors")
+    def test_flights_are_the_same_on_every_processor(self):
+        arguments = ["-", "--film", "--dry-run", *SMALL, "--seconds", 2]
+        here = self.render(*arguments, data=FAMILY)
+        for processor in ("Nehalem", "Haswell", "qemu64"):
+            done = self.run_render(*arguments, data=FAMILY, stderr=subprocess.DEVNULL,
+                                   prefix=["qemu-x86_64", "-cpu", processor])
+            self.assertEqual((done.returncode, done.stdout), (0, here), processor)
+
+
 class Frames(FilmTest):
     def test_they_are_numbered_with_six_digits(self):
         frames = self.film(*LINEAR, *SMALL, "--steps", 3)
