@@ -2,8 +2,9 @@
 
 import struct
 
-DRAGON = 10
+JULIA, DRAGON = 1, 10
 START = (-2.0, 2.0, -1.5, 1.5)
+SQUARE = (-1.5, 1.5, -1.5, 1.5)
 
 
 def record(name, formula, view, c=(0.0, 0.0), iterations=768, bound=4.0, palette=0, identity=0):

@@ -2,16 +2,13 @@
 
 import os
 import re
-import sys
 import tempfile
 import unittest
 
+import catalogues
 import harness
 from test_window import BELOW_THE_BAR, REPORT, TessaryTest
 from x_client import XClient
-
-sys.path.insert(0, os.path.join(harness.SOURCE, "share"))
-import make_catalogues  # noqa: E402
 
 RENDER = "Enqueuing 65536"
 GLIDE = 20
@@ -25,7 +22,7 @@ def catalogue(entries):
     """The path of a catalogue with these (identity, width) of Mandelbrot views."""
     with tempfile.NamedTemporaryFile(suffix=".frac", delete=False) as file:
         for identity, width in entries:
-            file.write(make_catalogues.record(
+            file.write(catalogues.record(
                 f"entry {identity}", 0, (-width, width, -width, width), iterations=200,
                 identity=identity))
     return file.name
