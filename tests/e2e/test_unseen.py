@@ -28,6 +28,13 @@ def catalogue(entries):
     return file.name
 
 
+def endless_catalogue():
+    """The path of a catalogue with one view that nobody lives to see rendered."""
+    with tempfile.NamedTemporaryFile(suffix=".frac", delete=False) as file:
+        file.write(catalogues.endless())
+    return file.name
+
+
 class RunTest(TessaryTest):
     def catalogue(self, entries):
         path = catalogue(entries)
@@ -230,6 +237,17 @@ class Destroyed(RunTest):
         program.wait_for_frames(5)
         self.destroy(program)
         self.assert_ended(program)
+
+    def test_in_the_middle_of_a_slow_frame_it_ends_the_same_and_counts_no_frame(self):
+        path = endless_catalogue()
+        self.addCleanup(os.remove, path)
+        for precision in ("--single", "--double"):
+            with self.subTest(precision=precision):
+                program = self.start([f"--bench:{path}", precision])
+                program.wait_for_line("^Enqueuing")
+                self.destroy(program)
+                self.assert_ended(program)
+                self.assertFalse([line for line in program.lines if line.startswith("Total")])
 
     def test_while_minimised_it_ends_the_same(self):
         program = self.start_and_settle()
