@@ -9,7 +9,7 @@ extern std::string filename;
 
 // Writes every entry, in catalogue order, under mutex, and prints a line for each. A regular file
 // is replaced only once the new one is complete on disk. Prints one line when it cannot be written;
-// the old file is then whole.
+// the old file is then whole, or a second line names the copy that is.
 void SaveData(std::string path);
 
 // Replaces the catalogue with the file's records, prints a line for each, makes the first one

@@ -53,7 +53,7 @@ std::int64_t renderFrame() {
     const auto start = std::chrono::steady_clock::now();
     if (bCPU) {
         queueFrame();
-        waitForFrame(closeIsRequested);
+        waitForFrame(windowIsToEnd);
     } else {
         renderFrameOpenCL();
     }

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "backends/image.h"
+#include "backends/worker_pool.h"
 #include "explorer/catalogue.h"
 #include "explorer/window_state.h"
 
@@ -224,6 +225,8 @@ void mouse_motion_func(int x, int y) {
 }
 
 void idle() {
+    // The frame before was given up: nothing may count it as shown.
+    if (shutdown_threads) return;
     if (idleHeld) {
         idleWaits = true;
         glutIdleFunc(nullptr);

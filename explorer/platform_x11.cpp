@@ -61,14 +61,15 @@ void setWindowClass() {
     XSetClassHint(display, glXGetCurrentDrawable(), &hint);
 }
 
-bool closeIsRequested() {
+bool windowIsToEnd() {
     Display* display = glXGetCurrentDisplay();
     if (display == nullptr) return false;
     struct Search {
         Atom close;
         bool found = false;
     } search{.close = XInternAtom(display, "WM_DELETE_WINDOW", False)};
-    // No event is taken, and none of Xlib's functions may be called in here.
+    // No event is taken, but all that have arrived are read. None of Xlib's functions may be called
+    // in here.
     const auto note = [](Display*, XEvent* event, XPointer argument) -> Bool {
         Search& wanted = *reinterpret_cast<Search*>(argument);
         const bool isClose = event->type == ClientMessage &&
@@ -78,7 +79,7 @@ bool closeIsRequested() {
     };
     XEvent event;
     XCheckIfEvent(display, &event, note, reinterpret_cast<XPointer>(&search));
-    return search.found;
+    return search.found || destroyed;
 }
 
 void enableShiftTab() {

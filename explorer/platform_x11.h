@@ -11,9 +11,9 @@ bool hasXWindow();
 // Gives the window its class, so that desktops group and theme it as Tessary.
 void setWindowClass();
 
-// Whether the user has asked to close the window, and GLUT will do so at its next look at the
-// events. They all stay where they are.
-bool closeIsRequested();
+// Whether GLUT will end the window at its next look at the events: the user has asked to close it,
+// or another client has destroyed it. The events all stay where they are.
+bool windowIsToEnd();
 
 // Lets Shift+Tab arrive as Tab with the shift bit; freeglut drops the key symbol that X sends.
 void enableShiftTab();

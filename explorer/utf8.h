@@ -1,14 +1,10 @@
-// UTF-8 in bytes that nobody vouches for. Any bytes are taken, a NUL too; any thread.
+// Bytes that nobody vouches for, made fit for places that take only UTF-8 or no control characters.
+// Any bytes are taken, a NUL too; any thread.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
-
-// The length of the character that begins at byte `at`, 1 to 4; 0 where none does: at the end,
-// within a character, and at bytes that are no UTF-8 (cut short, longer than need be, surrogates,
-// beyond U+10FFFF).
-std::size_t utf8Length(std::string_view text, std::size_t at);
 
 // `text` with U+FFFD in place of every byte that belongs to no character.
 std::string validUtf8(std::string_view text);

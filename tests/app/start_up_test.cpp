@@ -29,6 +29,7 @@
 #include "explorer/window_state.h"
 #include "tests/support/device_stand_in.h"
 #include "tests/support/glut_stand_in.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/stdout_capture.h"
 
 void createMenu() {
@@ -204,9 +205,7 @@ TEST_F(StartUpTest, TheSizeOfThePictureIsRoundedUpToAMultipleOf8) {
 }
 
 TEST_F(StartUpTest, APictureThatFindsNoMemoryIsOneLineAndStatusOne) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    GTEST_SKIP() << "a sanitizer ends a process that asks for so much";
-#endif
+    if (SANITIZED) GTEST_SKIP() << "a sanitizer ends a process that asks for so much";
     EXPECT_EXIT(
         {
             winX = winY = std::int64_t{1} << 28;

@@ -17,6 +17,7 @@
 #include "tests/support/catalogue_table.h"
 #include "tests/support/picture.h"
 #include "tests/support/reference_fractal.h"
+#include "tests/support/sanitized.h"
 #include "tests/support/stdout_capture.h"
 
 namespace {
@@ -27,11 +28,7 @@ using test_support::ReferenceView;
 
 constexpr unsigned char CANARY = 0xA5;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::size_t SLOWDOWN = 15;
-#else
-constexpr std::size_t SLOWDOWN = 1;
-#endif
+constexpr std::size_t SLOWDOWN = SANITIZED ? 15 : 1;
 
 // One tile in how many is rendered. All are odd, so that the sample wanders over the rows of 256
 // tiles; 1 is the whole picture.

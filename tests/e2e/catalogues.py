@@ -2,8 +2,9 @@
 
 import struct
 
-DRAGON = 10
+JULIA, HYPERBOLIC_COSINE, DRAGON = 1, 5, 10
 START = (-2.0, 2.0, -1.5, 1.5)
+SQUARE = (-1.5, 1.5, -1.5, 1.5)
 
 
 def record(name, formula, view, c=(0.0, 0.0), iterations=768, bound=4.0, palette=0, identity=0):
@@ -16,3 +17,10 @@ def record(name, formula, view, c=(0.0, 0.0), iterations=768, bound=4.0, palette
         + text
         + struct.pack("=i", identity)
     )
+
+
+def endless():
+    """The bytes of an entry without an end: the orbits of the hyperbolic cosine on this piece of the
+    real axis stay and do not come to rest."""
+    return record("", HYPERBOLIC_COSINE, (-3.3, -3.2, 0.0, 0.0), iterations=2000000000, bound=128.0,
+                  identity=1)

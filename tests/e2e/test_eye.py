@@ -2,17 +2,14 @@
 the picture itself on an OpenGL that takes only small textures."""
 
 import os
-import sys
 import tempfile
 import unittest
 
+import catalogues
 import harness
 import numpy as np
 from test_window import BELOW_THE_BAR, REPORT, START_VIEW, TessaryTest
 from x_client import XClient
-
-sys.path.insert(0, os.path.join(harness.SOURCE, "share"))
-import make_catalogues  # noqa: E402
 
 SMALL_TEXTURES = os.path.join(harness.BUILD, "tests", "e2e", "libtessary_small_textures.so")
 
@@ -54,8 +51,8 @@ class MousePointer(TessaryTest):
         with tempfile.NamedTemporaryFile(suffix=".frac") as file:
             # The orbits of a Siegel disc neither escape nor repeat.
             for identity in range(2):
-                file.write(make_catalogues.record(
-                    "slow", make_catalogues.JULIA, make_catalogues.SQUARE, (-0.390541, -0.586788),
+                file.write(catalogues.record(
+                    "slow", catalogues.JULIA, catalogues.SQUARE, (-0.390541, -0.586788),
                     iterations=1 + 999999999 * identity, identity=identity))
             file.flush()
             program = self.start([f"--bench:{file.name}", "--double"])

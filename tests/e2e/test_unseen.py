@@ -2,16 +2,13 @@
 
 import os
 import re
-import sys
 import tempfile
 import unittest
 
+import catalogues
 import harness
 from test_window import BELOW_THE_BAR, REPORT, TessaryTest
 from x_client import XClient
-
-sys.path.insert(0, os.path.join(harness.SOURCE, "share"))
-import make_catalogues  # noqa: E402
 
 RENDER = "Enqueuing 65536"
 GLIDE = 20
@@ -25,9 +22,16 @@ def catalogue(entries):
     """The path of a catalogue with these (identity, width) of Mandelbrot views."""
     with tempfile.NamedTemporaryFile(suffix=".frac", delete=False) as file:
         for identity, width in entries:
-            file.write(make_catalogues.record(
+            file.write(catalogues.record(
                 f"entry {identity}", 0, (-width, width, -width, width), iterations=200,
                 identity=identity))
+    return file.name
+
+
+def endless_catalogue():
+    """The path of a catalogue with one view that nobody lives to see rendered."""
+    with tempfile.NamedTemporaryFile(suffix=".frac", delete=False) as file:
+        file.write(catalogues.endless())
     return file.name
 
 
@@ -233,6 +237,17 @@ class Destroyed(RunTest):
         program.wait_for_frames(5)
         self.destroy(program)
         self.assert_ended(program)
+
+    def test_in_the_middle_of_a_slow_frame_it_ends_the_same_and_counts_no_frame(self):
+        path = endless_catalogue()
+        self.addCleanup(os.remove, path)
+        for precision in ("--single", "--double"):
+            with self.subTest(precision=precision):
+                program = self.start([f"--bench:{path}", precision])
+                program.wait_for_line("^Enqueuing")
+                self.destroy(program)
+                self.assert_ended(program)
+                self.assertFalse([line for line in program.lines if line.startswith("Total")])
 
     def test_while_minimised_it_ends_the_same(self):
         program = self.start_and_settle()

@@ -5,11 +5,11 @@ import os
 import re
 import shutil
 import signal
-import struct
 import subprocess
 import tempfile
 import unittest
 
+import catalogues
 import expected
 import harness
 
@@ -258,14 +258,12 @@ class WaysOut(TessaryTest):
         self.assert_shut_down_in_order(program)
 
     def start_endless(self, *arguments):
-        """The program at work on a picture that nobody lives to see: the orbits of the hyperbolic
-        cosine on this piece of the real axis stay and do not come to rest."""
+        """The program at work on a picture that nobody lives to see."""
         folder = tempfile.mkdtemp(prefix="tessary-endless-")
         self.addCleanup(shutil.rmtree, folder)
         path = os.path.join(folder, "endless.frac")
-        view = struct.pack("<6d", -3.2, -3.3, 0, 0, 0, 0)
         with open(path, "wb") as file:
-            file.write(view + struct.pack("<idiii", 2000000000, 128, 0, 5, 1) + b"\0" + bytes(4))
+            file.write(catalogues.endless())
         program = self.start([f"--bench:{path}", *arguments])
         program.wait_for_line("Enqueuing")
         return program
@@ -285,6 +283,7 @@ class WaysOut(TessaryTest):
         program.close()
         self.assertEqual(program.wait_exit(), 0)
         self.assert_shut_down_in_order(program)
+        self.assertFalse([line for line in program.lines if line.startswith("Total")])
         self.assertEqual(program.errors, "")
 
     def test_a_display_lost_during_an_endless_tile_ends_with_1(self):

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "backends/view_state.h"
+#include "backends/worker_pool.h"
 #include "explorer/navigation.h"
 #include "explorer/window_state.h"
 #include "tests/explorer/explorer_test.h"
@@ -146,6 +147,15 @@ TEST_F(CycleTest, EveryMoveOfTheCursorOwesARenderOfItsOwn) {
     EXPECT_EQ(update_count, 4);
     idle();
     EXPECT_EQ(update_count, 7);  // the move that failed counts too
+}
+
+TEST_F(CycleTest, NothingMovesOnOnceTheProgramIsEnding) {
+    startCycling(strangers);
+    shutdown_threads = true;
+    EXPECT_THAT(indicesOf(2), ElementsAre(0, 0));
+    shutdown_threads = false;
+    EXPECT_EQ(update_count, 0);
+    EXPECT_EQ(glut.redisplays, 0);
 }
 
 TEST_F(CycleTest, TheImageCountsAsFresh) {

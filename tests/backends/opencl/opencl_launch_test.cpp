@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "tests/backends/opencl/child.h"
+#include "tests/support/sanitized.h"
 
 namespace {
 
@@ -247,11 +248,7 @@ TEST(SwitchingDevice, SaysWhichDeviceIsInUse) {
 
 // A quarter of the switches. Sanitizers make each many times slower, and look at what happens in
 // one, not at how often.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr int quarter = 25;
-#else
-constexpr int quarter = 250;
-#endif
+constexpr int quarter = SANITIZED ? 25 : 250;
 
 // Every kind of handle, over a thousand switches of device and precision.
 TEST(AThousandSwitches, LoseNoHandle) {
