@@ -96,8 +96,8 @@ PackedBand BandPacker::pack(std::string_view rows, std::size_t rowBytes, std::si
     return packFast(rows);
 }
 
-std::string_view streamHead() {
-    return "\x78\x01";
+std::string_view streamHead(Compression compression) {
+    return compression == Compression::small ? "\x78\xda" : "\x78\x01";
 }
 
 std::string streamTail(std::uint32_t adler) {

@@ -49,8 +49,8 @@ class BandPacker {
     std::string room, otherRoom;      // where blocks are put
 };
 
-// What a zlib stream of bands begins with.
-std::string_view streamHead();
+// What a zlib stream of bands begins with. It tells how they are packed.
+std::string_view streamHead(Compression compression);
 
 // What it ends with, after bands with this Adler-32 in all.
 std::string streamTail(std::uint32_t adler);

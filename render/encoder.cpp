@@ -37,8 +37,10 @@ std::string PngEncoder::head(const Job& job) const {
         texts = {{"Title", job.view.name},
                  {"Software", "Tessary " TESSARY_VERSION},
                  {"tessary", describe(job)}};
+    } else if (job.band) {
+        texts = {{"tessary", describe(job)}};  // or nobody could join it
     }
-    return pngHead(job.size, {}, texts) + pngChunk("IDAT", streamHead());
+    return pngHead(job.size, {}, texts) + pngChunk("IDAT", streamHead(compression));
 }
 
 EncodedBand PngEncoder::band(const Job& job, RowRange range, Workshop& workshop) const {

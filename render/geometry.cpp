@@ -1,5 +1,6 @@
 #include "render/geometry.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "render/failure.h"
@@ -22,6 +23,16 @@ void resize(double& low, double& high, double length) {
     high = newHigh;
 }
 
+// Whether the rounding of edges alone can make the products of the sides unequal, which ought to be
+// equal in a rectangle that fits. It may change a side by a thousandth at most.
+bool alreadyFits(const fractal& view, double wide, double high, Size size) {
+    constexpr double ROUNDING = 0x1p-51, MOST = 0x1p-10;
+    const double edges =
+        (ROUNDING * std::abs(view.xMin) + ROUNDING * std::abs(view.xMax)) * size.height +
+        (ROUNDING * std::abs(view.yMin) + ROUNDING * std::abs(view.yMax)) * size.width;
+    return std::abs(wide - high) <= std::min(edges, MOST * std::min(wide, high));
+}
+
 }  // namespace
 
 int heightFor(const fractal& view, int width) {
@@ -40,7 +51,7 @@ fractal fitted(fractal view, Size size, Fit fit) {
     if (fit == Fit::stretch || !hasLength(wide) || !hasLength(high)) return view;
     const double wideEnough = high * size.width / size.height;
     const double highEnough = wide * size.height / size.width;
-    if (wide * size.height == high * size.width) return view;
+    if (alreadyFits(view, wide * size.height, high * size.width, size)) return view;
     const bool tooNarrow = wide * size.height < high * size.width;
     if (tooNarrow == (fit == Fit::contain)) {
         resize(view.xMin, view.xMax, wideEnough);

@@ -29,7 +29,8 @@ int heightFor(const fractal& view, int width);
 // The record with its rectangle fitted to the picture's proportions. The side that changes does so
 // about its centre and keeps its orientation, the other one keeps its bits. Proportions are those
 // of absolute lengths; a rectangle with a side that is zero or not finite, or that would become so,
-// stays as it is.
+// stays as it is. So does one that fits as well as its edges can tell: what is fitted once is
+// fitted for good.
 fractal fitted(fractal view, Size size, Fit fit);
 
 }  // namespace render

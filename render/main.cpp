@@ -5,9 +5,14 @@
 #include <exception>
 #include <string>
 
+#include "render/command_line.h"
 #include "render/failure.h"
-#include "render/options.h"
+#include "render/film.h"
+#include "render/join.h"
+#include "render/output_file.h"
 #include "render/plan.h"
+#include "render/ppm_encoder.h"
+#include "render/resume.h"
 #include "render/run.h"
 
 namespace {
@@ -28,12 +33,60 @@ void ignoreWriteSignals() {
     signal(SIGXFSZ, SIG_IGN);
 }
 
-void run(const render::Options& options) {
-    const render::Source source = render::readSource(options.input);
-    const auto jobs = render::planStills(options, source);
+void warnOf(const render::Source& source) {
     if (!source.warning.empty()) say(source.warning);
+}
+
+// All of the pictures, or what an earlier run has left of them.
+void makeFiles(const std::vector<render::Job>& jobs, const render::Options& options,
+               const render::RunOptions& how) {
     const render::PngEncoder encoder(options.compression, options.metadata);
-    render::makePictures(jobs, encoder, {options.threads, options.quiet});
+    if (options.resume && options.metadata) {
+        render::removeLeftoversOf(jobs);
+        render::makePictures(render::unfinished(jobs, encoder), encoder, how);
+    } else {
+        render::makePictures(jobs, encoder, how);
+    }
+}
+
+void stills(const render::Options& options, const render::Source& source,
+            const render::RunOptions& how) {
+    const auto jobs = render::planStills(options, source);
+    warnOf(source);
+    makeFiles(jobs, options, how);
+}
+
+void print(const std::string& text) {
+    render::OutputFile output("-");
+    output.write(text);
+    output.publish();
+}
+
+void film(const render::Options& options, const render::Source& source,
+          const render::RunOptions& how) {
+    const render::Film film = render::planFilm(options, source);
+    warnOf(source);
+    if (options.dryRun) {
+        print(render::linesOf(film.frames));
+    } else if (options.output == "-") {
+        render::makePictures(film.jobs, render::PpmEncoder(), how);
+    } else {
+        makeFiles(film.jobs, options, how);
+    }
+}
+
+void run(const render::Options& options) {
+    const render::RunOptions how{options.threads, options.quiet};
+    if (options.join) {
+        render::joinBands(options.inputs, options.output, how);
+        return;
+    }
+    const render::Source source = render::readSource(options.inputs.front());
+    if (options.film) {
+        film(options, source, how);
+    } else {
+        stills(options, source, how);
+    }
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
-// The command line of tessary-render: filled once, checked whole, handed on.
+// What a run of tessary-render is asked for: filled once by the command line, and handed on.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "render/deflate.h"
+#include "render/flight.h"
 #include "render/geometry.h"
 #include "render/job.h"
+#include "render/shard.h"
 
 namespace render {
 
@@ -32,7 +35,7 @@ struct WantedPalette {
 
 // What is left empty is the input's own affair, or the default told beside it.
 struct Options {
-    std::string input;                  // path, or "-"
+    std::vector<std::string> inputs;    // one path or "-"; with `join` one or more
     std::string output;                 // path, folder or "-"; empty for NAME-001.png and so on
     std::optional<EntryRange> entries;  // all
     std::optional<WantedSize> size;     // that of a picture's own, or DEFAULT_WIDTH
@@ -45,10 +48,12 @@ struct Options {
     Compression compression = Compression::fast;
     bool metadata = true;
     bool quiet = false;
+    bool film = false;           // one film rather than stills
+    FlightOptions flight;        // of the film
+    bool dryRun = false;         // only list the frames of the film
+    std::optional<Shard> shard;  // all of it
+    bool join = false;           // make one picture of the inputs, which are bands
+    bool resume = false;         // leave pictures that are there already
 };
-
-// The options of a command line, or nothing when it asked for help or version, which are then
-// printed. Throws UsageError.
-std::optional<Options> readOptions(int argc, const char* const* argv);
 
 }  // namespace render

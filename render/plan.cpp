@@ -3,8 +3,10 @@
 #include <sys/stat.h>
 
 #include <cmath>
+#include <string_view>
 
 #include "render/failure.h"
+#include "render/shard.h"
 
 namespace render {
 namespace {
@@ -66,9 +68,13 @@ std::shared_ptr<const Palette> Planner::paletteFor(std::int32_t type) const {
     return palette;
 }
 
-Job Planner::jobFor(const fractal& view, Size size) const {
+fractal Planner::fit(const fractal& view, Size size) const {
+    return hasProportionsOfSource(size) ? view : fitted(view, size, options.fit);
+}
+
+Job Planner::jobOf(const fractal& view, Size size) const {
     Job job;
-    job.view = hasProportionsOfSource(size) ? view : fitted(view, size, options.fit);
+    job.view = view;
     if (options.limit) job.view.maxIters = *options.limit;
     if (options.palette && options.palette->map.empty()) {
         job.view.paletteType = options.palette->type;
@@ -100,6 +106,28 @@ std::string Naming::operator()(std::uint64_t number, int digits) const {
     return prefix + "-" + text + ".png";
 }
 
+namespace {
+
+// NAME.png becomes NAME.K-of-N.png.
+std::string bandName(const std::string& name, Shard shard) {
+    constexpr std::string_view ENDING = ".png";
+    return name.substr(0, name.size() - ENDING.size()) + "." + std::to_string(shard.number) +
+           "-of-" + std::to_string(shard.count) + std::string(ENDING);
+}
+
+// Several pictures are dealt out; of a single one a share is a band, which goes to the name given
+// or to one that tells which it is.
+std::vector<Job> stillsOfShare(std::vector<Job> jobs, const Options& options) {
+    if (jobs.size() > 1) return shareOf(std::move(jobs), *options.shard);
+    Job job = bandOf(std::move(jobs.front()), *options.shard);
+    job.band->small = options.compression == Compression::small;
+    job.band->metadata = options.metadata;
+    if (job.output != options.output) job.output = bandName(job.output, *options.shard);
+    return {job};
+}
+
+}  // namespace
+
 std::vector<Job> planStills(const Options& options, const Source& source) {
     constexpr int DIGITS = 3;
     const Planner planner(options, source);
@@ -111,7 +139,7 @@ std::vector<Job> planStills(const Options& options, const Source& source) {
         jobs.push_back(planner.jobFor(entry, planner.sizeFor(entry)));
         jobs.back().output = nameOf(number, DIGITS);
     }
-    return jobs;
+    return options.shard ? stillsOfShare(std::move(jobs), options) : jobs;
 }
 
 }  // namespace render

@@ -24,9 +24,13 @@ class Planner {
     // The size of a picture of this entry, or of a film that begins with it.
     Size sizeFor(const fractal& entry) const;
 
-    // The picture of any view in this size, without a place. Its rectangle is fitted, except where
-    // the source is a picture already and the size has its proportions: that shows the very same.
-    Job jobFor(const fractal& view, Size size) const;
+    // The view with its rectangle fitted, except where the source is a picture already and the size
+    // has its proportions: that shows the very same.
+    fractal fit(const fractal& view, Size size) const;
+
+    // The picture of a view in this size, without a place; its rectangle fitted, or as it is.
+    Job jobFor(const fractal& view, Size size) const { return jobOf(fit(view, size), size); }
+    Job jobOf(const fractal& view, Size size) const;
 
   private:
     std::shared_ptr<const Palette> paletteFor(std::int32_t type) const;

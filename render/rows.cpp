@@ -31,7 +31,7 @@ void renderAs(const Job& job, RowRange rows, unsigned char* picture, StopFlag st
     const fractal& v = job.view;
     const int width = job.size.width * job.supersample;
     renderTileUntilStopped<T>(
-        {0, rows.first, width, rows.end, width, job.size.height * job.supersample,
+        {0, rows.first, width, rows.end, width, wholeSize(job).height * job.supersample,
          static_cast<T>(v.xMin), static_cast<T>(v.xMax), static_cast<T>(v.yMin),
          static_cast<T>(v.yMax), static_cast<T>(v.cx), static_cast<T>(v.cy),
          static_cast<T>(truncateToInt(v.maxSize)), v.maxIters, picture, job.palette->table.data(),
@@ -62,6 +62,16 @@ void average(const unsigned char* corner, std::size_t stride, int n, unsigned ch
     }
     const auto count = static_cast<std::uint64_t>(n * n);
     for (std::size_t c = 0; c < 3; ++c) out[c] = levelOfLight(sum[c], count);
+}
+
+// Mixes the light of `from` into `row`.
+void fade(const unsigned char* from, unsigned char* row, std::size_t bytes, const Fade& how) {
+    const auto& light = lightOfLevel();
+    const auto steps = static_cast<std::uint64_t>(how.steps);
+    const auto own = static_cast<std::uint64_t>(how.step);
+    for (std::size_t n = 0; n < bytes; ++n) {
+        row[n] = levelOfLight(own * light[row[n]] + (steps - own) * light[from[n]], steps);
+    }
 }
 
 }  // namespace
@@ -100,6 +110,32 @@ void RowRenderer::averageRow(const Job& job, int sampleRow, unsigned char* out) 
 }
 
 void RowRenderer::render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
+    if (job.stored) {
+        job.stored->read(rows.first, rows.end, out, stride);
+        return;
+    }
+    if (job.band && job.band->blank) {
+        std::fill_n(out, 3 * static_cast<std::size_t>(job.size.width), std::uint8_t{0});
+    } else if (job.band) {
+        compute(job, {job.band->first + rows.first, job.band->first + rows.end}, out, stride);
+    } else {
+        compute(job, rows, out, stride);
+    }
+    if (job.fade) fadeRows(job, rows, out, stride);
+}
+
+void RowRenderer::fadeRows(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
+    const std::size_t rowBytes = 3 * static_cast<std::size_t>(job.size.width);
+    other.resize(rowBytes * static_cast<std::size_t>(rows.count()));
+    compute(*job.fade->from, rows, other.data(), rowBytes);
+    for (int y = 0; y < rows.count(); ++y) {
+        const auto row = static_cast<std::size_t>(y);
+        fade(other.data() + row * rowBytes, out + row * stride, rowBytes, *job.fade);
+    }
+}
+
+// Rows of the whole picture.
+void RowRenderer::compute(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
     const int n = job.supersample;
     const int step = std::max(SAMPLE_ROWS / n, 1);
     for (int first = rows.first; first < rows.end && !stop; first += step) {

@@ -27,12 +27,15 @@ class RowRenderer {
     void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
 
   private:
+    void compute(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
+    void fadeRows(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
     void renderSamples(const Job& job, RowRange sampleRows);
     void copyRow(const Job& job, int sampleRow, unsigned char* out) const;
     void averageRow(const Job& job, int sampleRow, unsigned char* out) const;
 
     const std::atomic<bool>& stop;
     std::vector<unsigned char> samples;  // four bytes each, rows of the picture N times as large
+    std::vector<unsigned char> other;    // three bytes each, rows of the picture left by a fade
 };
 
 }  // namespace render

@@ -57,14 +57,6 @@ int threadCount(const RunOptions& options) {
     return std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
 }
 
-void removeLeftoversOf(const std::vector<Job>& jobs) {
-    std::set<std::string> folders;
-    for (const Job& job : jobs) {
-        if (job.output != "-") folders.insert(folderOf(job.output));
-    }
-    for (const std::string& folder : folders) removeLeftovers(folder);
-}
-
 // Writes bands as they come, picture after picture.
 class Writer {
   public:
@@ -96,6 +88,14 @@ class Writer {
 };
 
 }  // namespace
+
+void removeLeftoversOf(const std::vector<Job>& jobs) {
+    std::set<std::string> folders;
+    for (const Job& job : jobs) {
+        if (job.output != "-") folders.insert(folderOf(job.output));
+    }
+    for (const std::string& folder : folders) removeLeftovers(folder);
+}
 
 void makePictures(const std::vector<Job>& jobs, const Encoder& encoder, const RunOptions& options) {
     if (jobs.empty()) return;

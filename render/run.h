@@ -13,6 +13,9 @@ struct RunOptions {
     bool quiet = true;  // no progress bar
 };
 
+// Removes what killed runs have left in the folders of these pictures.
+void removeLeftoversOf(const std::vector<Job>& jobs);
+
 // Makes every picture, in order, each under its name as soon as it is whole; while one is being
 // written the next ones are being made. Memory is bounded by the width of the pictures, not their
 // height or number. Failure ends it; pictures finished before stay.

@@ -4,6 +4,7 @@
 
 #include "frac/json_document.h"
 #include "render/failure.h"
+#include "render/shard.h"
 
 namespace render {
 namespace {
@@ -52,13 +53,25 @@ std::vector<Colour> readColours(const json& value) {
     return colours;
 }
 
+// Without its name, which is not seen.
+json entryOf(fractal view) {
+    view.name.clear();
+    return json::parse(writeDocument({{view}, nullptr}, Letters::ascii))["entries"][0];
+}
+
 }  // namespace
 
 json settingsOf(const Job& job) {
-    json object = {{"size", {job.size.width, job.size.height}},
+    const Size size = wholeSize(job);
+    json object = {{"size", {size.width, size.height}},
                    {"precision", job.precision == Precision::doubles ? "double" : "single"},
                    {"supersample", job.supersample}};
     if (!job.palette->colours.empty()) object["colours"] = job.palette->colours;
+    if (job.band) object["band"] = bandSettings(*job.band);
+    if (job.fade) {
+        object["fade"] = {job.fade->step, job.fade->steps};
+        object["from"] = entryOf(job.fade->from->view);
+    }
     return object;
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "frac/fractal.h"
 #include "render/job.h"
 
 namespace render {
@@ -20,7 +21,8 @@ struct Settings {
 };
 
 // {"size": [W, H], "precision": "double", "supersample": N, "colours": [[R, G, B], ...]}, colours
-// only where there are some.
+// only where there are some. A band adds "band" (see render/shard.h), a frame of a cross-fade
+// "fade": [step, steps] and "from", the entry that fades.
 nlohmann::json settingsOf(const Job& job);
 
 // The settings that such an object holds, or none of null. Other keys are skipped. A value that is

@@ -57,6 +57,9 @@ class Install(unittest.TestCase):
     def test_the_schema_lies_among_the_catalogues(self):
         self.assertTrue(os.path.exists(self.path("share", "tessary", "tessary.schema.json")))
 
+    def test_the_job_of_a_film_is_installed(self):
+        self.assertTrue(os.access(self.path("share", "tessary", "film.sbatch"), os.X_OK))
+
     def test_the_desktop_entry_starts_what_was_installed(self):
         entry = configparser.ConfigParser(interpolation=None)
         entry.optionxform = str

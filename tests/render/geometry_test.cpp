@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
 
 #include "render/failure.h"
 
@@ -12,6 +13,7 @@ namespace {
 using render::Fit;
 using render::fitted;
 using render::heightFor;
+using render::Size;
 
 constexpr double INF = std::numeric_limits<double>::infinity();
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
@@ -99,6 +101,27 @@ TEST(ACentreBetweenHugeEnds, IsFound) {
     const auto f = fitted(view(1e308, 1.5e308, 1e308, 1.25e308), {1, 1}, Fit::contain);
     EXPECT_TRUE(std::isfinite(f.yMin) && std::isfinite(f.yMax));
     EXPECT_NEAR((f.yMax - f.yMin) / 0.5e308, 1, 1e-15);
+}
+
+TEST(WhatIsFittedOnce, IsFittedForGood) {
+    std::mt19937_64 random(1);
+    const auto between = [&](double low, double high) {
+        return std::uniform_real_distribution<double>(low, high)(random);
+    };
+    for (int i = 0; i < 100000; ++i) {
+        const double x = between(-2, 2), y = between(-2, 2), wide = std::exp2(between(-36, 3));
+        const double high = wide * std::exp2(between(-2, 2));
+        const auto any = view(x, x + wide, y + high, y);
+        const Size size{1 + static_cast<int>(random() % 3000),
+                        1 + static_cast<int>(random() % 3000)};
+        if (size.width > 8 * size.height || size.height > 8 * size.width) continue;
+        for (const Fit fit : {Fit::contain, Fit::cover}) {
+            const auto once = fitted(any, size, fit);
+            for (const Fit again : {Fit::contain, Fit::cover}) {
+                ASSERT_TRUE(sameRectangle(fitted(once, size, again), once)) << i;
+            }
+        }
+    }
 }
 
 TEST(Height, FollowsTheProportionsOfTheView) {

@@ -74,7 +74,7 @@ class Bands : public testing::TestWithParam<Case> {};
 TEST_P(Bands, JoinedAreOneStreamOfTheRows) {
     const auto [content, compression] = GetParam();
     BandPacker packer;
-    std::string stream(render::streamHead()), rows;
+    std::string stream(render::streamHead(compression)), rows;
     std::uint32_t adler = 1;
     for (const std::size_t height : {16u, 1u, 50u}) {
         const std::size_t width = 211;

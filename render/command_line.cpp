@@ -1,41 +1,20 @@
-#include "render/options.h"
+#include "render/command_line.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
+#include <algorithm>
 #include <iostream>
 #include <limits>
 #include <string_view>
 #include <thread>
 
 #include "render/failure.h"
+#include "render/film_options.h"
+#include "render/option_values.h"
 
 namespace render {
 namespace {
 
 constexpr int MOST_THREADS = 4096;
-
-// Throws that the option's value is not what it should be.
-[[noreturn]] void refuse(const std::string& option, std::string_view value,
-                         std::string_view expected) {
-    throw UsageError(option + ": expected " + std::string(expected) + ", not '" +
-                     std::string(value) + "'");
-}
-
-// A whole number in decimal digits and nothing else, within these bounds.
-std::optional<std::uint64_t> wholeNumber(std::string_view text, std::uint64_t least,
-                                         std::uint64_t most) {
-    std::uint64_t number = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stop != end || number < least || number > most) return {};
-    return number;
-}
-
-int number(const std::string& option, const std::string& text, int most) {
-    const auto value = wholeNumber(text, 1, static_cast<std::uint64_t>(most));
-    if (!value) refuse(option, text, "a whole number from 1 to " + std::to_string(most));
-    return static_cast<int>(*value);
-}
 
 std::optional<int> side(std::string_view text) {
     const auto value = wholeNumber(text, 1, LARGEST_SIDE);
@@ -78,18 +57,6 @@ WantedPalette palette(const std::string& text) {
     return {0, text};
 }
 
-// The value of one of several words.
-template <class Value>
-Value choose(const std::string& option, const std::string& text,
-             std::initializer_list<std::pair<std::string_view, Value>> choices) {
-    std::string words;
-    for (const auto& [word, value] : choices) {
-        if (text == word) return value;
-        words += (words.empty() ? "" : " or ") + std::string(word);
-    }
-    refuse(option, text, words);
-}
-
 constexpr char FOOTER[] =
     "FILE is a .frac catalogue, a JSON document or a PNG written by this program;\n"
     "its content tells which. - is standard input.\n\n"
@@ -114,7 +81,9 @@ class CommandLine {
         app.footer(FOOTER);
         addInput();
         addPicture();
+        addFilmOptions(app, options);
         addOutput();
+        addShareOptions(app, options);
     }
 
     void parse(int argc, const char* const* argv) { app.parse(argc, argv); }
@@ -143,7 +112,7 @@ class CommandLine {
 };
 
 void CommandLine::addInput() {
-    app.add_option("FILE", options.input, "")->required()->type_name("")->group("");
+    app.add_option("FILE", options.inputs, "")->required()->type_name("")->group("");
     add(app, "--entry", "N[-M]", "Only entry N, or entries N to M (default: all)",
         [this](const std::string& text) { options.entries = entries(text); });
 }
@@ -159,7 +128,7 @@ void CommandLine::addPicture() {
         });
     add(app, "--supersample", "N", "Average N x N samples a pixel, 1 to 8 (1)",
         [this](const std::string& text) {
-            options.supersample = number("--supersample", text, MOST_SUPERSAMPLE);
+            options.supersample = number("--supersample", text, 1, MOST_SUPERSAMPLE);
         });
     auto* single = app.add_flag_callback(
         "--single", [this] { options.precision = Precision::singles; }, "Single precision");
@@ -171,7 +140,7 @@ void CommandLine::addPicture() {
         [this](const std::string& text) { options.palette = palette(text); });
     add(app, "--limit", "N", "Iteration limit (default: each entry's)",
         [this](const std::string& text) {
-            options.limit = number("--limit", text, std::numeric_limits<std::int32_t>::max());
+            options.limit = number("--limit", text, 1, std::numeric_limits<std::int32_t>::max());
         });
 }
 
@@ -188,7 +157,7 @@ void CommandLine::addOutput() {
         });
     add(app, "--threads", "N", "Number of threads (default: one for each processor)",
         [this](const std::string& text) {
-            options.threads = number("--threads", text, MOST_THREADS);
+            options.threads = number("--threads", text, 1, MOST_THREADS);
         });
     app.add_flag_callback(
         "-q,--quiet", [this] { options.quiet = true; }, "No progress bar");
@@ -196,9 +165,14 @@ void CommandLine::addOutput() {
 
 // What no option shows by itself.
 void check(const Options& options) {
-    if (options.input.empty()) throw UsageError("no FILE named");
+    const auto& inputs = options.inputs;
+    if (std::find(inputs.begin(), inputs.end(), "") != inputs.end()) {
+        throw UsageError("no FILE named");
+    }
+    if (options.join) return;
+    if (inputs.size() > 1) throw UsageError("more than one FILE: " + inputs[1]);
     const bool several = options.entries && options.entries->first < options.entries->last;
-    if (several && options.output == "-") {
+    if (several && !options.film && options.output == "-") {
         throw UsageError("-o -: only one picture goes to standard output");
     }
 }
@@ -216,6 +190,7 @@ std::optional<Options> readOptions(int argc, const char* const* argv) {
         throw UsageError(error.what());
     }
     check(line.options);
+    checkFilmOptions(line.app, line.options);
     return line.options;
 }
 
