@@ -1,0 +1,124 @@
+// Logarithm, exponential and cube root by fixed operations keep the bounds that their header
+// claims.
+#include "compute/fixed_math.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace {
+
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+constexpr double SMALLEST = std::numeric_limits<double>::denorm_min();
+constexpr double LARGEST = std::numeric_limits<double>::max();
+
+// Units of 2^-53 relative to the true value.
+long double unitsOff(double value, long double truth) {
+    if (truth == 0) return value == 0 ? 0 : INFINITY;
+    return std::fabs((static_cast<long double>(value) - truth) / truth) * 0x1p53L;
+}
+
+// Numbers of every size, close to 1, at the ends of each binade and where mantissas wrap.
+std::vector<double> positiveNumbers() {
+    std::vector<double> all = {SMALLEST, 3 * SMALLEST, 0x1p-1022, std::nextafter(0x1p-1022, 0.0),
+                               LARGEST,  1.0};
+    std::mt19937_64 generator(11);
+    const auto uniform = [&] { return static_cast<double>(generator()) / 18446744073709551616.0; };
+    for (int i = 0; i < 200000; ++i) all.push_back(std::exp2(2097 * uniform() - 1074));
+    for (int i = 0; i < 200000; ++i) all.push_back(0.5 + 2 * uniform());
+    for (int i = 0; i < 20000; ++i) all.push_back(1 + std::exp2(-53 * uniform()));
+    for (int i = 0; i < 20000; ++i) all.push_back(1 - std::exp2(-54 * uniform() - 1));
+    for (int k = -1073; k < 1024; ++k) {
+        for (const double start : {1.0, 0.70710678118654752440, 1.41421356237309504880}) {
+            const double x = std::ldexp(start, k);
+            for (const double to : {0.0, INFINITE}) {
+                const double beside = std::nextafter(x, to);
+                if (beside > 0 && beside < INFINITE) all.push_back(beside);
+            }
+        }
+    }
+    return all;
+}
+
+template <class Value, class Truth>
+long double worst(const std::vector<double>& arguments, Value&& value, Truth&& truth) {
+    long double most = 0;
+    for (const double x : arguments) {
+        const long double off = unitsOff(value(x), truth(static_cast<long double>(x)));
+        EXPECT_FALSE(std::isnan(off)) << x;
+        most = std::max(most, off);
+    }
+    return most;
+}
+
+TEST(FixedLog, IsWithinThreeUnits) {
+    EXPECT_LE(worst(
+                  positiveNumbers(), [](double x) { return fixedLog(x); },
+                  [](long double x) { return std::log(x); }),
+              3.0L);
+}
+
+TEST(FixedLog, IsExactlyZeroAtOne) {
+    EXPECT_EQ(fixedLog(1.0), 0.0);
+}
+
+TEST(FixedLog, HasItsLimitsAtTheEnds) {
+    EXPECT_EQ(fixedLog(0.0), -INFINITE);
+    EXPECT_EQ(fixedLog(-0.0), -INFINITE);
+    EXPECT_EQ(fixedLog(INFINITE), INFINITE);
+}
+
+TEST(FixedLog, IsNotANumberWhereThereIsNone) {
+    for (const double x : {-SMALLEST, -1.0, -LARGEST, -INFINITE, NOT_A_NUMBER}) {
+        EXPECT_TRUE(std::isnan(fixedLog(x))) << x;
+    }
+}
+
+TEST(FixedCubeRoot, IsWithinOneAndAHalfUnits) {
+    EXPECT_LE(worst(
+                  positiveNumbers(), [](double x) { return fixedCubeRoot(x); },
+                  [](long double x) { return std::cbrt(x); }),
+              1.5L);
+}
+
+TEST(FixedCubeRoot, OfACubeIsItsSide) {
+    for (int side = -1000; side <= 1000; ++side) {
+        EXPECT_EQ(fixedCubeRoot(static_cast<double>(side) * side * side), side);
+    }
+}
+
+TEST(FixedCubeRoot, KeepsWhatHasNoRoot) {
+    EXPECT_EQ(fixedCubeRoot(INFINITE), INFINITE);
+    EXPECT_EQ(fixedCubeRoot(-INFINITE), -INFINITE);
+    EXPECT_TRUE(std::isnan(fixedCubeRoot(NOT_A_NUMBER)));
+}
+
+TEST(FixedExp, IsWithinTwoUnitsWhereItIsNormal) {
+    std::vector<double> arguments = {0.0, -0.0, SMALLEST, 709.7, -708.3};
+    std::mt19937_64 generator(12);
+    const auto uniform = [&] { return static_cast<double>(generator()) / 18446744073709551616.0; };
+    for (int i = 0; i < 200000; ++i) arguments.push_back(1417.9 * uniform() - 708.3);
+    for (int i = 0; i < 200000; ++i) arguments.push_back(4 * uniform() - 2);
+    for (int i = 0; i < 20000; ++i) arguments.push_back(std::exp2(-60 * uniform()));
+    EXPECT_LE(worst(
+                  arguments, [](double x) { return fixedExp(x); },
+                  [](long double x) { return std::exp(x); }),
+              2.0L);
+}
+
+TEST(FixedExp, EndsInSubnormalsZeroAndInfinity) {
+    EXPECT_NEAR(fixedExp(-740.0) / SMALLEST, std::exp(-740.0) / SMALLEST, 1.0);
+    EXPECT_EQ(fixedExp(-745.2), 0.0);
+    EXPECT_EQ(fixedExp(-1e9), 0.0);
+    EXPECT_EQ(fixedExp(-INFINITE), 0.0);
+    EXPECT_EQ(fixedExp(709.8), INFINITE);
+    EXPECT_EQ(fixedExp(INFINITE), INFINITE);
+    EXPECT_TRUE(std::isnan(fixedExp(NOT_A_NUMBER)));
+}
+
+}  // namespace
