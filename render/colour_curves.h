@@ -1,6 +1,6 @@
 // The curves that colours go through, by operations that every processor rounds alike: + - * /,
-// square roots, comparisons and tables made of these. No function of the C library that rounds in
-// its own way. Plain functions; any thread.
+// square roots, comparisons, compute/fixed_math.h and tables made of these. No function of the C
+// library that rounds in its own way. Plain functions; any thread.
 #pragma once
 
 namespace render {
@@ -9,12 +9,6 @@ namespace render {
 // what lies outside is taken as the nearer end. Within 3e-7 of the exact curve.
 double lightOf(double level);
 double levelOf(double light);
-
-// Within 1e-15 relative. cubeRoot: x of any sign. logarithm: x > 0 and normal. exponential: -700 to
-// 700.
-double cubeRoot(double x);
-double logarithm(double x);
-double exponential(double x);
 
 // The sine of x for -2 <= x <= 2, within 1e-15.
 double sine(double x);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "compute/fixed_math.h"
 #include "render/colour_curves.h"
 
 namespace render {
@@ -38,7 +39,7 @@ constexpr Matrix LIGHT = {{{4.0767416621, -3.3077115913, 0.2309699292},
                            {-0.0041960863, -0.7034186147, 1.7076147010}}};
 
 Levels rootsOf(const Levels& colour) {
-    return each(product(CONES, each(colour, lightOf)), cubeRoot);
+    return each(product(CONES, each(colour, lightOf)), fixedCubeRoot);
 }
 
 Levels fromRoots(const Levels& roots) {
@@ -112,8 +113,8 @@ double linearShare(double middle, double place) {
 double curvedShare(double middle, double place) {
     if (middle < LEAST) return 1;
     if (1 - middle < LEAST || place <= 0) return 0;
-    const double power = logarithm(place) * -0.693147180559945309 / logarithm(middle);
-    return power < -700 ? 0 : exponential(power);
+    const double power = fixedLog(place) * -0.693147180559945309 / fixedLog(middle);
+    return power < -700 ? 0 : fixedExp(power);
 }
 
 double sphereShare(double distance) {

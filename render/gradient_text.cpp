@@ -120,7 +120,8 @@ class GimpReader {
             refuse("the number of segments, 1 to " + std::to_string(MOST_SEGMENTS));
         }
         std::vector<Segment> segments;
-        for (int n = 0; n < *count; ++n) segments.push_back(segment(n == 0 ? 0 : segments.back().right));
+        for (int n = 0; n < *count; ++n)
+            segments.push_back(segment(n == 0 ? 0 : segments.back().right));
         if (segments.back().right != 1) refuse("a last segment that ends at 1");
         return {segments, textOf(segments)};
     }
@@ -237,8 +238,7 @@ std::optional<Colour> readColourText(std::string_view text) {
     Colour colour{};
     for (std::size_t c = 0; c < 3; ++c) {
         const std::string_view digits = text.substr(1 + 2 * c, 2);
-        const auto [end, error] =
-            std::from_chars(digits.data(), digits.data() + 2, colour[c], 16);
+        const auto [end, error] = std::from_chars(digits.data(), digits.data() + 2, colour[c], 16);
         if (error != std::errc() || end != digits.data() + 2) return {};
     }
     return colour;
