@@ -158,7 +158,8 @@ Segment between(const Gradient::Stop& a, const Gradient::Stop& b, double turn) {
     return segment;
 }
 
-// The segment from the last stop to the first one lies at both ends.
+// The segment from the last stop to the first one lies at both ends. Of those without a length there
+// is nothing to be seen.
 std::vector<Segment> segmentsOf(const std::vector<Gradient::Stop>& stops) {
     std::vector<Segment> segments;
     Gradient::Stop before = stops.back();
@@ -168,6 +169,7 @@ std::vector<Segment> segmentsOf(const std::vector<Gradient::Stop>& stops) {
         segments.push_back(between(stops[n - 1], stops[n], 0));
     }
     segments.push_back(between(stops.back(), stops.front(), 1));
+    std::erase_if(segments, [](const Segment& segment) { return segment.left == segment.right; });
     return segments;
 }
 
