@@ -176,58 +176,59 @@ void closeCertifiedRanks(CertifiedSlots& slots, Finish&& finish) {
     closeRanks<R>(slots.s, finish);
 }
 
-// The count of the pixel at point c with the C library's functions, up to the limit. `detect` looks
-// for an orbit that returns to a saved state. GIVEN_UP once `stop` is set.
+// Where an orbit escaped, and |z|^2 before and after that step; a count alone for one that stays.
+struct LibraryEscape {
+    int count;
+    double before = 0, after = 0;
+};
+
+// Follows the pixel at point c with the C library's functions, up to the limit. `detect` looks for
+// an orbit that returns to a saved state. The count is GIVEN_UP once `stop` is set.
 template <class Kind>
-int countWithLibrary(const cpuComplex<double>& c, double maxSizeSquared, int limit, bool detect,
-                     StopFlag stop) {
+LibraryEscape followWithLibrary(const cpuComplex<double>& c, double maxSizeSquared, int limit,
+                                bool detect, StopFlag stop) {
     cpuComplex<double> z{0.0, 0.0}, saved = z;
+    double before = 0.0;
     int saveAt = 8;
     for (int count = 0; count < limit; ++count) {
-        if (count % STEPS_BETWEEN_LOOKS == 0 && isSet(stop)) return GIVEN_UP;
+        if (count % STEPS_BETWEEN_LOOKS == 0 && isSet(stop)) return {GIVEN_UP};
         z = Kind::exact(z) + c;
-        if (z.r * z.r + z.i * z.i > maxSizeSquared) return count;
+        const double after = z.r * z.r + z.i * z.i;
+        if (after > maxSizeSquared) return {count, before, after};
+        before = after;
         if (!detect) continue;
         const bool repeats = z.r == saved.r && z.i == saved.i;
         const bool isNumber = z.r == z.r && z.i == z.i;  // else it never is one again
-        if (repeats || !isNumber) return limit;
+        if (repeats || !isNumber) return {limit};
         if (count < saveAt) continue;
         saved = z;
         saveAt = count > (1 << 29) ? count : 2 * count;
     }
-    return limit;
+    return {limit};
 }
 
-// As renderChunk, for the trigonometric rules in double.
-template <class R>
-void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bool detect) {
+// The constant of the pixel at a place of the chunk, counted in rows of `stride` pixels.
+inline cpuComplex<double> constantAt(const VectorTile<double>& tile, const Chunk& chunk,
+                                     std::uint64_t place, std::uint64_t stride) {
+    const int x = chunk.x0 + static_cast<int>(place % stride);
+    const int y = chunk.y0 + static_cast<int>(place / stride);
+    const auto p =
+        pixelPoint(x, y, tile.width, tile.height, tile.xMin, tile.xMax, tile.yMin, tile.yMax);
+    return {p.r, p.i};
+}
+
+// As iterateSlots, for the trigonometric rules in double; finish(place, count) takes each pixel
+// whose slot is given up, and the count may be IN_DOUBT.
+template <class R, class Finish>
+HWY_INLINE bool iterateCertified(CertifiedSlots& slots, const VectorTile<double>& tile, int limit,
+                                 bool detect, Finish&& finish) {
     using Kind = typename KindOf<R>::Kind;
-    const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
-    const int limit = std::max(tile.maxIters, 0);
-    CertifiedSlots slots;
-    Slots<double>& s = slots.s;
-    fillSlots<R>(s, tile, chunk, limit);
-    fill(RealTag(), slots.bound, s.used, hn::Zero(RealTag()));
-    const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
-    const auto finish = [&](std::uint64_t place, std::uint64_t count) {
-        if (count == IN_DOUBT) {
-            const int x =
-                chunk.x0 + static_cast<int>(place % static_cast<std::uint64_t>(tile.width));
-            const int y =
-                chunk.y0 + static_cast<int>(place / static_cast<std::uint64_t>(tile.width));
-            const auto c = pixelPoint(x, y, tile.width, tile.height, tile.xMin, tile.xMax,
-                                      tile.yMin, tile.yMax);
-            const int exact =
-                countWithLibrary<Kind>({c.r, c.i}, tile.limit, limit, detect, tile.stop);
-            if (exact == GIVEN_UP) return;
-            count = static_cast<std::uint64_t>(exact);
-        }
-        paint(place, count);
-    };
     constexpr int DETECT_CERTIFIED_FROM = 24;
+    Slots<double>& s = slots.s;
+    fill(RealTag(), slots.bound, s.used, hn::Zero(RealTag()));
     int saveAt = DETECT_CERTIFIED_FROM;
     for (int steps = 0; steps < limit && s.alive > 0;) {
-        if (isSet(tile.stop)) return;
+        if (isSet(tile.stop)) return false;
         const int block = std::min(steps < 24 ? 2 : 4, limit - steps);
         for (std::size_t at = 0; at < s.used; at += Slots<double>::LANES) {
             advanceCertified<Kind>(slots, at, Real(tile.limit), block, steps);
@@ -243,7 +244,29 @@ void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bo
         const std::size_t needed = (s.alive + Slots<double>::LANES - 1) / Slots<double>::LANES;
         if (s.alive > 0 && 8 * needed <= 7 * s.vectors()) closeCertifiedRanks<R>(slots, finish);
     }
-    finishAll(s, finish);
+    return true;
+}
+
+// As renderChunk, for the trigonometric rules in double.
+template <class R>
+void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bool detect) {
+    using Kind = typename KindOf<R>::Kind;
+    const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
+    const int limit = std::max(tile.maxIters, 0);
+    CertifiedSlots slots;
+    fillSlots<R>(slots.s, tile, chunk, limit);
+    const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
+    const auto finish = [&](std::uint64_t place, std::uint64_t count) {
+        if (count == IN_DOUBT) {
+            const auto c = constantAt(tile, chunk, place, static_cast<std::uint64_t>(tile.width));
+            const int exact =
+                followWithLibrary<Kind>(c, tile.limit, limit, detect, tile.stop).count;
+            if (exact == GIVEN_UP) return;
+            count = static_cast<std::uint64_t>(exact);
+        }
+        paint(place, count);
+    };
+    if (iterateCertified<R>(slots, tile, limit, detect, finish)) finishAll(slots.s, finish);
 }
 
 }  // namespace HWY_NAMESPACE

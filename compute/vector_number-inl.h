@@ -51,6 +51,11 @@ HWY_INLINE Number<T> operator*(Number<T> a, Number<T> b) {
 }
 
 template <class T>
+HWY_INLINE Number<T> operator/(Number<T> a, Number<T> b) {
+    return Number<T>(hn::Div(a.v, b.v));
+}
+
+template <class T>
 HWY_INLINE Number<T> operator-(Number<T> a) {
     return Number<T>(hn::Neg(a.v));
 }

@@ -93,6 +93,10 @@ void control(bool on) {
     cycleDetection = on;
 }
 
+bool controlled() {
+    return cycleDetection;
+}
+
 }  // namespace tessary_vector
 
 bool renderWithVectors(const VectorTile<float>& tile, int type) {
@@ -125,6 +129,10 @@ TrigValues evaluateTrig(double trigonometric, double hyperbolic) {
 
 void detectCycles(bool on) {
     tessary_vector::control(on);
+}
+
+bool detectsCycles() {
+    return tessary_vector::controlled();
 }
 
 }  // namespace vector_control

@@ -41,5 +41,8 @@ TrigValues evaluateTrig(double trigonometric, double hyperbolic);
 // Turns the search for orbits that repeat off or on (it is on at start). Off, every point that
 // stays costs all its steps; the picture is the same.
 void detectCycles(bool on);
+bool detectsCycles();
+
+// What forceTarget and detectCycles say holds for smooth values (compute/value_tile.h) as well.
 
 }  // namespace vector_control

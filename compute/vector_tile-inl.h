@@ -148,6 +148,8 @@ HWY_NOINLINE HWY_FLATTEN bool allStay(Slots<T>& s, std::size_t first, const Shar
 // A group that counts the steps of each lane while it lives.
 template <class R, std::size_t K, class T>
 struct CountingGroup : Group<R, K, T> {
+    static constexpr std::size_t VECTORS = K;
+    using Element = T;
     using S = Slots<T>;
     using DU = typename S::DU;
 
@@ -180,18 +182,24 @@ struct CountingGroup : Group<R, K, T> {
         }
     }
 
+    // What else is to be kept of the lanes of vector k that are in `ended`, in the slots from `at`.
+    HWY_INLINE void storeEnded(S&, std::size_t, std::size_t, MaskOf<T>) const {}
+
     hn::Vec<DU> count[K];
 };
 
 // The first `steps` steps of a group that has only taken its pixels; writes all of its slots, with
-// the count `limit` for lanes that are still live, and returns how many are not.
-template <class R, std::size_t K, class T>
-HWY_NOINLINE HWY_FLATTEN std::size_t startOrbits(Slots<T>& s, std::size_t first,
-                                                 const Shared<T>& view, int steps, int limit) {
-    using S = Slots<T>;
+// the count `limit` for lanes that are still live, and returns how many are not. G: CountingGroup,
+// or a group that keeps more.
+template <class G>
+HWY_NOINLINE HWY_FLATTEN std::size_t startOrbits(typename G::S& s, std::size_t first,
+                                                 const Shared<typename G::Element>& view, int steps,
+                                                 int limit) {
+    using S = typename G::S;
+    constexpr std::size_t K = G::VECTORS;
     const typename S::D d;
     const typename S::DU du;
-    CountingGroup<R, K, T> g(s, first, view, true, 0);
+    G g(s, first, view, true, 0);
     g.run(steps);
     const auto undecided = hn::Set(du, static_cast<typename S::Word>(limit));
     std::size_t staying = 0;
@@ -202,6 +210,7 @@ HWY_NOINLINE HWY_FLATTEN std::size_t startOrbits(Slots<T>& s, std::size_t first,
         const auto live = hn::RebindMask(du, g.live[k]);
         hn::Store(hn::IfThenElse(live, undecided, g.count[k]), du, s.count + at);
         hn::Store(hn::VecFromMask(d, g.live[k]), d, s.live + at);
+        g.storeEnded(s, at, k, hn::Not(g.live[k]));
     }
     if (staying > 0) g.storeState(s, first);
     return std::min(s.used - std::min(s.used, first), K * S::LANES) - staying;
@@ -209,14 +218,15 @@ HWY_NOINLINE HWY_FLATTEN std::size_t startOrbits(Slots<T>& s, std::size_t first,
 
 // Takes `steps` steps, writes down the count of every lane that escapes and returns how many did.
 // stepsBefore: the steps that all lanes have behind them.
-template <class R, std::size_t K, class T>
-HWY_NOINLINE HWY_FLATTEN std::size_t countEscapes(Slots<T>& s, std::size_t first,
-                                                  const Shared<T>& view, int steps,
-                                                  int stepsBefore) {
-    using S = Slots<T>;
+template <class G>
+HWY_NOINLINE HWY_FLATTEN std::size_t countEscapes(typename G::S& s, std::size_t first,
+                                                  const Shared<typename G::Element>& view,
+                                                  int steps, int stepsBefore) {
+    using S = typename G::S;
+    constexpr std::size_t K = G::VECTORS;
     const typename S::D d;
     const typename S::DU du;
-    CountingGroup<R, K, T> g(s, first, view, false, stepsBefore);
+    G g(s, first, view, false, stepsBefore);
     g.run(steps);
     g.storeState(s, first);
     std::size_t escaped = 0;
@@ -229,6 +239,7 @@ HWY_NOINLINE HWY_FLATTEN std::size_t countEscapes(Slots<T>& s, std::size_t first
         escaped += hn::CountTrue(d, gone);
         hn::BlendedStore(g.count[k], hn::RebindMask(du, gone), du, s.count + at);
         hn::Store(hn::VecFromMask(d, g.live[k]), d, s.live + at);
+        g.storeEnded(s, at, k, gone);
     }
     if (s.saved && g.mayRepeat(s, first)) s.suspect = true;
     return escaped;
@@ -242,34 +253,39 @@ struct Block {
     bool calm;        // nobody escaped in the block before, and steps are cheap
 };
 
+// What a picture keeps of a pixel: its count.
+struct KeepCounts {
+    template <class R, std::size_t K, class T>
+    using GroupOf = CountingGroup<R, K, T>;
+};
+
 // Advances one group; returns how many lanes escaped. After a calm block counting would be waste;
 // a block that proves eventful after all is done again. Fewer vectors than a full group wait for
 // their own results anyway, and count meanwhile.
-template <class R, std::size_t K, class T>
-HWY_INLINE std::size_t advanceGroup(Slots<T>& s, std::size_t first, const Shared<T>& view,
+template <class Keep, class R, std::size_t K, class S, class T>
+HWY_INLINE std::size_t advanceGroup(S& s, std::size_t first, const Shared<T>& view,
                                     const Block& block) {
-    if (block.stepsBefore == 0) {
-        return startOrbits<R, K>(s, first, view, block.steps, block.limit);
-    }
+    using G = typename Keep::template GroupOf<R, K, T>;
+    if (block.stepsBefore == 0) return startOrbits<G>(s, first, view, block.steps, block.limit);
     if constexpr (K == GROUP) {
-        if (block.calm && allStay<R, K>(s, first, view, block.steps)) return 0;
+        if (block.calm && allStay<R, K, T>(s, first, view, block.steps)) return 0;
     }
-    return countEscapes<R, K>(s, first, view, block.steps, block.stepsBefore);
+    return countEscapes<G>(s, first, view, block.steps, block.stepsBefore);
 }
 
 // Advances all slots by one block.
-template <class R, class T>
-void advance(Slots<T>& s, const Shared<T>& view, const Block& block) {
+template <class Keep, class R, class S, class T>
+void advance(S& s, const Shared<T>& view, const Block& block) {
     constexpr std::size_t LANES = Slots<T>::LANES;
     std::size_t vectors = s.vectors(), first = 0;
     std::size_t escaped = 0;
     for (; vectors > 2; vectors -= std::min(vectors, GROUP), first += GROUP * LANES) {
-        escaped += advanceGroup<R, GROUP>(s, first, view, block);
+        escaped += advanceGroup<Keep, R, GROUP>(s, first, view, block);
     }
     if (vectors == 2) {
-        escaped += advanceGroup<R, 2>(s, first, view, block);
+        escaped += advanceGroup<Keep, R, 2>(s, first, view, block);
     } else if (vectors == 1) {
-        escaped += advanceGroup<R, 1>(s, first, view, block);
+        escaped += advanceGroup<Keep, R, 1>(s, first, view, block);
     }
     s.alive -= escaped;
 }
@@ -322,25 +338,21 @@ bool worthClosing(const Slots<T>& s) {
     return 2 * costOf(needed) <= costOf(s.vectors());
 }
 
-// Iterates all pixels of the chunk to their end and paints them. With `detect`, Brent's algorithm
-// looks for orbits that return to a saved state: states are saved at steps that double. Saves
-// wait for calm blocks, which are rare where no orbit stays.
-template <class R, class T>
-void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
-    const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
-    const int limit = std::max(tile.maxIters, 0);
-    prefetchRows(tile.buffer + 4 * corner, chunk.y1 - chunk.y0, tile.width);
-    Slots<T> s;
-    takePixels(s, tile, chunk);
-    const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
+// Iterates the pixels in the slots to their end; close() closes ranks. With `detect`, Brent's
+// algorithm looks for orbits that return to a saved state: states are saved at steps that double.
+// Saves wait for calm blocks, which are rare where no orbit stays. Returns whether all came to
+// their end, rather than being told to stop.
+template <class Keep, class R, class S, class T, class Close>
+HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool detect,
+                             Close&& close) {
     const Shared<T> view(tile);
     int saveAt = detectFrom<R>();
     bool repeated = false, calm = false;
     for (int steps = 0; steps < limit && s.alive > 0;) {
-        if (isSet(tile.stop)) return;
+        if (isSet(tile.stop)) return false;
         const int block = std::min(blockLength<R>(steps), limit - steps);
         const std::size_t alive = s.alive;
-        advance<R>(s, view, {block, steps, limit, calm && !usesTrig<R>});
+        advance<Keep, R>(s, view, {block, steps, limit, calm && !usesTrig<R>});
         steps += block;
         calm = s.alive == alive;
         if (s.suspect) repeated |= endRepeats(s);
@@ -353,11 +365,24 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
         if (s.alive > 0 && worthClosing(s)) {
             if (s.saved) saveAt = steps;  // cheaper to save anew than to move along
             s.saved = false;
-            closeRanks<R>(s, paint);
+            close();
         }
     }
     lastChunkRepeated = repeated;
-    finishAll(s, paint);
+    return true;
+}
+
+// Iterates all pixels of the chunk to their end and paints them.
+template <class R, class T>
+void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
+    const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
+    const int limit = std::max(tile.maxIters, 0);
+    prefetchRows(tile.buffer + 4 * corner, chunk.y1 - chunk.y0, tile.width);
+    Slots<T> s;
+    takePixels(s, tile, chunk);
+    const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
+    const auto close = [&]() HWY_ATTR { closeRanks<R>(s, paint); };
+    if (iterateSlots<KeepCounts, R>(s, tile, limit, detect, close)) finishAll(s, paint);
 }
 
 // The end of the first of `parts` nearly equal pieces of [from, to).
@@ -366,9 +391,9 @@ inline int firstPiece(int from, int to, int most) {
     return from + (to - from - 1) / parts + 1;
 }
 
-// Cuts the tile into chunks.
-template <class R, class T>
-void renderTile(const VectorTile<T>& tile, bool detect) {
+// Cuts the tile into chunks and has each rendered by render(chunk).
+template <class T, class RenderChunk>
+HWY_INLINE void forEachChunk(const VectorTile<T>& tile, RenderChunk&& render) {
     // The place of a pixel in its chunk has to fit into 30 bits.
     const int mostRows = std::max((1 << 30) / tile.width, 1);
     for (int x = tile.xStart; x < tile.xEnd;) {
@@ -376,15 +401,22 @@ void renderTile(const VectorTile<T>& tile, bool detect) {
         const int rows = std::min(MAX_PIXELS / (xEnd - x), mostRows);
         for (int y = tile.yStart; y < tile.yEnd && !isSet(tile.stop);) {
             const int yEnd = firstPiece(y, tile.yEnd, rows);
-            if constexpr (usesTrig<R> && std::is_same_v<T, double>) {
-                renderChunkCertified<R>(tile, {x, y, xEnd, yEnd}, detect);
-            } else {
-                renderChunk<R>(tile, {x, y, xEnd, yEnd}, detect);
-            }
+            render(Chunk{x, y, xEnd, yEnd});
             y = yEnd;
         }
         x = xEnd;
     }
+}
+
+template <class R, class T>
+void renderTile(const VectorTile<T>& tile, bool detect) {
+    forEachChunk(tile, [&](const Chunk& chunk) HWY_ATTR {
+        if constexpr (usesTrig<R> && std::is_same_v<T, double>) {
+            renderChunkCertified<R>(tile, chunk, detect);
+        } else {
+            renderChunk<R>(tile, chunk, detect);
+        }
+    });
 }
 
 }  // namespace HWY_NAMESPACE

@@ -1,0 +1,281 @@
+// Smooth values on vectors: the renderers of compute/vector_tile-inl.h and vector_certified-inl.h,
+// keeping |z|^2 before and after the step at which a pixel escapes.
+//
+// The certified renderer does not know the C library's states, only that they are near. The counts
+// of its pixels are sure, their magnitudes are not; so it has the library follow each pixel that
+// escapes, for as many steps as it took.
+//
+// Included once for each instruction set (see compute/value_renderer.cpp).
+#if defined(TESSARY_COMPUTE_VECTOR_VALUES_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef TESSARY_COMPUTE_VECTOR_VALUES_INL_H
+#undef TESSARY_COMPUTE_VECTOR_VALUES_INL_H
+#else
+#define TESSARY_COMPUTE_VECTOR_VALUES_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "compute/fixed_math.h"  // the plain functions first, then those of the vectors
+#include "compute/value_tile.h"
+#include "compute/vector_certified-inl.h"
+#include "compute/vector_tile-inl.h"
+
+#if HWY_TARGET != HWY_SCALAR
+
+HWY_BEFORE_NAMESPACE();
+namespace tessary_vector {
+namespace HWY_NAMESPACE {
+
+HWY_INLINE BinaryParts<Real> binaryParts(Real x) {
+    const RealTag d;
+    const hn::RebindToUnsigned<RealTag> du;
+    const auto shifted = hn::Add(hn::BitCast(du, x.v), hn::Set(du, ONE_BITS - MANTISSA_START));
+    const auto mantissa =
+        hn::Add(hn::And(shifted, hn::Set(du, FRACTION_BITS)), hn::Set(du, MANTISSA_START));
+    // The bits of 2^52 + e are those of 2^52 with e in their last places.
+    const auto biased = hn::Or(hn::ShiftRight<52>(shifted), hn::BitCast(du, hn::Set(d, 0x1p52)));
+    return {Real(hn::Sub(hn::BitCast(d, biased), hn::Set(d, 0x1p52 + 1023))),
+            Real(hn::BitCast(d, mantissa))};
+}
+
+#define TESSARY_VECTOR_TEXT
+#include "compute/fixed_math.h"
+#undef TESSARY_VECTOR_TEXT
+
+// Slots that hold |z|^2 before and after the step at which their orbit escaped.
+template <class T>
+struct ValueSlots : Slots<T> {
+    HWY_ALIGN T before[Slots<T>::ROOM], after[Slots<T>::ROOM];
+};
+
+// A group that keeps the last two magnitudes of each lane while it lives.
+template <class R, std::size_t K, class T>
+struct ValueGroup : CountingGroup<R, K, T> {
+    using S = ValueSlots<T>;
+
+    HWY_INLINE ValueGroup(const S& s, std::size_t first, const Shared<T>& view, bool atStart,
+                          int stepsBefore)
+        : CountingGroup<R, K, T>(s, first, view, atStart, stepsBefore) {
+        HWY_UNROLL(4)
+        for (std::size_t k = 0; k < K; ++k) before[k] = after[k] = magnitudeSquared(this->z[k]);
+    }
+
+    HWY_INLINE void run(int steps) {
+        for (; steps > 1; steps -= 2) {
+            stepAndCount();
+            stepAndCount();
+            if (!this->anyLive()) return;
+        }
+        if (steps == 1) stepAndCount();
+    }
+
+    HWY_INLINE void stepAndCount() {
+        const typename S::D d;
+        HWY_UNROLL(4)
+        for (std::size_t k = 0; k < K; ++k) {
+            if constexpr (usesTrig<R>) this->clearEnded(k);
+            auto& live = this->live[k];
+            this->z[k] = R::step(this->z[k], this->c[k]);
+            const Number<T> size = magnitudeSquared(this->z[k]);
+            before[k] = select(live, after[k], before[k]);
+            after[k] = select(live, size, after[k]);
+            live = andNotGreater(live, size, this->limit);
+            const auto alive = hn::BitCast(typename S::DU(), hn::VecFromMask(d, live));
+            this->count[k] = hn::Sub(this->count[k], alive);
+        }
+    }
+
+    HWY_INLINE void storeEnded(S& s, std::size_t at, std::size_t k, MaskOf<T> ended) const {
+        const typename S::D d;
+        hn::BlendedStore(before[k].v, ended, d, s.before + at);
+        hn::BlendedStore(after[k].v, ended, d, s.after + at);
+    }
+
+    Number<T> before[K], after[K];
+};
+
+struct KeepMagnitudes {
+    template <class R, std::size_t K, class T>
+    using GroupOf = ValueGroup<R, K, T>;
+};
+
+// What is known of the pixels of a chunk in the end, row by row without gaps. A count that reached
+// the limit has no magnitudes.
+template <class T>
+struct Known {
+    using Word = typename Slots<T>::Word;
+    static constexpr std::size_t ROOM = Slots<T>::ROOM;
+    HWY_ALIGN Word count[ROOM];
+    HWY_ALIGN T before[ROOM], after[ROOM];
+};
+
+// The same arrays, wherever they are.
+template <class T>
+struct KnownView {
+    const typename Slots<T>::Word* count;
+    const T *before, *after;
+};
+
+// Vectors of double of what was computed in float or double.
+HWY_INLINE Real promoted(const double* from) {
+    return Real(hn::Load(RealTag(), from));
+}
+
+HWY_INLINE Real promoted(const float* from) {
+    return Real(hn::PromoteTo(RealTag(), hn::Load(hn::Rebind<float, RealTag>(), from)));
+}
+
+HWY_INLINE Real promoted(const std::uint64_t* from) {
+    const RealTag d;
+    const hn::RebindToUnsigned<RealTag> du;
+    const auto bits = hn::Or(hn::Load(du, from), hn::BitCast(du, hn::Set(d, 0x1p52)));
+    return Real(hn::Sub(hn::BitCast(d, bits), hn::Set(d, 0x1p52)));
+}
+
+HWY_INLINE Real promoted(const std::uint32_t* from) {
+    const hn::Rebind<std::int32_t, RealTag> di;
+    return Real(hn::PromoteTo(
+        RealTag(), hn::BitCast(di, hn::Load(hn::RebindToUnsigned<decltype(di)>(), from))));
+}
+
+// The values of n pixels, and some behind them.
+template <class T>
+HWY_NOINLINE HWY_FLATTEN void smoothValues(const KnownView<T>& known, std::size_t n, int limit,
+                                           double logLimit, double* values) {
+    const RealTag d;
+    const Real inside(std::numeric_limits<double>::quiet_NaN());
+    const Real stays(static_cast<double>(limit)), ln(logLimit);
+    for (std::size_t at = 0; at < n; at += hn::Lanes(d)) {
+        const Real count = promoted(known.count + at);
+        const auto escaped = stays > count;
+        Real value = inside;
+        if (!hn::AllFalse(d, escaped)) {
+            value = smoothValue(count, promoted(known.before + at), promoted(known.after + at), ln);
+            value = select(escaped, value, inside);
+        }
+        hn::Store(value.v, d, values + at);
+    }
+}
+
+// Writes the pixels of a chunk to where the tile wants them.
+template <class T>
+void writeChunk(const ValueTile<T>& tile, const Chunk& chunk, const KnownView<T>& known,
+                int limit) {
+    const auto columns = static_cast<std::size_t>(chunk.x1 - chunk.x0);
+    const auto rows = static_cast<std::size_t>(chunk.y1 - chunk.y0);
+    std::ptrdiff_t to = (std::ptrdiff_t{chunk.y0} - tile.yOrigin) * tile.stride +
+                        (std::ptrdiff_t{chunk.x0} - tile.xOrigin);
+    HWY_ALIGN double values[Known<double>::ROOM];
+    if (tile.values != nullptr) {
+        smoothValues(known, rows * columns, limit, ::fixedLog(static_cast<double>(tile.limit)),
+                     values);
+    }
+    for (std::size_t from = 0; from < rows * columns; from += columns, to += tile.stride) {
+        if (tile.values != nullptr) std::copy_n(values + from, columns, tile.values + to);
+        if (tile.counts == nullptr) continue;
+        for (std::size_t x = 0; x < columns; ++x) {
+            tile.counts[to + static_cast<std::ptrdiff_t>(x)] =
+                static_cast<std::int32_t>(known.count[from + x]);
+        }
+    }
+}
+
+template <class T>
+HWY_INLINE void moveKnown(const ValueSlots<T>& s, std::size_t slot, Known<T>& known) {
+    const std::size_t place = s.place[slot];
+    known.count[place] = s.count[slot];
+    known.before[place] = s.before[slot];
+    known.after[place] = s.after[slot];
+}
+
+// Closes ranks; what the ended slots hold goes to the places of their pixels.
+template <class R, class T>
+void closeValueRanks(ValueSlots<T>& s, Known<T>& known) {
+    if (!s.placed) writePlaces(s);
+    for (std::size_t n = 0; n < s.used; ++n) {
+        typename Slots<T>::Word live;
+        std::memcpy(&live, s.live + n, sizeof live);
+        if (live == 0) moveKnown(s, n, known);
+    }
+    closeRanks<R>(s, [](std::size_t, std::size_t) {});
+}
+
+// The picture that the tile's pixels belong to, for the parts of the renderers that look no
+// further.
+template <class T>
+VectorTile<T> geometryOf(const ValueTile<T>& t) {
+    return {t.xStart, t.yStart, t.xEnd, t.yEnd,  t.width,    t.height, t.xMin,  t.xMax, t.yMin,
+            t.yMax,   t.cx,     t.cy,   t.limit, t.maxIters, nullptr,  nullptr, t.stop};
+}
+
+template <class R, class T>
+void renderValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometry, const Chunk& chunk,
+                      bool detect) {
+    const int limit = std::max(tile.maxIters, 0);
+    ValueSlots<T> s;
+    Known<T> known;
+    takePixels(s, geometry, chunk);
+    s.stride = s.columns;
+    if (limit == 0)
+        fill(typename Slots<T>::DU(), s.count, s.used, hn::Zero(typename Slots<T>::DU()));
+    const auto close = [&]() HWY_ATTR { closeValueRanks<R>(s, known); };
+    if (!iterateSlots<KeepMagnitudes, R>(s, geometry, limit, detect, close)) return;
+    if (!s.placed) return writeChunk<T>(tile, chunk, {s.count, s.before, s.after}, limit);
+    for (std::size_t n = 0; n < s.used; ++n) moveKnown(s, n, known);
+    writeChunk<T>(tile, chunk, {known.count, known.before, known.after}, limit);
+}
+
+// As renderValueChunk, for the trigonometric rules in double.
+template <class R>
+void renderValueChunkCertified(const ValueTile<double>& tile, const VectorTile<double>& geometry,
+                               const Chunk& chunk, bool detect) {
+    using Kind = typename KindOf<R>::Kind;
+    const int limit = std::max(tile.maxIters, 0);
+    CertifiedSlots slots;
+    Known<double> known;
+    fillSlots<R>(slots.s, geometry, chunk, limit);
+    slots.s.stride = slots.s.columns;
+    bool complete = true;
+    const auto finish = [&](std::uint64_t place, std::uint64_t count) {
+        LibraryEscape e{limit};
+        if (count != static_cast<std::uint64_t>(limit)) {
+            const bool doubtful = count == IN_DOUBT;
+            const auto c = constantAt(geometry, chunk, place, slots.s.columns);
+            e = followWithLibrary<Kind>(c, tile.limit,
+                                        doubtful ? limit : static_cast<int>(count) + 1,
+                                        doubtful && detect, tile.stop);
+        }
+        complete &= e.count != GIVEN_UP;
+        known.count[place] = static_cast<std::uint64_t>(e.count);
+        known.before[place] = e.before;
+        known.after[place] = e.after;
+    };
+    if (!iterateCertified<R>(slots, geometry, limit, detect, finish)) return;
+    finishAll(slots.s, finish);
+    if (complete) writeChunk<double>(tile, chunk, {known.count, known.before, known.after}, limit);
+}
+
+template <class R, class T>
+void renderValueTile(const ValueTile<T>& tile, bool detect) {
+    const VectorTile<T> geometry = geometryOf(tile);
+    forEachChunk(geometry, [&](const Chunk& chunk) HWY_ATTR {
+        if constexpr (usesTrig<R> && std::is_same_v<T, double>) {
+            renderValueChunkCertified<R>(tile, geometry, chunk, detect);
+        } else {
+            renderValueChunk<R>(tile, geometry, chunk, detect);
+        }
+    });
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace tessary_vector
+HWY_AFTER_NAMESPACE();
+
+#endif  // HWY_TARGET
+
+#endif

@@ -1,0 +1,231 @@
+// Smooth values on vectors have the bits of the scalar renderer's, on every instruction set.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+#include <thread>
+#include <tuple>
+
+#include "compute/value_tile.h"
+#include "tests/compute/value_support.h"
+#include "tests/compute/vector_support.h"
+#include "tests/support/catalogue_table.h"
+
+namespace {
+
+using value_test::allTargetsAgree;
+using value_test::catalogueView;
+using value_test::Numbers;
+using value_test::View;
+using vector_test::allTargets;
+using vector_test::ForcedTarget;
+
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+
+class EveryCatalogueView : public testing::TestWithParam<std::tuple<std::size_t, bool>> {
+  protected:
+    View view() const { return catalogueView(std::get<0>(GetParam()), std::get<1>(GetParam())); }
+
+    View smallView() const {
+        View v = view();
+        v.width = v.height = 24;
+        v.maxIters = 100;
+        return v;
+    }
+};
+
+TEST_P(EveryCatalogueView, HasTheScalarValues) {
+    View v = view();
+    v.width = v.height = 128;
+    EXPECT_TRUE(allTargetsAgree(v));
+}
+
+TEST_P(EveryCatalogueView, HasTheScalarValuesInTilesOfAnyShape) {
+    View v = view();
+    v.width = 61;
+    v.height = 47;
+    v.maxIters = 60;
+    for (const auto& [tileWidth, tileHeight] :
+         {std::pair{1, 1}, {1, 40}, {3, 5}, {7, 9}, {15, 2}, {17, 31}, {61, 47}, {90, 90}}) {
+        v.tileWidth = tileWidth;
+        v.tileHeight = tileHeight;
+        EXPECT_TRUE(allTargetsAgree(v));
+    }
+}
+
+TEST_P(EveryCatalogueView, HasTheScalarValuesAtEveryKindOfIterationLimit) {
+    View v = smallView();
+    for (const int limit : {INT_MIN, -1, 0, 1, 2, 3, 5, 11, 23, 72, 73, 97, 150, 1000}) {
+        v.maxIters = limit;
+        EXPECT_TRUE(allTargetsAgree(v));
+    }
+}
+
+TEST_P(EveryCatalogueView, HasTheScalarValuesAtEveryKindOfEscapeLimit) {
+    View v = smallView();
+    for (const double limit : {-1.0, 0.0, 1e-300, 0.3, 1.0, 2.5, 4.0, 9e4, 90000.5, 1e30, 1e300,
+                               INFINITE, -INFINITE, NOT_A_NUMBER}) {
+        v.limit = limit;
+        EXPECT_TRUE(allTargetsAgree(v));
+    }
+}
+
+TEST_P(EveryCatalogueView, HasTheScalarValuesOverDegenerateRectangles) {
+    View v = smallView();
+    const double edges[][4] = {{2, -2, 1.5, -1.5},
+                               {0.25, 0.25, 0, 0},
+                               {0, 0, -1, 1},
+                               {-1e30, 1e30, -1e30, 1e30},
+                               {-1e308, 1e308, -1, 1},
+                               {-INFINITE, INFINITE, -1, 1},
+                               {NOT_A_NUMBER, 1, -1, 1},
+                               {-1e-40, 1e-40, -1e-40, 1e-40},
+                               {-1e-320, 1e-320, -1e-320, 1e-320}};
+    for (const auto& e : edges) {
+        std::tie(v.xMin, v.xMax, v.yMin, v.yMax) = std::tie(e[0], e[1], e[2], e[3]);
+        EXPECT_TRUE(allTargetsAgree(v));
+    }
+}
+
+TEST_P(EveryCatalogueView, HasTheScalarValuesWithAnyConstant) {
+    View v = smallView();
+    for (const double c : {-0.0, 1e-45, 1e20, -1e300, INFINITE, NOT_A_NUMBER}) {
+        v.cx = c;
+        EXPECT_TRUE(allTargetsAgree(v));
+        std::swap(v.cx, v.cy);
+        EXPECT_TRUE(allTargetsAgree(v));
+    }
+}
+
+std::string caseLabel(const testing::TestParamInfo<std::tuple<std::size_t, bool>>& test) {
+    const auto [index, doublePrecision] = test.param;
+    return test_support::catalogueRows()[index].label + (doublePrecision ? "Double" : "Single");
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, EveryCatalogueView,
+                         testing::Combine(testing::Range(std::size_t{0}, std::size_t{18}),
+                                          testing::Bool()),
+                         caseLabel);
+
+TEST(UnknownFormula, HasNoValues) {
+    for (const int type : {-1, 14, INT_MAX, INT_MIN}) {
+        View v;
+        v.type = type;
+        EXPECT_TRUE(allTargetsAgree(v));
+    }
+}
+
+class RandomViews {
+  public:
+    View next() {
+        View v;
+        v.type = pick(0, 13);
+        v.doublePrecision = pick(0, 1) == 1;
+        const double size = std::pow(10.0, -uniform(0, v.doublePrecision ? 14 : 6)) * 4;
+        const double x = uniform(-2.2, 2.2), y = uniform(-1.6, 1.6);
+        v.xMin = x - size;
+        v.xMax = x + size;
+        v.yMin = y - size * uniform(0.2, 2);
+        v.yMax = y + size;
+        v.cx = uniform(-1.7, 1.7);
+        v.cy = uniform(-1.2, 1.2);
+        v.limit = std::pow(10.0, uniform(-1, v.type >= 2 && v.type <= 5 ? 4 : 6));
+        v.maxIters = static_cast<int>(std::pow(10.0, uniform(0, 3.3)));
+        v.width = pick(1, 50);
+        v.height = pick(1, 50);
+        v.tileWidth = pick(1, 40);
+        v.tileHeight = pick(1, 40);
+        return v;
+    }
+
+  private:
+    // Not the library's distributions: their results differ from one library to the next.
+    double uniform(double low, double high) {
+        return low + (high - low) * static_cast<double>(generator()) / 4294967296.0;
+    }
+    int pick(int low, int high) {
+        return low + static_cast<int>(generator() % static_cast<unsigned>(high - low + 1));
+    }
+
+    std::mt19937 generator{20260202};
+};
+
+TEST(RandomView, HasTheScalarValues) {
+    const char* asked = std::getenv("TESSARY_RANDOM_VIEWS");
+    const int count = asked != nullptr ? std::atoi(asked) : 350;
+    RandomViews views;
+    for (int i = 0; i < count; ++i) {
+        ASSERT_TRUE(allTargetsAgree(views.next())) << "view " << i;
+    }
+}
+
+// A tile on the real axis whose orbits neither escape nor come to rest, so that only the flag ends
+// it.
+class EndlessTile : public testing::TestWithParam<bool> {
+  protected:
+    EndlessTile() { alarm(120); }  // one that hangs ends the process
+    ~EndlessTile() override { alarm(0); }
+
+    template <class Meanwhile>
+    void onEveryTarget(Meanwhile&& meanwhile) {
+        vector_control::detectCycles(false);
+        for (const vector_control::Target& target : allTargets()) {
+            for (const int type : {0, 2}) {
+                SCOPED_TRACE(target.name + (type == 0 ? " mandelbrot" : " sine"));
+                const ForcedTarget forced(target.bit);
+                counts.assign(SIDE * SIDE, Numbers::CANARY);
+                values.assign(SIDE * SIDE, Numbers::CANARY);
+                meanwhile([&] { GetParam() ? render<double>(type) : render<float>(type); });
+                EXPECT_EQ(std::count(counts.begin(), counts.end(), Numbers::CANARY), SIDE * SIDE);
+                EXPECT_EQ(std::count(values.begin(), values.end(), Numbers::CANARY), SIDE * SIDE);
+            }
+        }
+        vector_control::detectCycles(true);
+    }
+
+    template <class T>
+    void render(int type) {
+        const T xMin = type == 0 ? T(-1.99) : T(-0.5), xMax = type == 0 ? T(-1.9) : T(0.5);
+        renderValues(
+            ValueTile<T>{0,    0,    SIDE, SIDE, SIDE,   SIDE,    xMin,          xMax,
+                         T(0), T(0), T(0), T(0), T(128), INT_MAX, counts.data(), values.data(),
+                         0,    0,    SIDE, &stop},
+            type);
+    }
+
+    static constexpr int SIDE = 40;
+    std::vector<std::int32_t> counts;
+    std::vector<double> values;
+    std::atomic<bool> stop{false};
+};
+
+TEST_P(EndlessTile, IsGivenUpInWork) {
+    onEveryTarget([&](auto&& render) {
+        stop = false;
+        std::thread stopper([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            stop = true;
+        });
+        render();
+        stopper.join();
+    });
+}
+
+TEST_P(EndlessTile, IsNotBegunWhenTheFlagIsSet) {
+    stop = true;
+    onEveryTarget([&](auto&& render) { render(); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Precision, EndlessTile, testing::Bool(),
+                         [](const auto& test) { return test.param ? "Double" : "Single"; });
+
+}  // namespace
