@@ -2,9 +2,11 @@
 
 import os
 import random
+import struct
 import subprocess
 import time
 import unittest
+import zlib
 
 from film_catalogues import FAMILY, FilmTest
 from render_command import RENDER, document, pixels, record, texts
@@ -152,6 +154,11 @@ class Bands(FilmTest):
             self.fails(2, *arguments)
 
 
+def chunk(kind, content):
+    return (struct.pack(">I", len(content)) + kind + content
+            + struct.pack(">I", zlib.crc32(kind + content)))
+
+
 class Resuming(FilmTest):
     def stamp(self, name):
         status = os.stat(self.path(name))
@@ -169,11 +176,17 @@ class Resuming(FilmTest):
         data = whole[name]
         flipped = bytearray(data)
         flipped[-60] ^= 4
-        idat = data.index(b"IDAT", data.index(b"IDAT") + 4) - 4
-        length = int.from_bytes(data[idat:idat + 4], "big")
-        without_rows = data[:idat] + data[idat + 12 + length:]
+        rows, tail = data.index(b"IDAT", data.index(b"IDAT") + 4) - 4, data.rindex(b"IDAT") - 4
+        behind = rows + 12 + int.from_bytes(data[rows:rows + 4], "big")
+        without_rows = data[:rows] + data[behind:]
+        without_tail = data[:tail] + data[data.index(b"IEND") - 4:]
+        wrong_sum = data[:behind - 1] + bytes([data[behind - 1] ^ 1]) + data[behind:]
+        packed = zlib.compress(bytes(29 * (1 + 3 * 40)), 1)  # one row less, but sound
+        assert packed[:2] == b"\x78\x01"
+        too_short = data[:rows] + chunk(b"IDAT", packed[2:]) + chunk(b"IEND", b"")
         for wrong in (b"", data[:-1], data[:len(data) // 2], data + b"x", bytes(flipped),
-                      without_rows, whole["stdin-000006.png"], whole["stdin-000012.png"], b"text"):
+                      without_rows, without_tail, wrong_sum,
+                      too_short, whole["stdin-000006.png"], whole["stdin-000012.png"], b"text"):
             self.write(name, wrong)
             others = {other: self.stamp(other) for other in self.names() if other != name}
             self.render("-", *FILM, "--resume", data=FAMILY)
