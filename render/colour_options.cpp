@@ -11,13 +11,14 @@ namespace {
 constexpr double GREATEST = 1e15, LARGEST_BOUND = 1e30;
 
 constexpr const char* NOT_WITH_SWATCH[] = {
-    "--entry",  "--fit",    "--supersample", "--single", "--double", "--palette", "--limit",
-    "--film",   "--output", "--shard",       "--join",   "--resume", "--counts",  "--colour",
-    "--escape", "--scale",  "--period",      "--offset", "--values", "--inside",  "--metadata"};
+    "--entry",  "--fit",    "--supersample", "--single", "--double", "--palette",
+    "--limit",  "--film",   "--output",      "--shard",  "--join",   "--resume",
+    "--counts", "--colour", "--escape",      "--scale",  "--period", "--offset",
+    "--values", "--inside", "--metadata",    "--range"};
 constexpr const char* NOT_WITH_NUMBERS[] = {
-    "--film",   "--output",      "--shard",    "--join",     "--resume", "--depth",
-    "--dither", "--supersample", "--gradient", "--blend",    "--scale",  "--period",
-    "--offset", "--inside",      "--metadata", "--compress", "--palette"};
+    "--film",   "--output",      "--shard",    "--join",     "--resume",   "--depth",
+    "--dither", "--supersample", "--gradient", "--blend",    "--range",    "--scale",
+    "--period", "--offset",      "--inside",   "--metadata", "--compress", "--palette"};
 
 bool isGiven(const CLI::App& app, const std::string& name) {
     const CLI::Option* option = app.get_option_no_throw(name);
@@ -81,6 +82,10 @@ void addPlaces(CLI::App& app, WantedColours& wanted) {
         [&wanted](const std::string& text) {
             wanted.period = decimal("--period", text, 0, true, GREATEST);
         });
+    add(app, "--range", "HOW", "auto: one turn over the values that occur, instead of --period",
+        [&wanted](const std::string& text) {
+            wanted.autoRange = choose<bool>("--range", text, {{"auto", true}});
+        });
     add(app, "--offset", "O", "Turns by which the gradient begins later in itself (0)",
         [&wanted](const std::string& text) {
             wanted.offset = decimal("--offset", text, -GREATEST, false, GREATEST);
@@ -142,6 +147,9 @@ void checkColourOptions(const CLI::App& app, Options& options) {
         (colour.wanted.hasGradient() || !colour.gradientFile.empty())) {
         throw UsageError("--palette: not with --gradient or smooth colours, which have a gradient");
     }
+    if (isGiven(app, "--range") && isGiven(app, "--period")) {
+        throw UsageError("--range: not with --period");
+    }
     for (const char* name : {"--counts", "--values"}) {
         if (!isGiven(app, name)) continue;
         refuseAny(app, NOT_WITH_NUMBERS, name);
@@ -158,8 +166,9 @@ void checkGradientIsThere(const Options& options, const WantedColours& merged) {
     const WantedColours& given = options.colour.wanted;
     const std::pair<const char*, bool> needing[] = {
         {"--blend", given.blend.has_value()},   {"--scale", given.scale.has_value()},
-        {"--period", given.period.has_value()}, {"--offset", given.offset.has_value()},
-        {"--inside", given.inside.has_value()}, {"--dither", given.dither.has_value()}};
+        {"--period", given.period.has_value()}, {"--range", given.autoRange},
+        {"--offset", given.offset.has_value()}, {"--inside", given.inside.has_value()},
+        {"--dither", given.dither.has_value()}};
     for (const auto& [name, isThere] : needing) {
         if (isThere)
             throw UsageError(std::string(name) + ": only with --gradient or smooth colours");

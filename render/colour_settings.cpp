@@ -69,6 +69,15 @@ std::shared_ptr<const Gradient> readGradientSetting(const json& object) {
     }
 }
 
+std::optional<ValueRange> readRange(const json& object) {
+    if (!object.contains("range")) return {};
+    const json& range = object["range"];
+    if (!range.is_array() || range.size() != 2 || !range[0].is_number() || !range[1].is_number()) {
+        refuse("range");
+    }
+    return ValueRange{range[0].get<double>(), range[1].get<double>()};
+}
+
 std::optional<Colour> readInside(const json& object) {
     if (!object.contains("inside")) return {};
     const auto colour = object["inside"].is_string()
@@ -93,6 +102,7 @@ void addColourSettings(const WantedColours& colours, json& object) {
     addWord(object, "blend", colours.blend, BLENDS);
     addWord(object, "scale", colours.scale, SCALES);
     add(object, "period", colours.period);
+    if (colours.range) object["range"] = {colours.range->least, colours.range->greatest};
     add(object, "offset", colours.offset);
     if (colours.inside) object["inside"] = colourText(*colours.inside);
     add(object, "depth", colours.depth);
@@ -108,6 +118,7 @@ WantedColours readColourSettings(const json& object) {
     colours.blend = readWord(object, "blend", BLENDS);
     colours.scale = readWord(object, "scale", SCALES);
     colours.period = readNumber(object, "period", ABOVE_ZERO);
+    colours.range = readRange(object);
     colours.offset = readNumber(object, "offset", ANY);
     colours.inside = readInside(object);
     colours.depth = readDepth(object);

@@ -7,8 +7,8 @@
 
 namespace render {
 
-// Adds them: "colour", "escape", "gradient" (its text), "blend", "scale", "period", "offset",
-// "inside", "depth" and "dither", those that say something.
+// Adds them: "colour", "escape", "gradient" (its text), "blend", "scale", "period", "range",
+// "offset", "inside", "depth" and "dither", those that say something.
 void addColourSettings(const WantedColours& colours, nlohmann::json& object);
 
 // Those that it holds. A value that is none is a Failure.

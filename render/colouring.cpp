@@ -38,7 +38,11 @@ WantedColours merged(WantedColours chosen, const WantedColours& usual) {
     fill(chosen.smooth, usual.smooth);
     fill(chosen.escape, usual.escape);
     fill(chosen.scale, usual.scale);
-    fill(chosen.period, usual.period);
+    // A new length of a turn, or a new range, wins over both.
+    if (!chosen.period && !chosen.autoRange) {
+        chosen.range = usual.range;
+        chosen.period = usual.period;
+    }
     fill(chosen.offset, usual.offset);
     fill(chosen.inside, usual.inside);
     fill(chosen.depth, usual.depth);
@@ -116,13 +120,34 @@ Colouring::Colouring(const WantedColours& colours)
     options.gradient = gradient;
     options.blend = colours.blend.value_or(gradient->usualBlend());
     table = std::make_shared<const GradientTable>(*gradient, *options.blend);
+    if (options.range) stretch(*options.range);
+}
+
+void Colouring::stretch(const ValueRange& range) {
+    options.range = range;
+    start = scaled(range.least, scale);
+    turn = scaled(range.greatest, scale) - start;
+}
+
+Colouring Colouring::over(const ValueRange& range) const {
+    Colouring other = *this;
+    other.stretch(range);
+    return other;
+}
+
+// Over a range the greatest value lies at the gradient's end, not at the beginning of the next
+// turn.
+double Colouring::placeOf(double value) const {
+    if (options.range && !(turn > 0)) return 0;
+    const double turns = (scaled(value, scale) - start) / turn + offset;
+    const double place = turns - std::floor(turns);
+    if (options.range && place == 0 && turns > 0) return 1;
+    return place >= 0 && place <= 1 ? place : 0;
 }
 
 Levels Colouring::of(double value) const {
     if (value != value) return insideLevels;
-    const double turns = scaled(value, scale) / turn + offset;
-    const double place = turns - std::floor(turns);
-    return table->at(place >= 0 && place <= 1 ? place : 0);
+    return table->at(placeOf(value));
 }
 
 double ditherThreshold(int x, int y) {

@@ -17,6 +17,11 @@ enum class Scale { linear, squareRoot, logarithm };
 inline constexpr double USUAL_PERIOD = 64;
 inline constexpr double SMOOTH_BOUND = 65536;  // see escapeBound()
 
+// Values, or counts, from the least to the greatest.
+struct ValueRange {
+    double least = 0, greatest = 0;
+};
+
 // The colour options, as a command line or a picture's document gives them. What is left empty is
 // the default told beside it.
 struct WantedColours {
@@ -27,9 +32,11 @@ struct WantedColours {
     std::optional<Scale> scale;                // linear
     std::optional<double> period;              // USUAL_PERIOD
     std::optional<double> offset;              // 0
-    std::optional<Colour> inside;              // black
-    std::optional<int> depth;                  // 8; or 16
-    std::optional<bool> dither;                // where smooth colours become 8 bits
+    std::optional<ValueRange> range;  // over which one turn is stretched; the period says how long
+    bool autoRange = false;           // stretch it over the values of the picture
+    std::optional<Colour> inside;     // black
+    std::optional<int> depth;         // 8; or 16
+    std::optional<bool> dither;       // where smooth colours become 8 bits
 
     // Whether colours come from a gradient.
     bool hasGradient() const { return smooth.value_or(false) || gradient; }
@@ -78,6 +85,9 @@ class Colouring {
     bool isDithered() const { return dithered; }
     bool hasGradient() const { return table != nullptr; }
 
+    // The same with one turn over these values.
+    Colouring over(const ValueRange& range) const;
+
     // The colour of a value, or of a count with a gradient; NaN is inside.
     Levels of(double value) const;
     // That at 0 <= place <= 1 of the gradient.
@@ -85,12 +95,16 @@ class Colouring {
     const Levels& inside() const { return insideLevels; }
 
   private:
+    void stretch(const ValueRange& range);
+    double placeOf(double value) const;
+
     WantedColours options;
     std::shared_ptr<const Gradient> gradient;  // null for the palette
     std::shared_ptr<const GradientTable> table;
     bool smooth, deep, dithered;
     Scale scale;
-    double turn;  // scaled length of one
+    double start = 0;  // scaled value at which a turn begins
+    double turn;       // scaled length of one
     double offset;
     Levels insideLevels;
 };

@@ -158,8 +158,8 @@ Segment between(const Gradient::Stop& a, const Gradient::Stop& b, double turn) {
     return segment;
 }
 
-// The segment from the last stop to the first one lies at both ends. Of those without a length there
-// is nothing to be seen.
+// The segment from the last stop to the first one lies at both ends. Of those without a length
+// there is nothing to be seen.
 std::vector<Segment> segmentsOf(const std::vector<Gradient::Stop>& stops) {
     std::vector<Segment> segments;
     Gradient::Stop before = stops.back();

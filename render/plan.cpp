@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "render/colour_options.h"
+#include "render/colour_range.h"
 #include "render/failure.h"
 #include "render/shard.h"
 
@@ -157,6 +158,10 @@ std::vector<Job> planStills(const Options& options, const Source& source) {
     for (std::uint64_t number = range.first; number <= range.last; ++number) {
         const fractal& entry = source.entries[number - 1];
         jobs.push_back(planner.jobFor(entry, planner.sizeFor(entry)));
+        if (options.colour.wanted.autoRange) {
+            const ValueRange values = valuesIn(jobs.back(), options.threads);
+            jobs.back() = stretched(std::move(jobs.back()), values);
+        }
         jobs.back().output = nameOf(number, DIGITS);
     }
     return options.shard ? stillsOfShare(std::move(jobs), options) : jobs;

@@ -161,6 +161,72 @@ class Depth(ColourTest):
         self.assertEqual(os.stat(self.path("all.png")).st_mtime_ns, before)
 
 
+class Range(ColourTest):
+    """One turn of the gradient over the values that occur."""
+
+    STRETCH = ["--colour", "smooth", *RAMP, "--range", "auto", "--depth", 16]
+
+    def exact(self, values, scale=lambda v: v):
+        low, high = scale(np.nanmin(values)), scale(np.nanmax(values))
+        return np.where(np.isnan(values), 0, (scale(values) - low) / (high - low) * 65535)
+
+    def test_the_least_value_is_at_its_beginning_and_the_greatest_at_its_end(self):
+        for entry in (1, 2, 17):
+            options = [TOUR, "--entry", entry, "--size", "60x45"]
+            values = self.numbers("values", *options)
+            picture = deep(self.still(*options, *self.STRETCH))
+            self.assertLess(np.abs(picture[..., 0] - self.exact(values)).max(), 0.6)
+            self.assertEqual((picture[~np.isnan(values)].min(), picture.max()), (0, 65535))
+            picture = deep(self.still(*options, *self.STRETCH, "--scale", "log"))
+            exact = self.exact(values, lambda v: np.log1p(np.maximum(v, 0)))
+            self.assertLess(np.abs(picture[..., 0] - exact).max(), 0.6)
+
+    def test_counts_are_stretched_too(self):
+        options = ["-", "--size", "60x45"]
+        counts = self.numbers("counts", *options, data=record()).astype(float)
+        counts[counts == 64] = np.nan
+        picture = deep(self.still(*options, *RAMP, "--range", "auto", "--depth", 16, data=record()))
+        self.assertLess(np.abs(picture[..., 0] - self.exact(counts)).max(), 0.6)
+
+    def test_the_picture_knows_it_and_a_share_has_that_of_the_whole(self):
+        options = [TOUR, "--entry", 1, "--size", "40x31", *self.STRETCH]
+        whole = self.still(*options)
+        self.assertEqual(self.still("-", data=whole), whole)
+        self.assertEqual(len(document(whole)["render"]["range"]), 2)
+        for k in (1, 2):
+            self.render(*options, "--shard", f"{k}/2", "-o", f"{k}.png")
+        self.render("--join", "1.png", "2.png", "-o", "all.png")
+        self.assertEqual(self.read("all.png"), whole)
+
+    def test_where_nothing_escapes_nothing_fails(self):
+        picture = deep(self.still("-", "--size", "8x6", *self.STRETCH,
+                                  data=record(x=(-0.1, 0.1), y=(-0.1, 0.1))))
+        self.assertFalse(picture.any())
+
+    def test_a_glide_goes_evenly_from_range_to_range(self):
+        views = record(identity=1) + record(x=(-1.0, -0.5), y=(0.1, 0.5), identity=1)
+        options = ["-", "--film", "--size", "32x24", "--glide", "linear", "--steps", 4, *self.STRETCH]
+        self.render(*options, data=views)
+        found = [document(self.read(name))["render"]["range"] for name in self.names()]
+        self.assertEqual(len(found), 5)
+        stills = [document(self.still("-", "--entry", n, "--size", "32x24", *self.STRETCH,
+                                      data=views))["render"]["range"] for n in (1, 2)]
+        for n, actual in enumerate(found):
+            np.testing.assert_allclose(actual, np.add(stills[0], np.multiply(
+                n / 4, np.subtract(stills[1], stills[0]))), rtol=1e-12)
+
+    def test_the_brightness_of_a_slow_zoom_never_jumps(self):
+        views = (record(x=(-2.0, 1.0), y=(-1.2, 1.2), limit=200, identity=1)
+                 + record(x=(-1.0, -0.4), y=(0.0, 0.48), limit=200, identity=1))
+        stream = self.render("-", "--film", "--size", "40x32", "--seconds", 4, "--fps", 10, "--hold", 0,
+                             "--colour", "smooth", "--range", "auto", "--scale", "log", "-o", "-",
+                             data=views)
+        frames = stream.split(b"P6\n40 32\n255\n")[1:]
+        means = [np.frombuffer(frame, np.uint8).mean() for frame in frames]
+        self.assertEqual(len(means), 41)
+        self.assertLess(np.abs(np.diff(means)).max(), 6)
+
+
 class Inside(ColourTest):
     def test_it_has_its_colour(self):
         for kind in (["--colour", "smooth"], ["--gradient", "grey"]):

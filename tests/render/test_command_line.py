@@ -7,7 +7,7 @@ from render_command import RENDER, RenderTest, record
 
 OPTIONS = ["--entry", "--size", "--fit", "--supersample", "--single", "--double", "--palette",
            "--limit", "--colour", "--escape", "--gradient", "--blend", "--scale", "--period",
-           "--offset", "--inside", "--depth", "--dither", "--counts", "--values", "--swatch",
+           "--range", "--offset", "--inside", "--depth", "--dither", "--counts", "--values", "--swatch",
            "--output", "--compress", "--metadata", "--threads", "--quiet", "--help", "--version"]
 
 
@@ -58,6 +58,7 @@ class Mistakes(RenderTest):
             "--blend": ["lab", ""],
             "--scale": ["cube", ""],
             "--period": ["0", "-1", "x", "1e16", ""],
+            "--range": ["full", ""],
             "--offset": ["x", "1e16", "nan", ""],
             "--inside": ["black", "#12345", "#1234567", "#12345g", "123456", ""],
             "--depth": ["0", "12", "16.0", ""],
@@ -85,7 +86,9 @@ class Mistakes(RenderTest):
         for options in (["--palette", "rgb", "--colour", "smooth"],
                         ["--palette", "rgb", "--gradient", "grey"], ["--period", 5],
                         ["--scale", "log"], ["--blend", "srgb"], ["--offset", 1],
-                        ["--inside", "#ffffff"], ["--dither", "none"],
+                        ["--inside", "#ffffff"],
+                        ["--range", "auto"],
+                        ["--range", "auto", "--period", 5, "--colour", "smooth"], ["--dither", "none"],
                         ["--counts", "a.npy", "--values", "b.npy"],
                         ["--counts", "a.npy", "-o", "b.npy"], ["--values", "a.npy", "--film"],
                         ["--values", "a.npy", "--supersample", 2],
