@@ -182,15 +182,22 @@ struct LibraryEscape {
     double before = 0, after = 0;
 };
 
-// Follows the pixel at point c with the C library's functions, up to the limit. `detect` looks for
-// an orbit that returns to a saved state. The count is GIVEN_UP once `stop` is set.
+// A state of the C library's orbit and how many steps led there.
+struct LibraryState {
+    cpuComplex<double> z{0.0, 0.0};
+    int steps = 0;
+};
+
+// Follows the pixel at point c with the C library's functions, from a state that has not
+// escaped up to the iteration limit. `detect` looks for an orbit that returns to a saved state. The
+// count is GIVEN_UP once `stop` is set.
 template <class Kind>
-LibraryEscape followWithLibrary(const cpuComplex<double>& c, double maxSizeSquared, int limit,
-                                bool detect, StopFlag stop) {
-    cpuComplex<double> z{0.0, 0.0}, saved = z;
-    double before = 0.0;
+LibraryEscape followWithLibrary(const LibraryState& start, const cpuComplex<double>& c,
+                                double maxSizeSquared, int limit, bool detect, StopFlag stop) {
+    cpuComplex<double> z = start.z, saved = z;
+    double before = z.r * z.r + z.i * z.i;
     int saveAt = 8;
-    for (int count = 0; count < limit; ++count) {
+    for (int count = start.steps; count < limit; ++count) {
         if (count % STEPS_BETWEEN_LOOKS == 0 && isSet(stop)) return {GIVEN_UP};
         z = Kind::exact(z) + c;
         const double after = z.r * z.r + z.i * z.i;
@@ -260,7 +267,7 @@ void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bo
         if (count == IN_DOUBT) {
             const auto c = constantAt(tile, chunk, place, static_cast<std::uint64_t>(tile.width));
             const int exact =
-                followWithLibrary<Kind>(c, tile.limit, limit, detect, tile.stop).count;
+                followWithLibrary<Kind>({}, c, tile.limit, limit, detect, tile.stop).count;
             if (exact == GIVEN_UP) return;
             count = static_cast<std::uint64_t>(exact);
         }

@@ -39,9 +39,11 @@ using RealBits = hn::RebindToSigned<RealTag>;
 inline constexpr double MAX_ARGUMENT = 300.0;
 
 // The four functions of a step, at a trigonometric and a hyperbolic argument.
-struct Factors {
-    Real sin, cos, sinh, cosh;
+template <class N>
+struct FactorsOf {
+    N sin, cos, sinh, cosh;
 };
+using Factors = FactorsOf<Real>;
 
 HWY_INLINE Real multiplyAdd(Real a, Real b, Real c) {
     return Real(hn::MulAdd(a.v, b.v, c.v));
@@ -139,8 +141,10 @@ HWY_INLINE Factors factorsAt(Real trigonometric, Real hyperbolic) {
 // What tells the four rules apart: which part of z is the trigonometric argument, the value of the
 // function and that of its derivative (up to the derivative's sign, which nobody asks for).
 struct SineKind {
+    static constexpr bool REAL_IS_TRIGONOMETRIC = true;
     static HWY_INLINE Factors factors(Real r, Real i) { return factorsAt(r, i); }
-    static HWY_INLINE cpuComplex<Real> value(const Factors& f) {
+    template <class N>
+    static HWY_INLINE cpuComplex<N> value(const FactorsOf<N>& f) {
         return {f.sin * f.cosh, f.cos * f.sinh};
     }
     static HWY_INLINE cpuComplex<Real> slope(const Factors& f) {
@@ -153,8 +157,10 @@ struct SineKind {
 };
 
 struct CosineKind {
+    static constexpr bool REAL_IS_TRIGONOMETRIC = true;
     static HWY_INLINE Factors factors(Real r, Real i) { return factorsAt(r, i); }
-    static HWY_INLINE cpuComplex<Real> value(const Factors& f) {
+    template <class N>
+    static HWY_INLINE cpuComplex<N> value(const FactorsOf<N>& f) {
         return {f.cos * f.cosh, -(f.sin * f.sinh)};
     }
     static HWY_INLINE cpuComplex<Real> slope(const Factors& f) {
@@ -167,8 +173,10 @@ struct CosineKind {
 };
 
 struct HyperbolicSineKind {
+    static constexpr bool REAL_IS_TRIGONOMETRIC = false;
     static HWY_INLINE Factors factors(Real r, Real i) { return factorsAt(i, r); }
-    static HWY_INLINE cpuComplex<Real> value(const Factors& f) {
+    template <class N>
+    static HWY_INLINE cpuComplex<N> value(const FactorsOf<N>& f) {
         return {f.sinh * f.cos, f.cosh * f.sin};
     }
     static HWY_INLINE cpuComplex<Real> slope(const Factors& f) {
@@ -181,8 +189,10 @@ struct HyperbolicSineKind {
 };
 
 struct HyperbolicCosineKind {
+    static constexpr bool REAL_IS_TRIGONOMETRIC = false;
     static HWY_INLINE Factors factors(Real r, Real i) { return factorsAt(i, r); }
-    static HWY_INLINE cpuComplex<Real> value(const Factors& f) {
+    template <class N>
+    static HWY_INLINE cpuComplex<N> value(const FactorsOf<N>& f) {
         return {f.cosh * f.cos, f.sinh * f.sin};
     }
     static HWY_INLINE cpuComplex<Real> slope(const Factors& f) {

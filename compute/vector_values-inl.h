@@ -3,7 +3,9 @@
 //
 // The certified renderer does not know the C library's states, only that they are near. The counts
 // of its pixels are sure, their magnitudes are not; so it has the library follow each pixel that
-// escapes, for as many steps as it took.
+// escapes, for as many steps as it took. The first two steps cost next to nothing: from zero every
+// orbit goes to c and a constant, so that the four factors of the second step depend on the column
+// or on the row alone.
 //
 // Included once for each instruction set (see compute/value_renderer.cpp).
 #if defined(TESSARY_COMPUTE_VECTOR_VALUES_INL_H) == defined(HWY_TARGET_TOGGLE)
@@ -16,8 +18,10 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 #include "compute/fixed_math.h"  // the plain functions first, then those of the vectors
@@ -230,6 +234,54 @@ void renderValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometry, c
     writeChunk<T>(tile, chunk, {known.count, known.before, known.after}, limit);
 }
 
+// The C library's orbits of a chunk in their first two steps. Factors are evaluated once for each
+// column and row, when first asked for.
+template <class Kind>
+class FirstSteps {
+  public:
+    cpuComplex<double> afterOne(const cpuComplex<double>& c) const { return fromZero + c; }
+
+    // z: the state after one step of the pixel at column x and row y.
+    cpuComplex<double> afterTwo(std::size_t x, std::size_t y, const cpuComplex<double>& z,
+                                const cpuComplex<double>& c) {
+        if (!columns[x].known) columns[x] = factorsOf<Kind::REAL_IS_TRIGONOMETRIC>(z.r);
+        if (!rows[y].known) rows[y] = factorsOf<!Kind::REAL_IS_TRIGONOMETRIC>(z.i);
+        const Pair& trigonometric = Kind::REAL_IS_TRIGONOMETRIC ? columns[x] : rows[y];
+        const Pair& hyperbolic = Kind::REAL_IS_TRIGONOMETRIC ? rows[y] : columns[x];
+        return Kind::value(FactorsOf<double>{trigonometric.sine, trigonometric.cosine,
+                                             hyperbolic.sine, hyperbolic.cosine}) +
+               c;
+    }
+
+  private:
+    struct Pair {
+        double sine = 0, cosine = 0;
+        bool known = false;
+    };
+
+    template <bool TRIGONOMETRIC>
+    static Pair factorsOf(double x) {
+        if (TRIGONOMETRIC) return {std::sin(x), std::cos(x), true};
+        return {std::sinh(x), std::cosh(x), true};
+    }
+
+    const cpuComplex<double> fromZero = Kind::exact(cpuComplex<double>{0.0, 0.0});
+    Pair columns[MAX_COLUMNS], rows[MAX_PIXELS];
+};
+
+// What the C library makes of a pixel at column x and row y that escapes at step `count`.
+template <class Kind>
+LibraryEscape escapeAt(std::uint64_t count, FirstSteps<Kind>& first, std::size_t x, std::size_t y,
+                       const cpuComplex<double>& c, const ValueTile<double>& tile) {
+    const cpuComplex<double> one = first.afterOne(c);
+    const double sizeOne = magnitudeSquared(one);
+    if (count == 0) return {0, 0.0, sizeOne};
+    const cpuComplex<double> two = first.afterTwo(x, y, one, c);
+    if (count == 1) return {1, sizeOne, magnitudeSquared(two)};
+    return followWithLibrary<Kind>({two, 2}, c, tile.limit, static_cast<int>(count) + 1, false,
+                                   tile.stop);
+}
+
 // As renderValueChunk, for the trigonometric rules in double.
 template <class R>
 void renderValueChunkCertified(const ValueTile<double>& tile, const VectorTile<double>& geometry,
@@ -238,17 +290,19 @@ void renderValueChunkCertified(const ValueTile<double>& tile, const VectorTile<d
     const int limit = std::max(tile.maxIters, 0);
     CertifiedSlots slots;
     Known<double> known;
+    FirstSteps<Kind> first;
+    const Points<double> points(geometry, chunk);
     fillSlots<R>(slots.s, geometry, chunk, limit);
     slots.s.stride = slots.s.columns;
     bool complete = true;
     const auto finish = [&](std::uint64_t place, std::uint64_t count) {
         LibraryEscape e{limit};
         if (count != static_cast<std::uint64_t>(limit)) {
-            const bool doubtful = count == IN_DOUBT;
-            const auto c = constantAt(geometry, chunk, place, slots.s.columns);
-            e = followWithLibrary<Kind>(c, tile.limit,
-                                        doubtful ? limit : static_cast<int>(count) + 1,
-                                        doubtful && detect, tile.stop);
+            const std::size_t x = place % slots.s.columns, y = place / slots.s.columns;
+            const cpuComplex<double> c{points.re[x], points.im[y]};
+            e = count == IN_DOUBT
+                    ? followWithLibrary<Kind>({}, c, tile.limit, limit, detect, tile.stop)
+                    : escapeAt<Kind>(count, first, x, y, c, tile);
         }
         complete &= e.count != GIVEN_UP;
         known.count[place] = static_cast<std::uint64_t>(e.count);
