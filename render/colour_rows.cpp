@@ -114,7 +114,8 @@ void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigne
         if (how.isDeep()) {
             putDeep(level, out + 2 * c);
         } else {
-            out[c] = static_cast<unsigned char>(std::clamp(level, 0.0, 1.0) * 255 + rounding);
+            out[c] = static_cast<unsigned char>(
+                static_cast<int>(std::clamp(level, 0.0, 1.0) * 255 + rounding));
         }
     }
 }

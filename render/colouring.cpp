@@ -87,22 +87,8 @@ GradientTable::Part GradientTable::partAt(int n) const {
     return part;
 }
 
-Levels GradientTable::at(double place) const {
-    const double scaledPlace = place * PARTS;
-    const auto n = static_cast<std::size_t>(scaledPlace);
-    if (n >= parts.size() || !parts[n].straight) return gradient.at(place, blend);
-    const Part& part = parts[n];
-    const auto share = static_cast<float>(scaledPlace - static_cast<double>(n));
-    Levels out{};
-    for (std::size_t c = 0; c < 3; ++c) {
-        out[c] = static_cast<double>(part.start[c] + share * part.change[c]);
-    }
-    return out;
-}
-
-double scaled(double value, Scale scale) {
+double bent(double value, Scale scale) {
     const double above = value > 0 ? value : 0;
-    if (scale == Scale::linear) return value;
     return scale == Scale::squareRoot ? std::sqrt(above) : fixedLog(above + 1);
 }
 
@@ -135,29 +121,27 @@ Colouring Colouring::over(const ValueRange& range) const {
     return other;
 }
 
-// Over a range the greatest value lies at the gradient's end, not at the beginning of the next
-// turn.
-double Colouring::placeOf(double value) const {
-    if (options.range && !(turn > 0)) return 0;
-    const double turns = (scaled(value, scale) - start) / turn + offset;
-    const double place = turns - std::floor(turns);
-    if (options.range && place == 0 && turns > 0) return 1;
-    return place >= 0 && place <= 1 ? place : 0;
-}
+namespace {
 
-Levels Colouring::of(double value) const {
-    if (value != value) return insideLevels;
-    return table->at(placeOf(value));
-}
-
-double ditherThreshold(int x, int y) {
+constexpr double thresholdAt(unsigned x, unsigned y) {
     unsigned rank = 0;
     for (unsigned bit = 0; bit < 4; ++bit) {
-        const unsigned across = static_cast<unsigned>(x) >> bit & 1U;
-        const unsigned down = static_cast<unsigned>(y) >> bit & 1U;
+        const unsigned across = x >> bit & 1U, down = y >> bit & 1U;
         rank = rank << 2U | (across ^ down) << 1U | down;
     }
     return (2 * rank + 1) / 512.0;
 }
+
+constexpr DitherPattern pattern() {
+    DitherPattern rows{};
+    for (unsigned y = 0; y < 16; ++y) {
+        for (unsigned x = 0; x < 16; ++x) rows[y][x] = thresholdAt(x, y);
+    }
+    return rows;
+}
+
+}  // namespace
+
+const DitherPattern DITHER = pattern();
 
 }  // namespace render

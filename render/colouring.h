@@ -74,6 +74,11 @@ class GradientTable {
     std::vector<Part> parts;
 };
 
+// A value on its scale: linear as it is, the root of what is above zero, or the logarithm of one
+// more than that. bent(): the last two.
+double bent(double value, Scale scale);
+double scaled(double value, Scale scale);
+
 // All that the colours of a picture depend on beside its view. Any thread.
 class Colouring {
   public:
@@ -109,12 +114,49 @@ class Colouring {
     Levels insideLevels;
 };
 
-// Where the gradient's first turn has the value: linear as it is, the root of what is above zero,
-// or the logarithm of one more than that.
-double scaled(double value, Scale scale);
-
 // The share of the way to the next level up at which pixel (x, y) is rounded up no more, less than
 // 1: of every 16 x 16 pixels each has another one of 1/512, 3/512, ... 511/512.
-double ditherThreshold(int x, int y);
+using DitherPattern = std::array<std::array<double, 16>, 16>;
+extern const DitherPattern DITHER;
+inline double ditherThreshold(int x, int y) {
+    return DITHER[static_cast<unsigned>(y) % 16][static_cast<unsigned>(x) % 16];
+}
+
+// What follows is done for each pixel, so the compiler may see it.
+
+// x less the whole number below it. Beyond 2^52 every number is whole.
+inline double fraction(double x) {
+    if (!(x > -0x1p52 && x < 0x1p52)) return 0;
+    const double rest = x - static_cast<double>(static_cast<std::int64_t>(x));
+    return rest < 0 ? rest + 1 : rest;
+}
+
+inline Levels GradientTable::at(double place) const {
+    const double scaledPlace = place * PARTS;
+    const auto n = static_cast<std::size_t>(static_cast<int>(scaledPlace));
+    if (n >= parts.size() || !parts[n].straight) return gradient.at(place, blend);
+    const Part& part = parts[n];
+    const auto share = static_cast<float>(scaledPlace - static_cast<double>(n));
+    return {static_cast<double>(part.start[0] + share * part.change[0]),
+            static_cast<double>(part.start[1] + share * part.change[1]),
+            static_cast<double>(part.start[2] + share * part.change[2])};
+}
+
+inline double scaled(double value, Scale scale) {
+    return scale == Scale::linear ? value : bent(value, scale);
+}
+
+// Over a range the greatest value lies at the gradient's end, not at the beginning of the next
+// turn.
+inline double Colouring::placeOf(double value) const {
+    if (options.range && !(turn > 0)) return 0;
+    const double turns = (scaled(value, scale) - start) / turn + offset;
+    const double place = fraction(turns);
+    return options.range && place == 0 && turns > 0 ? 1 : place;
+}
+
+inline Levels Colouring::of(double value) const {
+    return value != value ? insideLevels : table->at(placeOf(value));
+}
 
 }  // namespace render
