@@ -7,6 +7,7 @@
 #include <string_view>
 #include <thread>
 
+#include "render/colour_options.h"
 #include "render/failure.h"
 #include "render/film_options.h"
 #include "render/option_values.h"
@@ -81,6 +82,7 @@ class CommandLine {
         app.footer(FOOTER);
         addInput();
         addPicture();
+        addColourOptions(app, options);
         addFilmOptions(app, options);
         addOutput();
         addShareOptions(app, options);
@@ -112,7 +114,7 @@ class CommandLine {
 };
 
 void CommandLine::addInput() {
-    app.add_option("FILE", options.inputs, "")->required()->type_name("")->group("");
+    app.add_option("FILE", options.inputs, "")->type_name("")->group("");
     add(app, "--entry", "N[-M]", "Only entry N, or entries N to M (default: all)",
         [this](const std::string& text) { options.entries = entries(text); });
 }
@@ -189,6 +191,7 @@ std::optional<Options> readOptions(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
     }
+    checkColourOptions(line.app, line.options);
     check(line.options);
     checkFilmOptions(line.app, line.options);
     return line.options;

@@ -35,7 +35,7 @@ class BandPacker {
 
     // Packs `rows`: each row a filter byte 0 and then its pixels, `rowBytes` with it. The same rows
     // give the same blocks on every processor that has SSE4.2. With `small` rows are filtered where
-    // that helps. bytesPerPixel: 1 to 4.
+    // that helps. bytesPerPixel: 1 to 6.
     PackedBand pack(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel,
                     Compression compression);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "render/colour_rows.h"
 #include "render/png_writer.h"
 #include "render/settings.h"
 
@@ -40,18 +41,19 @@ std::string PngEncoder::head(const Job& job) const {
     } else if (job.band) {
         texts = {{"tessary", describe(job)}};  // or nobody could join it
     }
-    return pngHead(job.size, {}, texts) + pngChunk("IDAT", streamHead(compression));
+    return pngHead(job.size, {}, texts, pixelBytes(job) == 6 ? 16 : 8) +
+           pngChunk("IDAT", streamHead(compression));
 }
 
 EncodedBand PngEncoder::band(const Job& job, RowRange range, Workshop& workshop) const {
-    constexpr std::size_t PIXEL = 3;
-    const std::size_t rowBytes = 1 + PIXEL * static_cast<std::size_t>(job.size.width);
+    const auto pixel = static_cast<std::size_t>(pixelBytes(job));
+    const std::size_t rowBytes = 1 + pixel * static_cast<std::size_t>(job.size.width);
     const std::size_t rows = static_cast<std::size_t>(range.count());
     std::string& pixels = workshop.pixels;
     pixels.resize(rowBytes * rows);
     for (std::size_t y = 0; y < rows; ++y) pixels[y * rowBytes] = 0;  // the filter: none
     workshop.rows.render(job, range, reinterpret_cast<unsigned char*>(pixels.data()) + 1, rowBytes);
-    const PackedBand packed = workshop.packer.pack(pixels, rowBytes, PIXEL, compression);
+    const PackedBand packed = workshop.packer.pack(pixels, rowBytes, pixel, compression);
     return {pngChunk("IDAT", packed.blocks), packed.adler, packed.length};
 }
 

@@ -20,8 +20,9 @@ struct EncodedBand {
 
 // What one thread needs to make bands; it keeps its memory from one band to the next.
 struct Workshop {
-    explicit Workshop(const std::atomic<bool>& stop) : rows(stop) {}
+    explicit Workshop(const std::atomic<bool>& stopFlag) : stop(stopFlag), rows(stopFlag) {}
 
+    const std::atomic<bool>& stop;
     RowRenderer rows;
     BandPacker packer;
     std::string pixels;
@@ -40,7 +41,7 @@ class Encoder {
     virtual std::string tail(std::uint32_t adler) const = 0;
 };
 
-// PNG of three bytes a pixel, or of one where the palette has few colours.
+// PNG of three or six bytes a pixel, or of one where the palette has few colours.
 class PngEncoder : public Encoder {
   public:
     PngEncoder(Compression packing, bool withMetadata)

@@ -3,8 +3,11 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <functional>
+#include <map>
 
 #include "frac/number_text.h"
+#include "render/colour_range.h"
 #include "render/plan.h"
 #include "render/shard.h"
 
@@ -13,24 +16,53 @@ namespace {
 
 constexpr int DIGITS = 6;
 
+// The values of the entries, each measured when it is first asked for.
+class Ranges {
+  public:
+    using Measure = std::function<ValueRange(std::uint64_t entry)>;
+    explicit Ranges(Measure how) : measure(std::move(how)) {}
+
+    // Those at this share of the way to an entry from the one before: no frame jumps.
+    ValueRange at(std::uint64_t entry, double share) {
+        const ValueRange to = of(entry);
+        if (share >= 1) return to;
+        const ValueRange from = of(entry - 1);
+        return {from.least + share * (to.least - from.least),
+                from.greatest + share * (to.greatest - from.greatest)};
+    }
+
+  private:
+    ValueRange of(std::uint64_t entry) {
+        const auto found = known.find(entry);
+        return found != known.end() ? found->second : known[entry] = measure(entry);
+    }
+
+    const Measure measure;
+    std::map<std::uint64_t, ValueRange> known;
+};
+
 // The pictures of frames; one palette and one past view serve many of them.
 class Pictures {
   public:
-    Pictures(const Planner& by, Size all, const Naming& names)
-        : planner(by), size(all), nameOf(names) {}
+    // perEntry: where the gradient is stretched; may be null.
+    Pictures(const Planner& by, Size all, const Naming& names, Ranges* perEntry)
+        : planner(by), size(all), nameOf(names), ranges(perEntry) {}
 
     Job of(const Frame& frame) {
         Job job = planner.jobOf(frame.view, size);
-        if (frame.crossing) job.fade = fadeOf(*frame.crossing);
+        if (ranges) job = stretched(std::move(job), ranges->at(frame.entry, frame.share));
+        if (frame.crossing) job.fade = fadeOf(*frame.crossing, frame.entry - 1);
         job.output = nameOf(frame.number, DIGITS);
         return job;
     }
 
   private:
-    Fade fadeOf(const Crossing& crossing) {
+    Fade fadeOf(const Crossing& crossing, std::uint64_t entry) {
         if (crossing.from != past) {
             past = crossing.from;
-            pastJob = std::make_shared<const Job>(planner.jobOf(*past, size));
+            Job job = planner.jobOf(*past, size);
+            if (ranges) job = stretched(std::move(job), ranges->at(entry, 1));
+            pastJob = std::make_shared<const Job>(std::move(job));
         }
         return {pastJob, crossing.step, crossing.steps};
     }
@@ -38,6 +70,7 @@ class Pictures {
     const Planner& planner;
     const Size size;
     const Naming& nameOf;
+    Ranges* const ranges;
     std::shared_ptr<const fractal> past;
     std::shared_ptr<const Job> pastJob;
 };
@@ -64,7 +97,11 @@ Film planFilm(const Options& options, const Source& source) {
     film.frames = planFlight(entries, range.first, options.flight,
                              [&](const fractal& view) { return planner.fit(view, size); });
     if (options.shard) film.frames = shareOf(std::move(film.frames), *options.shard);
-    Pictures pictures(planner, size, nameOf);
+    Ranges ranges([&](std::uint64_t entry) {
+        return valuesIn(planner.jobFor(source.entries[entry - 1], size), options.threads);
+    });
+    const bool stretches = options.colour.wanted.autoRange && !options.dryRun;
+    Pictures pictures(planner, size, nameOf, stretches ? &ranges : nullptr);
     for (const Frame& frame : film.frames) film.jobs.push_back(pictures.of(frame));
     return film;
 }

@@ -56,12 +56,13 @@ Side upright(const fractal& view) {
 // Puts frames one after another.
 class Reel {
   public:
-    void add(std::uint64_t entry, const fractal& view, std::optional<Crossing> crossing = {}) {
+    void add(std::uint64_t entry, const fractal& view, std::optional<Crossing> crossing = {},
+             double share = 1) {
         if (frames.size() == MOST_FRAMES) {
             throw Failure("the film would have more than " + std::to_string(MOST_FRAMES) +
                           " frames");
         }
-        frames.push_back({frames.size() + 1, entry, view, std::move(crossing)});
+        frames.push_back({frames.size() + 1, entry, view, std::move(crossing), share});
     }
 
     std::vector<Frame> frames;
@@ -110,7 +111,7 @@ class Planner {
         for (int n = 1; n < options.steps; ++n) {
             view.xMax += xMax, view.yMax += yMax;
             view.xMin += xMin, view.yMin += yMin;
-            reel.add(number, fit(view));
+            reel.add(number, fit(view), {}, n / steps);
         }
         reel.add(number, fit(to));
     }
@@ -125,7 +126,7 @@ class Planner {
         for (std::int64_t n = 1; n < frames; ++n) {
             const double done = progress(n, frames), left = progress(frames - n, frames);
             if (x && y) moveTowards(to, x->at(done, left), y->at(done, left), view);
-            reel.add(number, view);
+            reel.add(number, view, {}, done);
         }
         reel.add(number, to);
     }

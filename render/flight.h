@@ -39,6 +39,7 @@ struct Frame {
     std::uint64_t entry = 0;   // the entry flown to, by its number in the catalogue
     fractal view;              // what is shown, its rectangle fitted
     std::optional<Crossing> crossing;
+    double share = 1;  // of the way to that entry from the one before, 0 to 1
 };
 
 // Brings the rectangle of a view to the proportions of the film.

@@ -15,6 +15,12 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
+// The rows from `first` up to `end` of a picture.
+struct RowRange {
+    int first = 0, end = 0;
+    int count() const { return end - first; }
+};
+
 // How a rectangle of other proportions than the picture's is brought to it.
 enum class Fit {
     contain,  // the side that is too short grows: all of the rectangle is seen

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "frac/fractal.h"
+#include "render/colouring.h"
 #include "render/geometry.h"
 #include "render/palette.h"
 
@@ -40,8 +41,9 @@ class RowSource {
   public:
     virtual ~RowSource() = default;
 
-    // Writes red, green and blue of each pixel of rows `first` up to `end`: row y to out + (y -
-    // first) * stride. Called from the top down, on one thread at a time.
+    // Writes red, green and blue of each pixel of rows `first` up to `end`, in levels of the depth
+    // that the job has: row y to out + (y - first) * stride. Called from the top down, on one
+    // thread at a time.
     virtual void read(int first, int end, unsigned char* out, std::size_t stride) = 0;
 };
 
@@ -51,7 +53,8 @@ struct Job {
     Precision precision = Precision::doubles;
     int supersample = 1;  // samples a side for each pixel, 1 to MOST_SUPERSAMPLE
     std::shared_ptr<const Palette> palette;
-    std::string output;  // path, or "-" for standard output
+    std::shared_ptr<const Colouring> colouring;  // null: the palette by counts, as in the window
+    std::string output;                          // path, or "-" for standard output
     std::optional<Fade> fade;
     std::optional<Band> band;           // `size` is that of the band
     std::shared_ptr<RowSource> stored;  // where pixels are read from rather than computed

@@ -6,6 +6,7 @@
 
 #include "frac/input.h"
 #include "frac/json_document.h"
+#include "render/colour_rows.h"
 #include "render/failure.h"
 #include "render/settings.h"
 #include "render/shard.h"
@@ -68,14 +69,14 @@ std::vector<Piece> inOrder(std::vector<Piece> pieces) {
     return ordered;
 }
 
-std::shared_ptr<RowSource> rowsOf(const std::vector<Piece>& pieces) {
+std::shared_ptr<RowSource> rowsOf(const std::vector<Piece>& pieces, bool deep) {
     std::vector<StackedRows::Part> parts;
     for (const Piece& piece : pieces) {
         const Size whole = piece.band.whole;
         const int rows = bandPlace(whole.height, {piece.band.number, piece.band.count}).rows;
         if (rows > 0) parts.push_back({piece.path, {whole.width, rows}});
     }
-    return std::make_shared<StackedRows>(std::move(parts));
+    return std::make_shared<StackedRows>(std::move(parts), deep);
 }
 
 Job jobOf(const std::vector<Piece>& pieces, const std::string& output) {
@@ -90,7 +91,10 @@ Job jobOf(const std::vector<Piece>& pieces, const std::string& output) {
                                                       ? builtInPalette(job.view.paletteType)
                                                       : paletteOf(settings.colours));
     job.output = output;
-    job.stored = rowsOf(pieces);
+    if (settings.colouring.isAny()) {
+        job.colouring = std::make_shared<const Colouring>(settings.colouring);
+    }
+    job.stored = rowsOf(pieces, pixelBytes(job) == 6);
     return job;
 }
 

@@ -9,11 +9,13 @@
 #include "render/failure.h"
 #include "render/film.h"
 #include "render/join.h"
+#include "render/npy_encoder.h"
 #include "render/output_file.h"
 #include "render/plan.h"
 #include "render/ppm_encoder.h"
 #include "render/resume.h"
 #include "render/run.h"
+#include "render/swatch.h"
 
 namespace {
 
@@ -53,6 +55,10 @@ void stills(const render::Options& options, const render::Source& source,
             const render::RunOptions& how) {
     const auto jobs = render::planStills(options, source);
     warnOf(source);
+    if (options.colour.wantsNumbers()) {
+        render::makePictures(jobs, render::NpyEncoder(!options.colour.values.empty()), how);
+        return;
+    }
     makeFiles(jobs, options, how);
 }
 
@@ -79,6 +85,11 @@ void run(const render::Options& options) {
     const render::RunOptions how{options.threads, options.quiet};
     if (options.join) {
         render::joinBands(options.inputs, options.output, how);
+        return;
+    }
+    if (!options.colour.swatch.empty()) {
+        const render::PngEncoder encoder(options.compression, false);
+        render::makePictures({render::planSwatch(options)}, encoder, {1, options.quiet});
         return;
     }
     const render::Source source = render::readSource(options.inputs.front());

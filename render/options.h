@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "render/colouring.h"
 #include "render/deflate.h"
 #include "render/flight.h"
 #include "render/geometry.h"
@@ -33,6 +34,19 @@ struct WantedPalette {
     std::string map;  // empty for a built-in one
 };
 
+// The colour options, and what is made in place of pictures.
+struct ColourChoice {
+    WantedColours wanted;
+    std::string gradientFile;    // where the gradient of `wanted` is still to be read; or empty
+    std::string counts, values;  // numbers instead of pictures, and where; one of them, or empty
+    std::string swatch;          // only the gradient, and where; or empty
+
+    bool wantsNumbers() const { return !counts.empty() || !values.empty(); }
+};
+
+// Those wanted, with the gradient of a file. Failure when it cannot be read.
+WantedColours wantedColours(const ColourChoice& choice);
+
 // What is left empty is the input's own affair, or the default told beside it.
 struct Options {
     std::vector<std::string> inputs;    // one path or "-"; with `join` one or more
@@ -44,7 +58,8 @@ struct Options {
     std::optional<int> supersample;        // that of a picture's own, or 1
     std::optional<WantedPalette> palette;  // each entry's
     std::optional<std::int32_t> limit;     // each entry's
-    int threads = 0;                       // 0: as many as the machine runs at once
+    ColourChoice colour;
+    int threads = 0;  // 0: as many as the machine runs at once
     Compression compression = Compression::fast;
     bool metadata = true;
     bool quiet = false;

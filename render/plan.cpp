@@ -5,6 +5,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "render/colour_options.h"
+#include "render/colour_range.h"
 #include "render/failure.h"
 #include "render/shard.h"
 
@@ -32,6 +34,23 @@ Planner::Planner(const Options& chosen, const Source& from) : options(chosen), s
         map = std::make_shared<Palette>(readMap(options.palette->map));
     } else if (!options.palette && !source.settings.colours.empty()) {
         map = std::make_shared<Palette>(paletteOf(source.settings.colours));
+    }
+    chooseColouring();
+}
+
+// A palette that is asked for wins over the gradient of a picture.
+void Planner::chooseColouring() {
+    WantedColours wanted = wantedColours(options.colour);
+    WantedColours usual = source.settings.colouring;
+    if (options.palette) {
+        usual.smooth.reset();
+        usual.gradient.reset();
+    }
+    wanted = merged(wanted, usual);
+    if (!options.colour.values.empty()) wanted.smooth = true;
+    checkGradientIsThere(options, wanted);
+    if (wanted.isAny() || options.colour.wantsNumbers()) {
+        colouring = std::make_shared<const Colouring>(wanted);
     }
 }
 
@@ -84,11 +103,13 @@ Job Planner::jobOf(const fractal& view, Size size) const {
         options.precision.value_or(source.settings.precision.value_or(Precision::doubles));
     job.supersample = options.supersample.value_or(source.settings.supersample.value_or(1));
     job.palette = paletteFor(job.view.paletteType);
+    job.colouring = colouring;
     return job;
 }
 
 Naming::Naming(const Options& options, const Source& source, bool several) {
     const std::string& output = options.output;
+    ending = options.colour.wantsNumbers() ? ".npy" : ".png";
     if (output.empty() || (output != "-" && isFolder(output))) {
         prefix = (output.empty() ? "" : withSlash(output)) + source.stem;
     } else if (several) {
@@ -103,7 +124,7 @@ std::string Naming::operator()(std::uint64_t number, int digits) const {
     std::string text = std::to_string(number);
     const auto wanted = static_cast<std::size_t>(digits);
     if (text.size() < wanted) text.insert(0, wanted - text.size(), '0');
-    return prefix + "-" + text + ".png";
+    return prefix + "-" + text + ending;
 }
 
 namespace {
@@ -137,6 +158,10 @@ std::vector<Job> planStills(const Options& options, const Source& source) {
     for (std::uint64_t number = range.first; number <= range.last; ++number) {
         const fractal& entry = source.entries[number - 1];
         jobs.push_back(planner.jobFor(entry, planner.sizeFor(entry)));
+        if (options.colour.wanted.autoRange) {
+            const ValueRange values = valuesIn(jobs.back(), options.threads);
+            jobs.back() = stretched(std::move(jobs.back()), values);
+        }
         jobs.back().output = nameOf(number, DIGITS);
     }
     return options.shard ? stillsOfShare(std::move(jobs), options) : jobs;

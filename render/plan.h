@@ -15,7 +15,8 @@ namespace render {
 // Answers what options and source together say of any one picture. Both outlive it. One thread.
 class Planner {
   public:
-    // Reads the .map file that the options name, if any.
+    // Reads the files of colours that the options name, if any. UsageError for options that ask
+    // for a gradient where none is.
     Planner(const Options& chosen, const Source& from);
 
     // The numbers of the entries chosen, from 1. Failure when one of them is not there.
@@ -33,12 +34,14 @@ class Planner {
     Job jobOf(const fractal& view, Size size) const;
 
   private:
+    void chooseColouring();
     std::shared_ptr<const Palette> paletteFor(std::int32_t type) const;
     bool hasProportionsOfSource(Size size) const;
 
     const Options& options;
     const Source& source;
-    std::shared_ptr<const Palette> map;  // of the options, or else the source; may be null
+    std::shared_ptr<const Palette> map;          // of the options, or else the source; may be null
+    std::shared_ptr<const Colouring> colouring;  // null where the window's colours are wanted
     mutable std::shared_ptr<const Palette> builtIn[2];
 };
 
@@ -54,6 +57,7 @@ class Naming {
   private:
     std::string whole;   // the one name of the one picture, or empty
     std::string prefix;  // of numbered names, folder and all
+    std::string ending;  // of these
 };
 
 // The stills that the options ask for, in order of the entries.

@@ -78,10 +78,10 @@ void setColours(Writer& writer, const std::vector<Colour>& colours) {
 }  // namespace
 
 std::string pngHead(Size size, const std::vector<Colour>& colours,
-                    const std::vector<PngText>& texts) {
+                    const std::vector<PngText>& texts, int depth) {
     Writer writer;
     png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(size.width),
-                 static_cast<png_uint_32>(size.height), 8,
+                 static_cast<png_uint_32>(size.height), depth,
                  colours.empty() ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     if (!colours.empty()) setColours(writer, colours);

@@ -18,9 +18,10 @@ struct PngText {
 };
 
 // Signature, header, and the texts in their order; with colours (at most 256) a picture of one byte
-// a pixel, which is a place among them, without any one of three, red, green and blue. Any thread.
+// a pixel, which is a place among them, without any one of three, red, green and blue, of `depth`
+// bits each, 8 or 16. Any thread.
 std::string pngHead(Size size, const std::vector<Colour>& colours,
-                    const std::vector<PngText>& texts);
+                    const std::vector<PngText>& texts, int depth = 8);
 
 // A chunk of this type, four letters. The packed rows of a picture may come in any number of "IDAT"
 // chunks; an empty "IEND" is the end of the file.

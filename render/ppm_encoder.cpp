@@ -1,14 +1,17 @@
 #include "render/ppm_encoder.h"
 
+#include "render/colour_rows.h"
+
 namespace render {
 
 std::string PpmEncoder::head(const Job& job) const {
     return "P6\n" + std::to_string(job.size.width) + " " + std::to_string(job.size.height) +
-           "\n255\n";
+           (pixelBytes(job) == 6 ? "\n65535\n" : "\n255\n");
 }
 
 EncodedBand PpmEncoder::band(const Job& job, RowRange range, Workshop& workshop) const {
-    const std::size_t rowBytes = 3 * static_cast<std::size_t>(job.size.width);
+    const std::size_t rowBytes =
+        static_cast<std::size_t>(pixelBytes(job)) * static_cast<std::size_t>(job.size.width);
     EncodedBand made;
     made.bytes.resize(rowBytes * static_cast<std::size_t>(range.count()));
     workshop.rows.render(job, range, reinterpret_cast<unsigned char*>(made.bytes.data()), rowBytes);

@@ -5,8 +5,8 @@
 
 namespace render {
 
-// Binary PPM: "P6", size and depth in three lines, and then three bytes a pixel. One picture behind
-// the other is a stream that video encoders read.
+// Binary PPM: "P6", size and depth in three lines, and then three bytes a pixel, or six where the
+// depth is 16. One picture behind the other is a stream that video encoders read.
 class PpmEncoder : public Encoder {
   public:
     std::string head(const Job& job) const override;

@@ -13,7 +13,8 @@ namespace render {
 namespace {
 
 constexpr std::size_t LONGEST_CHUNK = std::size_t{1} << 28;
-constexpr std::size_t WIDTH_AT = 16, HEIGHT_AT = 20, COLOUR_AT = 25;  // in the head of a PNG
+constexpr std::size_t WIDTH_AT = 16, HEIGHT_AT = 20, DEPTH_AT = 24,
+                      COLOUR_AT = 25;  // in the head of a PNG
 constexpr char INDEXED = 3;
 
 std::uint32_t numberAt(std::string_view bytes, std::size_t at) {
@@ -26,7 +27,7 @@ std::uint32_t numberAt(std::string_view bytes, std::size_t at) {
 
 // Number of bytes that the rows of a picture with this head unpack to.
 std::uint64_t unpackedLength(std::string_view head) {
-    const std::uint64_t pixel = head[COLOUR_AT] == INDEXED ? 1 : 3;
+    const std::uint64_t pixel = head[COLOUR_AT] == INDEXED ? 1 : head[DEPTH_AT] == 16 ? 6 : 3;
     return (1 + pixel * numberAt(head, WIDTH_AT)) * numberAt(head, HEIGHT_AT);
 }
 

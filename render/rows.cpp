@@ -7,6 +7,7 @@
 
 #include "compute/saturate.h"
 #include "compute/tile_renderer.h"
+#include "render/colour_rows.h"
 #include "render/linear_light.h"
 
 namespace render {
@@ -115,7 +116,10 @@ void RowRenderer::render(const Job& job, RowRange rows, unsigned char* out, std:
         return;
     }
     if (job.band && job.band->blank) {
-        std::fill_n(out, 3 * static_cast<std::size_t>(job.size.width), std::uint8_t{0});
+        std::fill_n(
+            out,
+            static_cast<std::size_t>(pixelBytes(job)) * static_cast<std::size_t>(job.size.width),
+            std::uint8_t{0});
     } else if (job.band) {
         compute(job, {job.band->first + rows.first, job.band->first + rows.end}, out, stride);
     } else {
@@ -125,17 +129,24 @@ void RowRenderer::render(const Job& job, RowRange rows, unsigned char* out, std:
 }
 
 void RowRenderer::fadeRows(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
-    const std::size_t rowBytes = 3 * static_cast<std::size_t>(job.size.width);
+    const int pixel = pixelBytes(job);
+    const std::size_t rowBytes =
+        static_cast<std::size_t>(pixel) * static_cast<std::size_t>(job.size.width);
     other.resize(rowBytes * static_cast<std::size_t>(rows.count()));
     compute(*job.fade->from, rows, other.data(), rowBytes);
     for (int y = 0; y < rows.count(); ++y) {
         const auto row = static_cast<std::size_t>(y);
-        fade(other.data() + row * rowBytes, out + row * stride, rowBytes, *job.fade);
+        const auto mix = pixel == 3 ? fade : fadeDeep;
+        mix(other.data() + row * rowBytes, out + row * stride, rowBytes, *job.fade);
     }
 }
 
 // Rows of the whole picture.
 void RowRenderer::compute(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
+    if (job.colouring) {
+        colours.render(job, rows, out, stride);
+        return;
+    }
     const int n = job.supersample;
     const int step = std::max(SAMPLE_ROWS / n, 1);
     for (int first = rows.first; first < rows.end && !stop; first += step) {

@@ -5,25 +5,20 @@
 #include <cstddef>
 #include <vector>
 
+#include "render/colour_rows.h"
 #include "render/job.h"
 
 namespace render {
-
-// The rows from `first` up to `end` of a picture.
-struct RowRange {
-    int first = 0, end = 0;
-    int count() const { return end - first; }
-};
 
 // Computes rows of pictures, each pixel as the window computes it in a picture of this size. An
 // object serves one thread; it keeps its memory from one call to the next.
 class RowRenderer {
   public:
     // Once `stopFlag` is set a call returns soon, and what it leaves is not a picture.
-    explicit RowRenderer(const std::atomic<bool>& stopFlag) : stop(stopFlag) {}
+    explicit RowRenderer(const std::atomic<bool>& stopFlag) : stop(stopFlag), colours(stopFlag) {}
 
     // Writes red, green and blue of each pixel of these rows: row y to out + (y - rows.first) *
-    // stride, left to right. stride: bytes, at least 3 * width.
+    // stride, left to right. stride: bytes, at least pixelBytes() * width.
     void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
 
   private:
@@ -34,8 +29,9 @@ class RowRenderer {
     void averageRow(const Job& job, int sampleRow, unsigned char* out) const;
 
     const std::atomic<bool>& stop;
+    ColourRows colours;                  // of jobs with a colouring
     std::vector<unsigned char> samples;  // four bytes each, rows of the picture N times as large
-    std::vector<unsigned char> other;    // three bytes each, rows of the picture left by a fade
+    std::vector<unsigned char> other;    // rows of the picture left by a fade
 };
 
 }  // namespace render

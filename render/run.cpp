@@ -52,11 +52,6 @@ struct SetAtEnd {
     std::atomic<bool>& flag;
 };
 
-int threadCount(const RunOptions& options) {
-    if (options.threads > 0) return options.threads;
-    return std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
-}
-
 // Writes bands as they come, picture after picture.
 class Writer {
   public:
@@ -89,6 +84,11 @@ class Writer {
 
 }  // namespace
 
+int threadCount(int wanted) {
+    if (wanted > 0) return wanted;
+    return std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
+}
+
 void removeLeftoversOf(const std::vector<Job>& jobs) {
     std::set<std::string> folders;
     for (const Job& job : jobs) {
@@ -105,7 +105,7 @@ void makePictures(const std::vector<Job>& jobs, const Encoder& encoder, const Ru
     writer.begin(0);  // what cannot be written shall not be computed first
     Progress progress(!options.quiet);
     std::atomic<bool> stop{false};
-    const int threads = threadCount(options);
+    const int threads = threadCount(options.threads);
     const auto makeBand = [&](std::uint64_t index, Workshop& workshop) {
         const auto place = bands.place(index);
         const Job& job = jobs[place.picture];

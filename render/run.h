@@ -13,6 +13,9 @@ struct RunOptions {
     bool quiet = true;  // no progress bar
 };
 
+// So many threads, or as many as the machine runs at once where none are wanted.
+int threadCount(int wanted);
+
 // Removes what killed runs have left in the folders of these pictures.
 void removeLeftoversOf(const std::vector<Job>& jobs);
 

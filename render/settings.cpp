@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 
 #include "frac/json_document.h"
+#include "render/colour_settings.h"
 #include "render/failure.h"
 #include "render/shard.h"
 
@@ -67,6 +68,7 @@ json settingsOf(const Job& job) {
                    {"precision", job.precision == Precision::doubles ? "double" : "single"},
                    {"supersample", job.supersample}};
     if (!job.palette->colours.empty()) object["colours"] = job.palette->colours;
+    if (job.colouring) addColourSettings(job.colouring->wanted(), object);
     if (job.band) object["band"] = bandSettings(*job.band);
     if (job.fade) {
         object["fade"] = {job.fade->step, job.fade->steps};
@@ -85,6 +87,7 @@ Settings readSettings(const json& object) {
             wholeNumber(object["supersample"], 1, MOST_SUPERSAMPLE, "supersample");
     }
     if (object.contains("colours")) settings.colours = readColours(object["colours"]);
+    settings.colouring = readColourSettings(object);
     return settings;
 }
 

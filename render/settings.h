@@ -18,11 +18,13 @@ struct Settings {
     std::optional<Precision> precision;
     std::optional<int> supersample;
     std::vector<Colour> colours;  // of a .map file
+    WantedColours colouring;
 };
 
 // {"size": [W, H], "precision": "double", "supersample": N, "colours": [[R, G, B], ...]}, colours
-// only where there are some. A band adds "band" (see render/shard.h), a frame of a cross-fade
-// "fade": [step, steps] and "from", the entry that fades.
+// only where there are some, and with a colouring what render/colour_settings.h says. A band adds
+// "band" (see render/shard.h), a frame of a cross-fade "fade": [step, steps] and "from", the entry
+// that fades.
 nlohmann::json settingsOf(const Job& job);
 
 // The settings that such an object holds, or none of null. Other keys are skipped. A value that is

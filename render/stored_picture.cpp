@@ -42,11 +42,15 @@ struct StoredPicture::Reader {
     Reader(const Reader&) = delete;
     Reader& operator=(const Reader&) = delete;
 
-    bool readHead() {
+    bool readHead(bool deep) {
         if (setjmp(png_jmpbuf(png)) != 0) return false;
         png_read_info(png, info);
         png_set_expand(png);
-        png_set_strip_16(png);
+        if (deep) {
+            png_set_expand_16(png);
+        } else {
+            png_set_strip_16(png);
+        }
         png_set_strip_alpha(png);
         png_set_gray_to_rgb(png);
         png_read_update_info(png, info);
@@ -70,11 +74,11 @@ struct StoredPicture::Reader {
     png_infop info = nullptr;
 };
 
-StoredPicture::StoredPicture(const std::string& path) : name(path) {
+StoredPicture::StoredPicture(const std::string& path, bool deep) : name(path) {
     FILE* file = std::fopen(path.c_str(), "rbe");
     if (file == nullptr) throw Failure(path + ": cannot be read: " + std::strerror(errno));
     reader = std::make_unique<Reader>(file);
-    if (!reader->readHead()) fail();
+    if (!reader->readHead(deep)) fail();
 }
 
 StoredPicture::~StoredPicture() = default;
@@ -98,7 +102,7 @@ void StoredPicture::finish() {
 
 void StackedRows::open() {
     const Part& part = parts.at(current);
-    picture = std::make_unique<StoredPicture>(part.path);
+    picture = std::make_unique<StoredPicture>(part.path, deep);
     if (picture->size() != part.size) {
         throw Failure(part.path + ": not of the size that it tells of");
     }

@@ -15,7 +15,8 @@ namespace render {
 // no PNG, is interlaced, or is not whole.
 class StoredPicture {
   public:
-    explicit StoredPicture(const std::string& path);
+    // deep: six bytes a pixel, the greater of two first, rather than three.
+    explicit StoredPicture(const std::string& path, bool deep = false);
     ~StoredPicture();
     StoredPicture(const StoredPicture&) = delete;
     StoredPicture& operator=(const StoredPicture&) = delete;
@@ -43,7 +44,8 @@ class StackedRows : public RowSource {
     };
 
     // parts: from the top down.
-    explicit StackedRows(std::vector<Part> pictures) : parts(std::move(pictures)) {}
+    explicit StackedRows(std::vector<Part> pictures, bool ofSixteenBits = false)
+        : parts(std::move(pictures)), deep(ofSixteenBits) {}
 
     void read(int first, int end, unsigned char* out, std::size_t stride) override;
 
@@ -51,6 +53,7 @@ class StackedRows : public RowSource {
     void open();
 
     const std::vector<Part> parts;
+    const bool deep;
     std::size_t current = 0;  // the part that is read or comes next
     int left = 0;             // its rows still to come; 0 while it is not open
     std::unique_ptr<StoredPicture> picture;

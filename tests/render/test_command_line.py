@@ -6,8 +6,9 @@ import unittest
 from render_command import RENDER, RenderTest, record
 
 OPTIONS = ["--entry", "--size", "--fit", "--supersample", "--single", "--double", "--palette",
-           "--limit", "--output", "--compress", "--metadata", "--threads", "--quiet", "--help",
-           "--version"]
+           "--limit", "--colour", "--escape", "--gradient", "--blend", "--scale", "--period",
+           "--range", "--offset", "--inside", "--depth", "--dither", "--counts", "--values", "--swatch",
+           "--output", "--compress", "--metadata", "--threads", "--quiet", "--help", "--version"]
 
 
 class Help(RenderTest):
@@ -51,6 +52,19 @@ class Mistakes(RenderTest):
             "--palette": ["rainbow", "", ".map", "file.txt"],
             "--compress": ["best", "9", ""],
             "--metadata": ["some", ""],
+            "--colour": ["banded", "", "Smooth"],
+            "--escape": ["0", "-1", "x", "1e31", "nan", ""],
+            "--gradient": ["rainbow", "", "Tide"],
+            "--blend": ["lab", ""],
+            "--scale": ["cube", ""],
+            "--period": ["0", "-1", "x", "1e16", ""],
+            "--range": ["full", ""],
+            "--offset": ["x", "1e16", "nan", ""],
+            "--inside": ["black", "#12345", "#1234567", "#12345g", "123456", ""],
+            "--depth": ["0", "12", "16.0", ""],
+            "--dither": ["noise", ""],
+            "--counts": [""],
+            "--values": [""],
         }
         for option, values in bad.items():
             for value in values:
@@ -67,6 +81,22 @@ class Mistakes(RenderTest):
         self.fails(2, "-", "--single", "--double")
         self.fails(2, "-", "--size", "5", "--size", "6")
         self.fails(2, "-", "--entry", "1-2", "-o", "-")
+
+    def test_what_makes_no_sense_with_colours_and_numbers(self):
+        for options in (["--palette", "rgb", "--colour", "smooth"],
+                        ["--palette", "rgb", "--gradient", "grey"], ["--period", 5],
+                        ["--scale", "log"], ["--blend", "srgb"], ["--offset", 1],
+                        ["--inside", "#ffffff"],
+                        ["--range", "auto"],
+                        ["--range", "auto", "--period", 5, "--colour", "smooth"], ["--dither", "none"],
+                        ["--counts", "a.npy", "--values", "b.npy"],
+                        ["--counts", "a.npy", "-o", "b.npy"], ["--values", "a.npy", "--film"],
+                        ["--values", "a.npy", "--supersample", 2],
+                        ["--counts", "a.npy", "--shard", "1/2"], ["--swatch", "a.png"]):
+            with self.subTest(options=options):
+                self.assertIn(options[0], self.fails(2, "-", *options, data=record()))
+        self.fails(2, "--swatch", "a.png", "--film")
+        self.assertEqual(self.names(), [])
 
     def test_a_message_stays_one_line_whatever_the_value_is(self):
         self.assertIn("a?b?[m", self.fails(2, "-", "--size", "a\nb\x1b[m"))

@@ -28,7 +28,7 @@ class Examples(RenderTest):
         for command in commands(text):
             # Small enough for a test.
             small = re.sub(r"--size (\d+)(x\d+)?", lambda m: "--size 64" + ("x48" if m[2] else ""), command)
-            if "--size" not in small and "--join" not in small:
+            if "--size" not in small and "--swatch" not in small and "--join" not in small:
                 small += " --size 64"
             with self.subTest(command=command):
                 done = subprocess.run(["bash", "-o", "pipefail", "-c", small], cwd=self.folder,
@@ -83,6 +83,8 @@ class Completion(RenderTest):
         self.write("b.frac", "")
         self.assertEqual(self.offered("--fit", "c"), ["contain", "cover"])
         self.assertEqual(self.offered("--palette", ""), ["random", "rgb", "a.map"])
+        self.assertEqual(self.offered("--gradient", "g"), ["glacier", "grey"])
+        self.assertIn("a.map", self.offered("--gradient", ""))
         self.assertEqual(self.offered("--size", ""), [])
         self.assertEqual(sorted(self.offered("")), ["a.map", "b.frac"])
 

@@ -1,0 +1,155 @@
+#include "render/colour_rows.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "compute/pixels.h"
+#include "compute/value_tile.h"
+#include "render/colour_curves.h"
+
+namespace render {
+namespace {
+
+constexpr int SAMPLE_ROWS = 16;  // as many as the tile renderers work best with
+
+template <class T>
+void computeAs(const Job& job, RowRange rows, bool values, const std::atomic<bool>& stop,
+               NumberRows& out) {
+    const fractal& v = job.view;
+    const int width = job.size.width * job.supersample;
+    const ValueTile<T> tile{0,
+                            rows.first,
+                            width,
+                            rows.end,
+                            width,
+                            wholeSize(job).height * job.supersample,
+                            static_cast<T>(v.xMin),
+                            static_cast<T>(v.xMax),
+                            static_cast<T>(v.yMin),
+                            static_cast<T>(v.yMax),
+                            static_cast<T>(v.cx),
+                            static_cast<T>(v.cy),
+                            static_cast<T>(escapeBound(v, job.colouring->wanted())),
+                            v.maxIters,
+                            values ? nullptr : out.counts.data(),
+                            values ? out.values.data() : nullptr,
+                            0,
+                            rows.first,
+                            width,
+                            &stop};
+    renderValues(tile, v.fractalType);
+}
+
+// The colours of samples.
+class Samples {
+  public:
+    Samples(const Job& which, const NumberRows& from) : job(which), numbers(from) {}
+
+    Levels at(std::size_t n) const {
+        const Colouring& how = *job.colouring;
+        if (how.isSmooth()) return how.of(numbers.values[n]);
+        const int count = numbers.counts[n];
+        if (count >= job.view.maxIters) return how.inside();
+        return how.hasGradient() ? how.of(count) : ofPalette(count);
+    }
+
+    // The average, in linear light, of the samples from n on.
+    Levels average(std::size_t n) const {
+        const int side = job.supersample;
+        const auto stride = static_cast<std::size_t>(job.size.width * side);
+        Levels sum{};
+        for (int y = 0; y < side; ++y, n += stride) {
+            for (int x = 0; x < side; ++x) add(at(n + static_cast<std::size_t>(x)), sum);
+        }
+        for (double& light : sum) light = levelOf(light / (side * side));
+        return sum;
+    }
+
+  private:
+    Levels ofPalette(int count) const {
+        const unsigned char* entry = job.palette->table.data() + 4 * (count % PALETTE_ENTRIES);
+        return {entry[0] / 255.0, entry[1] / 255.0, entry[2] / 255.0};
+    }
+
+    static void add(const Levels& colour, Levels& sum) {
+        for (std::size_t c = 0; c < 3; ++c) sum[c] += lightOf(colour[c]);
+    }
+
+    const Job& job;
+    const NumberRows& numbers;
+};
+
+unsigned deepLevel(const unsigned char* at) {
+    return unsigned{at[0]} << 8U | at[1];
+}
+
+void putDeep(double level, unsigned char* out) {
+    const auto whole = static_cast<unsigned>(std::clamp(level, 0.0, 1.0) * 65535 + 0.5);
+    out[0] = static_cast<unsigned char>(whole >> 8U);
+    out[1] = static_cast<unsigned char>(whole & 0xffU);
+}
+
+}  // namespace
+
+void computeNumbers(const Job& job, RowRange rows, bool values, const std::atomic<bool>& stop,
+                    NumberRows& out) {
+    const auto elements = static_cast<std::size_t>(rows.count()) *
+                          static_cast<std::size_t>(job.size.width * job.supersample);
+    if (values) {
+        out.values.resize(elements);
+    } else {
+        out.counts.resize(elements);
+    }
+    if (job.precision == Precision::doubles) {
+        computeAs<double>(job, rows, values, stop, out);
+    } else {
+        computeAs<float>(job, rows, values, stop, out);
+    }
+}
+
+void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigned char* out) {
+    const double rounding = how.isDithered() ? ditherThreshold(x, y) : 0.5;
+    for (int c = 0; c < 3; ++c) {
+        const double level = colour[static_cast<std::size_t>(c)];
+        if (how.isDeep()) {
+            putDeep(level, out + 2 * c);
+        } else {
+            out[c] = static_cast<unsigned char>(
+                static_cast<int>(std::clamp(level, 0.0, 1.0) * 255 + rounding));
+        }
+    }
+}
+
+int pixelBytes(const Job& job) {
+    return job.colouring && job.colouring->isDeep() ? 6 : 3;
+}
+
+void ColourRows::render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
+    const int n = job.supersample, pixel = pixelBytes(job);
+    const int step = std::max(SAMPLE_ROWS / n, 1);
+    const Samples samples(job, numbers);
+    for (int first = rows.first; first < rows.end && !stop; first += step) {
+        const int end = std::min(first + step, rows.end);
+        computeNumbers(job, {first * n, end * n}, job.colouring->isSmooth(), stop, numbers);
+        std::size_t sample = 0;
+        for (int y = first; y < end; ++y, out += stride) {
+            for (int x = 0; x < job.size.width; ++x, sample += static_cast<std::size_t>(n)) {
+                putLevels(n == 1 ? samples.at(sample) : samples.average(sample), *job.colouring, x,
+                          y, out + x * pixel);
+            }
+            sample +=
+                static_cast<std::size_t>((n - 1) * n) * static_cast<std::size_t>(job.size.width);
+        }
+    }
+}
+
+void fadeDeep(const unsigned char* from, unsigned char* row, std::size_t bytes, const Fade& how) {
+    const double own = static_cast<double>(how.step) / how.steps;
+    for (std::size_t n = 0; n < bytes; n += 2) {
+        const double light = own * lightOf(deepLevel(row + n) / 65535.0) +
+                             (1 - own) * lightOf(deepLevel(from + n) / 65535.0);
+        putDeep(levelOf(light), row + n);
+    }
+}
+
+}  // namespace render

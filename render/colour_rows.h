@@ -1,0 +1,47 @@
+// The pixels of pictures whose colours are not the window's: from counts or values over a gradient
+// or a palette to levels of 8 or 16 bits.
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "render/job.h"
+
+namespace render {
+
+// Counts and values of rows of a picture. Elements lie row behind row without gaps.
+struct NumberRows {
+    std::vector<std::int32_t> counts;  // empty when not asked for
+    std::vector<double> values;
+};
+
+// Computes those of rows `rows` of the picture with `samples` samples a side for each pixel.
+void computeNumbers(const Job& job, RowRange rows, bool values, const std::atomic<bool>& stop,
+                    NumberRows& out);
+
+// Computes rows of pictures with a colouring. An object serves one thread.
+class ColourRows {
+  public:
+    explicit ColourRows(const std::atomic<bool>& stopFlag) : stop(stopFlag) {}
+
+    // Writes three levels a pixel of rows of the whole picture, row y to out + (y - rows.first) *
+    // stride; levels of 16 bits are two bytes, the greater one first.
+    void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
+
+  private:
+    const std::atomic<bool>& stop;
+    NumberRows numbers;
+};
+
+// A row of colours as such levels. y: in the whole picture.
+void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigned char* out);
+
+// Number of bytes of a pixel: 3 or 6.
+int pixelBytes(const Job& job);
+
+// Mixes the light of `from` into `row`, both of levels of 16 bits.
+void fadeDeep(const unsigned char* from, unsigned char* row, std::size_t bytes, const Fade& how);
+
+}  // namespace render

@@ -1,0 +1,279 @@
+#include "render/gradient.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "render/colour_curves.h"
+#include "render/failure.h"
+
+namespace {
+
+using render::Blend;
+using render::Gradient;
+using render::Levels;
+using render::Segment;
+
+// The curve of IEC 61966-2-1 and its inverse by the C library, to judge by.
+double lightByLibrary(double v) {
+    return v <= 0.04045 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+}
+
+double levelByLibrary(double light) {
+    return light <= 0.04045 / 12.92 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+}
+
+TEST(Curves, AreThoseOfSrgb) {
+    for (int n = 0; n <= 100000; ++n) {
+        const double x = n / 100000.0;
+        ASSERT_NEAR(render::lightOf(x), lightByLibrary(x), 3e-7) << x;
+        ASSERT_NEAR(render::levelOf(x), levelByLibrary(x), 3e-7) << x;
+    }
+}
+
+TEST(Curves, TakeWhatLiesOutsideAsTheEnds) {
+    for (const auto curve : {render::lightOf, render::levelOf}) {
+        EXPECT_EQ(curve(-1), 0);
+        EXPECT_EQ(curve(std::nan("")), 0);
+        EXPECT_NEAR(curve(7), 1, 1e-15);
+    }
+}
+
+TEST(Curves, HaveASineNearTheTrueOne) {
+    for (int n = -2000; n <= 2000; ++n) {
+        EXPECT_NEAR(render::sine(n / 1000.0), std::sin(n / 1000.0), 1e-15);
+    }
+}
+
+// What is said of a text that is no gradient.
+std::string complaint(const std::string& text) {
+    try {
+        render::readGradient(text);
+        return "none";
+    } catch (const render::Failure& failure) {
+        return failure.what();
+    }
+}
+
+TEST(StopsAsText, AreToldByTheColumnOfTheirMistake) {
+    EXPECT_EQ(complaint("#000764 0, #206bcb 0.16, #edffff 0.42"), "none");
+    EXPECT_EQ(complaint("  #000764\t0 , #206bcb 1 "), "none");
+    EXPECT_EQ(complaint("#00076 0"), "column 1: expected a colour such as #206bcb");
+    EXPECT_EQ(complaint("#00076g 0"), "column 1: expected a colour such as #206bcb");
+    EXPECT_EQ(complaint("#000764 0, 206bcb 1"), "column 12: expected a colour such as #206bcb");
+    EXPECT_EQ(complaint("#000764 0,"), "column 11: expected a colour such as #206bcb");
+    EXPECT_EQ(complaint("#000764 0, "), "column 12: expected a colour such as #206bcb");
+    EXPECT_EQ(complaint("#000764"), "column 8: expected a place from 0 to 1");
+    EXPECT_EQ(complaint("#0007640"), "column 8: expected a place from 0 to 1");
+    EXPECT_EQ(complaint("#000764 x"), "column 9: expected a place from 0 to 1");
+    EXPECT_EQ(complaint("#000764 -0.1"), "column 9: expected a place from 0 to 1");
+    EXPECT_EQ(complaint("#000764   1.5"), "column 11: expected a place from 0 to 1");
+    EXPECT_EQ(complaint("#000764 nan"), "column 9: expected a place from 0 to 1");
+    EXPECT_EQ(complaint("#000764 0 #206bcb 1"), "column 11: expected a comma or the end");
+    EXPECT_EQ(complaint("#000764 0; #206bcb 1"), "column 10: expected a comma or the end");
+    EXPECT_EQ(complaint("#000764 0.5, #206bcb 0.25"), "column 22: expected a place not before 0.5");
+    EXPECT_EQ(complaint("é #000764 0"), "column 1: expected a colour such as #206bcb");
+    EXPECT_EQ(complaint("#000764 0é"), "column 10: expected a comma or the end");
+    EXPECT_EQ(complaint("#000764 0, é"), "column 12: expected a colour such as #206bcb");
+}
+
+TEST(AnUnknownName, IsToldWithThoseThatAre) {
+    for (const auto& name : render::gradientNames()) {
+        EXPECT_NE(complaint("rainbow").find(name), std::string::npos);
+    }
+}
+
+void expectColour(const Levels& actual, const Levels& expected, double tolerance) {
+    for (std::size_t c = 0; c < 3; ++c) EXPECT_NEAR(actual[c], expected[c], tolerance) << c;
+}
+
+TEST(Stops, HaveTheirColoursAtTheirPlacesAndTurnFollowsTurn) {
+    const Gradient gradient = render::readGradient("#ff0000 0.25, #0000ff 0.75");
+    for (const Blend blend : {Blend::oklab, Blend::linear, Blend::srgb}) {
+        expectColour(gradient.at(0.25, blend), {1, 0, 0}, 1e-12);
+        expectColour(gradient.at(0.75, blend), {0, 0, 1}, 1e-12);
+        expectColour(gradient.at(0, blend), gradient.at(1, blend), 1e-12);
+        expectColour(gradient.at(0, blend), gradient.at(0.5, blend), 1e-12);
+    }
+    expectColour(gradient.at(0.5, Blend::srgb), {0.5, 0, 0.5}, 1e-12);
+    const double half = levelByLibrary(0.5);
+    expectColour(gradient.at(0.5, Blend::linear), {half, 0, half}, 1e-6);
+}
+
+TEST(TwoStopsAtOnePlace, MakeAnEdge) {
+    const Gradient gradient =
+        render::readGradient("#000000 0, #000000 0.5, #ffffff 0.5, #ffffff 1");
+    EXPECT_EQ(gradient.at(0.4999999, Blend::srgb)[0], 0);
+    EXPECT_EQ(gradient.at(0.5, Blend::srgb)[0], 1);
+}
+
+// Oklab as its author gives it, in the C library's functions.
+Levels mixedInOklab(const Levels& a, const Levels& b, double share) {
+    const auto toLab = [](const Levels& levels) {
+        const double r = lightByLibrary(levels[0]), g = lightByLibrary(levels[1]),
+                     bl = lightByLibrary(levels[2]);
+        const double l = std::cbrt(0.4122214708 * r + 0.5363325363 * g + 0.0514459929 * bl);
+        const double m = std::cbrt(0.2119034982 * r + 0.6806995451 * g + 0.1073969566 * bl);
+        const double s = std::cbrt(0.0883024619 * r + 0.2817188376 * g + 0.6299787005 * bl);
+        return Levels{0.2104542553 * l + 0.7936177850 * m - 0.0040720468 * s,
+                      1.9779984951 * l - 2.4285922050 * m + 0.4505937099 * s,
+                      0.0259040371 * l + 0.7827717662 * m - 0.8086757660 * s};
+    };
+    const Levels p = toLab(a), q = toLab(b);
+    Levels lab{};
+    for (std::size_t c = 0; c < 3; ++c) lab[c] = p[c] + share * (q[c] - p[c]);
+    const double l = std::pow(lab[0] + 0.3963377774 * lab[1] + 0.2158037573 * lab[2], 3);
+    const double m = std::pow(lab[0] - 0.1055613458 * lab[1] - 0.0638541728 * lab[2], 3);
+    const double s = std::pow(lab[0] - 0.0894841775 * lab[1] - 1.2914855480 * lab[2], 3);
+    const Levels light = {4.0767416621 * l - 3.3077115913 * m + 0.2309699292 * s,
+                          -1.2684380046 * l + 2.6097574011 * m - 0.3413193965 * s,
+                          -0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s};
+    Levels out{};
+    for (std::size_t c = 0; c < 3; ++c) {
+        out[c] = levelByLibrary(std::min(std::max(light[c], 0.0), 1.0));
+    }
+    return out;
+}
+
+TEST(MixingInOklab, IsThatOfItsAuthor) {
+    const Gradient gradient = render::readGradient("#206bcb 0, #edb013 1");
+    const Levels a = {32 / 255.0, 107 / 255.0, 203 / 255.0},
+                 b = {237 / 255.0, 176 / 255.0, 19 / 255.0};
+    for (int n = 0; n <= 100; ++n) {
+        expectColour(gradient.at(n / 100.0, Blend::oklab), mixedInOklab(a, b, n / 100.0), 1e-6);
+    }
+}
+
+TEST(AGradient, IsMadeAgainFromItsText) {
+    std::vector<std::string> texts = render::gradientNames();
+    texts.emplace_back("#000764 0.1, #206bcb 0.123456789012345, #edffff 0.42");
+    texts.emplace_back(
+        "GIMP Gradient\nName: a\n2\n0 0.1 0.3 1 0 0 1 0 1 0 1 1 0\n"
+        "0.300000 0.5 1.000000 0.25 0 0 1 0 1 0.125 1 4 2 0 0\n");
+    for (const std::string& text : texts) {
+        const Gradient gradient = render::readGradient(text);
+        const Gradient again = render::readGradient(gradient.text());
+        EXPECT_EQ(gradient.text(), again.text());
+        EXPECT_EQ(gradient.usualBlend(), again.usualBlend());
+        for (int n = 0; n <= 997; ++n) {
+            EXPECT_EQ(gradient.at(n / 997.0, Blend::oklab), again.at(n / 997.0, Blend::oklab));
+        }
+    }
+}
+
+// Lightness alone tells the places of the gradients for colour-blind eyes apart, on each half.
+TEST(TheLastTwoGradients, GrowLighterToTheMiddleAndDarkerBehindIt) {
+    const auto lightness = [](const Levels& colour) {
+        return 0.2126 * lightByLibrary(colour[0]) + 0.7152 * lightByLibrary(colour[1]) +
+               0.0722 * lightByLibrary(colour[2]);
+    };
+    for (const char* name : {"beacon", "harbour"}) {
+        const Gradient gradient = render::readGradient(name);
+        for (int n = 0; n < 100; ++n) {
+            const auto at = [&](int i) { return lightness(gradient.at(i / 200.0, Blend::oklab)); };
+            EXPECT_LT(at(n), at(n + 1)) << name << n;
+            EXPECT_GT(at(100 + n), at(101 + n)) << name << n;
+        }
+    }
+}
+
+TEST(TheGreyGradient, IsGrey) {
+    const Gradient gradient = render::readGradient("grey");
+    for (int n = 0; n <= 100; ++n) {
+        const Levels c = gradient.at(n / 100.0, Blend::oklab);
+        EXPECT_NEAR(c[0], c[1], 1e-6);
+        EXPECT_NEAR(c[0], c[2], 1e-6);
+    }
+}
+
+// GIMP's documented factors: `middle` and `pos` within a segment of length 1.
+double gimpFactor(int blending, double middle, double pos) {
+    const double linear =
+        pos <= middle ? 0.5 * pos / middle : 0.5 + 0.5 * (pos - middle) / (1 - middle);
+    const double pi = std::acos(-1.0);
+    switch (blending) {
+        case 1:
+            return std::pow(pos, std::log(0.5) / std::log(middle));
+        case 2:
+            return (std::sin(-pi / 2 + pi * linear) + 1) / 2;
+        case 3:
+            return std::sqrt(1 - (linear - 1) * (linear - 1));
+        case 4:
+            return 1 - std::sqrt(1 - linear * linear);
+        case 5:
+            return pos >= middle ? 1 : 0;
+        default:
+            return linear;
+    }
+}
+
+TEST(GimpsBlendings, FollowItsFormulas) {
+    for (int blending = 0; blending <= 5; ++blending) {
+        for (const double middle : {0.1, 0.35, 0.5, 0.8}) {
+            for (int n = 0; n <= 1000; ++n) {
+                Segment segment;
+                segment.left = 0.25;
+                segment.right = 0.75;
+                segment.middle = 0.25 + middle / 2;
+                segment.blending = static_cast<Segment::Blending>(blending);
+                const double pos = (n + 0.5) / 1001;
+                EXPECT_NEAR(shareAt(segment, 0.25 + pos / 2), gimpFactor(blending, middle, pos),
+                            1e-12)
+                    << blending << " " << middle << " " << pos;
+            }
+        }
+    }
+}
+
+TEST(GimpsBlendings, StandTheMiddleAtAnEnd) {
+    for (int blending = 0; blending <= 5; ++blending) {
+        for (const double middle : {0.0, 1.0}) {
+            Segment segment;
+            segment.middle = middle;
+            segment.blending = static_cast<Segment::Blending>(blending);
+            for (const double pos : {0.0, 0.3, 1.0}) {
+                const double share = shareAt(segment, pos);
+                EXPECT_TRUE(share >= -1e-12 && share <= 1 + 1e-12) << blending << middle << pos;
+            }
+        }
+    }
+}
+
+Gradient gimp(const std::string& colours, int colouring) {
+    return render::readGradient("GIMP Gradient\n1\n0 0.5 1 " + colours + " 0 " +
+                                std::to_string(colouring) + "\n");
+}
+
+TEST(GimpsColourings, GoTheirWaysRoundTheHues) {
+    const std::string redToBlue = "1 0 0 1  0 0 1 1";
+    expectColour(gimp(redToBlue, 0).at(0.5, Blend::srgb), {0.5, 0, 0.5}, 1e-12);
+    expectColour(gimp(redToBlue, 1).at(0.5, Blend::srgb), {0, 1, 0}, 1e-12);  // over green
+    expectColour(gimp(redToBlue, 2).at(0.5, Blend::srgb), {1, 0, 1}, 1e-12);  // over magenta
+    expectColour(gimp(redToBlue, 1).at(0.25, Blend::srgb), {1, 1, 0}, 1e-12);
+    expectColour(gimp("0 0 1 1  1 0 0 1", 1).at(0.5, Blend::srgb), {1, 0, 1}, 1e-12);
+    expectColour(gimp("0 0 1 1  1 0 0 1", 2).at(0.5, Blend::srgb), {0, 1, 0}, 1e-12);
+    // Hue 60, saturation 0.75 and value 0.6: all three go straight.
+    expectColour(gimp("0.8 0 0 1  0.2 0.4 0.2 1", 1).at(0.5, Blend::srgb), {0.6, 0.6, 0.15}, 1e-12);
+}
+
+TEST(AGimpFile, IsToldByTheLineOfItsMistake) {
+    const std::string good = "GIMP Gradient\nName: x\n1\n0 0.5 1 1 0 0 1 0 0 1 1 0 0 0 0\n";
+    EXPECT_EQ(complaint(good), "none");
+    const auto with = [&](const std::string& from, const std::string& to) {
+        std::string text = good;
+        text.replace(text.find(from), from.size(), to);
+        return complaint(text).substr(0, 7);
+    };
+    EXPECT_EQ(with("\n1\n", "\n0\n"), "line 3:");
+    EXPECT_EQ(with("\n1\n", "\n2\n"), "line 5:");
+    EXPECT_EQ(with("0 0.5 1", "0 0.5 0.9"), "line 4:");
+    EXPECT_EQ(with("0 0.5 1", "0.1 0.5 1"), "line 4:");
+    EXPECT_EQ(with("0 0.5 1", "0 1.5 1"), "line 4:");
+    EXPECT_EQ(with("1 1 0 0 0 0", "1 1 6 0 0 0"), "line 4:");
+    EXPECT_EQ(with("1 1 0 0 0 0", "1 1 0 3 0 0"), "line 4:");
+    EXPECT_EQ(with("1 0 0 1 0", "1 0 x 1 0"), "line 4:");
+    EXPECT_EQ(with("1 1 0 0 0 0", "1"), "line 4:");
+    EXPECT_EQ(with("1 0 0 1 0", "2 0 0 1 0"), "line 4:");
+}
+
+}  // namespace
