@@ -10,7 +10,7 @@ import harness
 import numpy as np
 
 POCL = "/etc/OpenCL/vendors/pocl.icd"
-LAYER = os.path.join(harness.BUILD, "tests", "opencl", "libtessary_opencl_layer.so")
+LAYER = os.path.join(harness.BUILD, "tests", "backends", "opencl", "libtessary_opencl_layer.so")
 # What pocl 3 and pocl 6 call the devices "basic", which comes first, and "pthread".
 FIRST = r"(basic|cpu-minimal)-"
 SECOND = r"(pthread|cpu)-(?!minimal)"
