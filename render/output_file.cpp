@@ -95,8 +95,8 @@ OutputFile::OutputFile(const std::string& path) : name(path) {
         name = "standard output";
         file = STDOUT_FILENO;
 #ifdef F_SETPIPE_SZ
-        // A pipe holds 64 KiB, and whoever reads a film would be waited for a hundred times a frame.
-        // What is no pipe, or may not be larger, stays as it is.
+        // A pipe holds 64 KiB, and whoever reads a film would be waited for a hundred times a
+        // frame. What is no pipe, or may not be larger, stays as it is.
         constexpr int LARGEST_FOR_EVERYBODY = 1 << 20;
         fcntl(file, F_SETPIPE_SZ, LARGEST_FOR_EVERYBODY);
 #endif
