@@ -245,6 +245,8 @@ bool Reader::parse_error(std::size_t position, const std::string&,
 
 Document readDocument(std::string_view text) {
     if (text.size() > LONGEST_DOCUMENT) throw JsonError(1, 1, "expected at most 1 GiB");
+    // Of no text at all versions of the library make different things.
+    if (text.empty()) throw JsonError(1, 1, "syntax error - unexpected end of input; expected '{'");
     Reader reader(text);
     json::sax_parse(text, &reader);
     return std::move(reader.document);
