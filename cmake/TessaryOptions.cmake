@@ -18,4 +18,10 @@ if(TESSARY_SANITIZE)
   target_compile_options(tessary_options INTERFACE
     -fsanitize=${TESSARY_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tessary_options INTERFACE -fsanitize=${TESSARY_SANITIZE})
+else()
+  include(cmake/TessaryHardening.cmake)
+  tessary_harden(tessary_options)
 endif()
+
+# The containers of the standard library check their indices.
+target_compile_definitions(tessary_options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
