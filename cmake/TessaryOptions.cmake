@@ -25,3 +25,10 @@ endif()
 
 # The containers of the standard library check their indices.
 target_compile_definitions(tessary_options INTERFACE $<$<CONFIG:Debug>:_GLIBCXX_ASSERTIONS>)
+
+option(TESSARY_COVERAGE "Count which lines and branches run (gcc)" OFF)
+if(TESSARY_COVERAGE)
+  # Workers count the same lines at the same time.
+  target_compile_options(tessary_options INTERFACE --coverage -fprofile-update=prefer-atomic)
+  target_link_options(tessary_options INTERFACE --coverage)
+endif()

@@ -328,6 +328,93 @@ class Testing(ScriptTest):
         self.assertEqual(self.calls("ctest"), [])
 
 
+    def test_one_label_is_built_and_run_alone(self):
+        self.call("test", "--asan", "--only", "memory", BUILD="yes")
+        built = [call for call in self.calls("ninja") if " -n " not in call]
+        self.assertEqual([call.split()[-1] for call in built], ["tests-memory"])
+        self.assertTrue(self.calls("ctest")[0].endswith("-L ^memory$"))
+
+    def test_the_programs_alone_run_no_test(self):
+        done = self.call("test", "--clang", "--only", "programs", BUILD="yes")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("tests-programs", self.calls("ninja")[-1])
+        self.assertEqual(self.calls("ctest"), [])
+
+    def test_coverage_is_told_after_the_tests_whose_status_is_passed_on(self):
+        self.stand_in("tools/gcovr", "echo 'lines: 100 %'")
+        done = self.call("test", "--coverage", CTEST_STATUS="8")
+        self.assertEqual((done.returncode, done.stdout), (8, "tests passed\nlines: 100 %\n"))
+
+
+class Linting(ScriptTest):
+    TOOLS = {"cppcheck": "cppcheck", "run-clang-tidy": "clang-tidy", "python3": "analyzer"}
+
+    def setUp(self):
+        super().setUp()
+        for tool in self.TOOLS:
+            self.stand_in(f"tools/{tool}", f'[[ " $FINDING " != *" {tool} "* ]]')
+
+    def test_every_tool_looks_and_nothing_found_is_success(self):
+        self.assertEqual(self.call("test", "--lint").returncode, 0)
+        for tool in self.TOOLS:
+            self.assertEqual(len(self.calls(tool)), 1)
+
+    def test_what_one_tool_finds_keeps_no_other_from_looking(self):
+        for tool, name in self.TOOLS.items():
+            with self.subTest(tool=tool):
+                done = self.call("test", "--lint", FINDING=tool)
+                self.assertEqual(done.returncode, 1)
+                self.assertIn(f"test: {name} found something", done.stderr)
+        self.assertEqual([len(self.calls(tool)) for tool in self.TOOLS], [3, 3, 3])
+
+    def test_one_tool_can_be_asked_alone(self):
+        self.call("test", "--lint", "cppcheck")
+        self.assertEqual([len(self.calls(tool)) for tool in self.TOOLS], [1, 0, 0])
+
+
+class Gate(ScriptTest):
+    """.ci/run, with a stand-in for ./test."""
+
+    STAGES = 7
+
+    def setUp(self):
+        super().setUp()
+        os.mkdir(os.path.join(self.root, ".ci"))
+        shutil.copy(os.path.join(SOURCE, ".ci", "run"), os.path.join(self.root, ".ci"))
+        self.stand_in("test", '[[ $* != "$SLOW" ]] || sleep 60; [[ $* != "$BAD" ]]')
+
+    def gate(self, **environment):
+        done = self.call(".ci/run", SLOW=environment.pop("SLOW", "none"),
+                         BAD=environment.pop("BAD", "none"), **environment)
+        told = [line for line in done.stdout.splitlines() if line.startswith("ci: ")]
+        return done.returncode, told
+
+    def test_the_plain_tests_come_first_and_every_stage_is_a_line(self):
+        status, told = self.gate()
+        self.assertEqual((status, len(told)), (0, self.STAGES))
+        self.assertEqual(self.calls("test")[0].strip(), "test")
+        for line in told:
+            self.assertRegex(line, r"^ci: .*: passed in \d+ min \d+ s$")
+
+    def test_a_stage_that_fails_fails_the_run_and_stops_none_of_the_others(self):
+        for stage in ("", "--asan --only memory", "--lint clang-tidy"):
+            with self.subTest(stage=stage):
+                status, told = self.gate(BAD=stage)
+                self.assertEqual((status, len(told)), (1, self.STAGES))
+                self.assertEqual(sum("FAILED with status 1" in line for line in told), 1)
+
+    def test_what_the_time_does_not_suffice_for_is_left_out_and_named(self):
+        status, told = self.gate(CI_SECONDS="60")
+        self.assertEqual((status, len(told)), (0, self.STAGES))
+        self.assertEqual(self.calls("test"), ["test"])
+        self.assertIn("left out for want of time; by hand: ./test --asan --only memory", told[1])
+
+    def test_tests_that_take_all_the_time_are_a_failure(self):
+        status, told = self.gate(SLOW="", CI_SECONDS="1")
+        self.assertEqual(status, 1)
+        self.assertRegex(told[0], "^ci: tests: given up after .* for want of time; by hand: ./test$")
+
+
 class Syntax(unittest.TestCase):
     def test_the_shell_accepts_every_script(self):
         for name in ("run", "test", ".ci/run", "packaging/setup.sh", "packaging/virtual_display.sh"):
