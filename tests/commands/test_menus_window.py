@@ -290,6 +290,15 @@ class Quitting(MenuTest):
 class Switching(MenuTest):
     DEVICES = 2
 
+    def choose_and_see(self, program, path, told):
+        """Chooses what makes a new picture, and waits for the line with which its renderer starts and
+        for the picture: a device builds its program for as long as it takes, in silence."""
+        program.skip_output()
+        self.choose(program, *path)
+        program.wait_for_line(told, timeout=120)
+        program.wait_for_frames(1, timeout=120)
+        self.settle(program)
+
     def test_everything_switches_while_cycling(self):
         with tempfile.TemporaryDirectory() as folder:
             path = os.path.join(folder, "small.frac")
@@ -309,20 +318,19 @@ class Switching(MenuTest):
             program.wait_for_frames(2, timeout=120)
         self.choose(program, "Fractals", "Cycle")
         self.settle(program)
-        self.choose(program, "Fractals", "Fractals", "Sinh")
-        self.settle(program)
+        self.choose_and_see(program, ("Fractals", "Fractals", "Sinh"), "^Enqueuing")
         self.assert_shows(program, self.picture(TOUR, 8))
         self.assertEqual(program.errors.replace("1 warning generated.\n", ""), "")
         self.quit(program)
 
     def test_devices_and_precisions_show_the_same_fractal(self):
         program = self.start_and_settle(env=menus.TWO_DEVICES)
-        for path, precision in ((("Devices", "Double precision"), "double"),
-                                (("Devices", "CPU"), "double"),
-                                (("Devices", "Double precision"), "single"),
-                                (("Devices", "device 1"), "single")):
-            self.choose(program, *path)
-            self.settle(program)
+        on_device, on_cpu = "^OpenCL (single|double) precison on", "^Enqueuing"
+        for path, told, precision in ((("Devices", "Double precision"), on_device, "double"),
+                                      (("Devices", "CPU"), on_cpu, "double"),
+                                      (("Devices", "Double precision"), on_cpu, "single"),
+                                      (("Devices", "device 1"), on_device, "single")):
+            self.choose_and_see(program, path, told)
             self.assert_shows(program, self.picture(TOUR, 0, precision), least=0.98)
         self.quit(program)
 

@@ -7,6 +7,7 @@ wanted change of looks, run with GLUTMENU_NEW_GOLD=1 and look at what changed.
 """
 
 import os
+import subprocess
 import sys
 import time
 import unittest
@@ -36,6 +37,47 @@ class Demo(harness.Program):
             "xdotool", "search", "--onlyvisible", "--name", "^GlutMenu demo", check=False
         )
         return found.split()[-1].decode() if found.split() else None
+
+    def focus(self):
+        """The window that has the keyboard."""
+        return self.screen.tool("xdotool", "getwindowfocus", check=False)[1].decode().strip()
+
+    def wait_for_window(self, timeout=30):
+        """What is typed before the window has the keyboard goes nowhere."""
+        super().wait_for_window(timeout)
+
+        def has_the_keyboard():
+            if self.focus() == self.window:
+                return True
+            self.screen.tool("xdotool", "windowactivate", self.window, check=False)
+            return False
+
+        harness.wait_until(has_the_keyboard, timeout, "the keyboard")
+        return self.window
+
+    def key(self, *names):
+        super().key(*names)
+        self._assert_keyboard(names)
+
+    def type(self, text):
+        """Into an open dialog, which traces each key that it gets."""
+        super().type(text)
+        for character in text:
+            self.wait_for_line(f"^Key code is {ord(character)} ")
+        self._assert_keyboard(text)
+
+    def _assert_keyboard(self, typed):
+        focus = self.focus()
+        if focus != self.window and not self._ends():
+            raise AssertionError(f"keys may be lost: the window {focus} has the keyboard, {typed}")
+
+    def _ends(self):
+        """Whether a key has ended the demo, whose window may be gone before it is."""
+        try:
+            self.process.wait(3 * harness.PATIENCE)
+        except subprocess.TimeoutExpired:
+            return False
+        return True
 
     def wait_for_selection(self, text):
         self.wait_for_line(f"^Selected {text}$")
