@@ -107,9 +107,9 @@ Job Planner::jobOf(const fractal& view, Size size) const {
     return job;
 }
 
-Naming::Naming(const Options& options, const Source& source, bool several) {
+Naming::Naming(const Options& options, const Source& source, bool several)
+    : ending(options.colour.wantsNumbers() ? ".npy" : ".png") {
     const std::string& output = options.output;
-    ending = options.colour.wantsNumbers() ? ".npy" : ".png";
     if (output.empty() || (output != "-" && isFolder(output))) {
         prefix = (output.empty() ? "" : withSlash(output)) + source.stem;
     } else if (several) {

@@ -1,0 +1,112 @@
+"""docs/reliability.md names tests, files and commands that exist."""
+
+import json
+import os
+import re
+import shlex
+import subprocess
+import unittest
+
+import harness
+from sources import SOURCE, files
+
+ROW = 4  # cells: promise, tests, figure, command
+
+
+def read(path):
+    with open(os.path.join(SOURCE, path), encoding="utf-8") as file:
+        return file.read()
+
+
+def rows():
+    """The cells of every row of the page's tables, but for their heads."""
+    for line in read("docs/reliability.md").splitlines():
+        if line.startswith("|") and not re.match(r"\|(-|\s*Promise )", line):
+            yield [cell.strip().replace(r"\|", "|") for cell in re.split(r"(?<!\\)\|", line)[1:-1]]
+
+
+def quoted(text):
+    return re.findall(r"`([^`]+)`", text)
+
+
+def test_sources(ending):
+    return [read(path) for path in files() if path.startswith("tests/") and path.endswith(ending)]
+
+
+def unit_tests():
+    """Names of GoogleTest's suites and of their cases."""
+    names = set()
+    for code in test_sources(".cpp"):
+        for suite, case in re.findall(r"^(?:TYPED_)?TEST(?:_[FP])?\(\s*(\w+),\s*(\w+)\)", code, re.M):
+            names |= {suite, f"{suite}.{case}"}
+    return names
+
+
+def registered_tests():
+    """Names and labels that ctest knows before anything is built."""
+    done = subprocess.run(["ctest", "--test-dir", harness.BUILD, "--show-only=json-v1"],
+                          check=True, capture_output=True, text=True)
+    labels = set(re.findall(r"LABELS ([\w ]+)\)", "\n".join(test_sources("CMakeLists.txt"))))
+    return ({test["name"] for test in json.loads(done.stdout)["tests"]},
+            {label for several in labels for label in several.split()})
+
+
+class Reliability(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.unit = unit_tests()
+        cls.registered, cls.labels = registered_tests()
+
+    def test_every_promise_has_its_tests_its_figure_and_its_command(self):
+        self.assertGreater(len(list(rows())), 10)
+        for row in rows():
+            with self.subTest(promise=row[0]):
+                self.assertEqual(len(row), ROW)
+                self.assertTrue(row[0] and row[1])
+                self.assertTrue(quoted(row[3]))
+
+    def test_no_figure_was_forgotten(self):
+        self.assertNotRegex(read("docs/reliability.md"), r"FIGURE|TODO|\?\?")
+
+    def test_every_test_that_is_named_exists(self):
+        for row in rows():
+            for name in quoted(row[1]):
+                with self.subTest(promise=row[0], name=name):
+                    self.assertTrue(self.is_test(name), name)
+
+    def is_test(self, name):
+        known = self.unit | self.registered | self.labels
+        return name in known or os.path.exists(os.path.join(SOURCE, name))
+
+    def test_every_command_can_be_given(self):
+        for row in rows():
+            for command in quoted(row[3]):
+                with self.subTest(command=command):
+                    self.assert_can_be_given(command)
+
+    def assert_can_be_given(self, command):
+        words = shlex.split(command)
+        while re.match(r"[A-Z_]+=", words[0]):
+            self.assertIn(words.pop(0).split("=")[0], "".join(test_sources((".cpp", ".py", ".h"))))
+        script = os.path.join(SOURCE, words[0])
+        if words[0] == "ctest":
+            pattern = words[words.index("-R") + 1] if "-R" in words else words[words.index("-L") + 1]
+            known = self.labels if "-L" in words else self.unit | self.registered
+            for alternative in pattern.split("|"):
+                self.assertTrue(any(re.search(alternative, name) for name in known), alternative)
+        elif words[0].startswith("build/"):
+            self.assert_is_target(os.path.basename(words[0]))
+        else:
+            self.assertTrue(os.access(script, os.X_OK), f"{words[0]} is no program")
+            for option in (word for word in words if word.startswith("--")):
+                self.assertIn(option.split("=")[0], read(words[0]))
+        if "--only" in words:
+            self.assertIn(words[words.index("--only") + 1], self.labels)
+
+    def assert_is_target(self, name):
+        cmake = [read(path) for path in files() if path.endswith("CMakeLists.txt")]
+        self.assertTrue(any(re.search(rf"\b{re.escape(name)}\b", text) for text in cmake), name)
+
+
+if __name__ == "__main__":
+    unittest.main()
