@@ -12,7 +12,7 @@
 #define TESSARY_COMPUTE_COMPLEX_H
 #endif
 
-#include <cmath>
+#include "compute/rounded_trig.h"
 
 template <class N>
 struct cpuComplex {
@@ -53,31 +53,30 @@ inline N select(bool mask, N a, N b) {
     return mask ? a : b;
 }
 
-// Trigonometric functions of a = r + i*j. For float they are evaluated in double on the widened
-// parts and each product is rounded once, on storing; for double they are the C library's.
+// Trigonometric functions of a = r + i*j, of correctly rounded factors in double. For float the
+// parts are widened and each product is rounded once more, on storing.
 template <class T>
 inline cpuComplex<T> sinC(const cpuComplex<T>& a) {
-    const double r = a.r, j = a.i;
-    return {static_cast<T>(std::sin(r) * std::cosh(j)), static_cast<T>(std::cos(r) * std::sinh(j))};
+    const SineCosine r = sineCosine(a.r), j = hyperbolicSineCosine(a.i);
+    return {static_cast<T>(r.sine * j.cosine), static_cast<T>(r.cosine * j.sine)};
 }
 
 template <class T>
 inline cpuComplex<T> cosC(const cpuComplex<T>& a) {
-    const double r = a.r, j = a.i;
-    return {static_cast<T>(std::cos(r) * std::cosh(j)),
-            static_cast<T>(-(std::sin(r) * std::sinh(j)))};
+    const SineCosine r = sineCosine(a.r), j = hyperbolicSineCosine(a.i);
+    return {static_cast<T>(r.cosine * j.cosine), static_cast<T>(-(r.sine * j.sine))};
 }
 
 template <class T>
 inline cpuComplex<T> sinhC(const cpuComplex<T>& a) {
-    const double r = a.r, j = a.i;
-    return {static_cast<T>(std::sinh(r) * std::cos(j)), static_cast<T>(std::cosh(r) * std::sin(j))};
+    const SineCosine r = hyperbolicSineCosine(a.r), j = sineCosine(a.i);
+    return {static_cast<T>(r.sine * j.cosine), static_cast<T>(r.cosine * j.sine)};
 }
 
 template <class T>
 inline cpuComplex<T> coshC(const cpuComplex<T>& a) {
-    const double r = a.r, j = a.i;
-    return {static_cast<T>(std::cosh(r) * std::cos(j)), static_cast<T>(std::sinh(r) * std::sin(j))};
+    const SineCosine r = hyperbolicSineCosine(a.r), j = sineCosine(a.i);
+    return {static_cast<T>(r.cosine * j.cosine), static_cast<T>(r.sine * j.sine)};
 }
 
 #endif

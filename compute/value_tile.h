@@ -19,8 +19,7 @@
 // Julia, too: what its own loop counts beyond the limit is no escape here, as it is none in the
 // picture.
 //
-// The bits are the same on every processor, with one exception: trigonometric states in double are
-// those of the C library, which on some processors uses fused operations.
+// The bits are the same on every processor and with every C library.
 //
 // A pixel (x, y) is element (y - yOrigin) * stride + (x - xOrigin) of counts and values; either may
 // be null. Once `stop` is set the tile is given up within some milliseconds; pixels that are not

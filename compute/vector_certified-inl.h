@@ -1,11 +1,12 @@
 // Double trigonometric rules on vectors, certified: each orbit is followed approximately together
-// with a bound of its distance from the orbit that the C library's functions give. A decision that
-// the bound cannot settle is not taken; such a pixel is counted anew with the C library.
+// with a bound of its distance from the orbit of the scalar rule, whose functions are correctly
+// rounded. A decision that the bound cannot settle is not taken; such a pixel is counted anew with
+// the scalar rule.
 //
-// Write z for the approximate state, E for the bound, f for the function of the rule. If the C
-// library's state lies within E of z, then its next state lies within
+// Write z for the approximate state, E for the bound, f for the function of the rule. If the scalar
+// rule's state lies within E of z, then its next state lies within
 //     |f'(z)| E + max|f''| E^2 / 2 + S |f(z)|_1 + S |f(z) + c|_1
-// of the next z, where S covers the difference of two evaluations of f (27 u, see
+// of the next z, where S covers the difference of two evaluations of f (21 u, see
 // compute/vector_trig-inl.h) and the two roundings of the sum with c. max|f''| is taken over the
 // points within E of z and is at most cosh(|h| + E) <= 1.001 cosh(h) for E <= 2^-10, h being the
 // hyperbolic argument. Every constant below is rounded up by more than the roundings of computing
@@ -94,7 +95,7 @@ struct CertifiedOrbits {
         const cpuComplex<Real> value = Kind::value(f);
         const cpuComplex<Real> slope = Kind::slope(f);
         z = value + c;
-        const Real evaluation = (sumOfMagnitudes(value) + sumOfMagnitudes(z)) * Real(0x1p-47);
+        const Real evaluation = (sumOfMagnitudes(value) + sumOfMagnitudes(z)) * Real(0x1p-48);
         const Real growth = multiplyAdd(bound * Real(0.501), f.cosh, length(slope.r, slope.i));
         bound = multiplyAdd(bound, growth, evaluation) * Real(1.0 + 0x1p-30);
     }
@@ -177,23 +178,23 @@ void closeCertifiedRanks(CertifiedSlots& slots, Finish&& finish) {
 }
 
 // Where an orbit escaped, and |z|^2 before and after that step; a count alone for one that stays.
-struct LibraryEscape {
+struct ScalarEscape {
     int count;
     double before = 0, after = 0;
 };
 
-// A state of the C library's orbit and how many steps led there.
-struct LibraryState {
+// A state of the scalar rule's orbit and how many steps led there.
+struct ScalarState {
     cpuComplex<double> z{0.0, 0.0};
     int steps = 0;
 };
 
-// Follows the pixel at point c with the C library's functions, from a state that has not
+// Follows the pixel at point c with the scalar rule, from a state that has not
 // escaped up to the iteration limit. `detect` looks for an orbit that returns to a saved state. The
 // count is GIVEN_UP once `stop` is set.
 template <class Kind>
-LibraryEscape followWithLibrary(const LibraryState& start, const cpuComplex<double>& c,
-                                double maxSizeSquared, int limit, bool detect, StopFlag stop) {
+ScalarEscape followScalar(const ScalarState& start, const cpuComplex<double>& c,
+                          double maxSizeSquared, int limit, bool detect, StopFlag stop) {
     cpuComplex<double> z = start.z, saved = z;
     double before = z.r * z.r + z.i * z.i;
     int saveAt = 8;
@@ -266,8 +267,7 @@ void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bo
     const auto finish = [&](std::uint64_t place, std::uint64_t count) {
         if (count == IN_DOUBT) {
             const auto c = constantAt(tile, chunk, place, static_cast<std::uint64_t>(tile.width));
-            const int exact =
-                followWithLibrary<Kind>({}, c, tile.limit, limit, detect, tile.stop).count;
+            const int exact = followScalar<Kind>({}, c, tile.limit, limit, detect, tile.stop).count;
             if (exact == GIVEN_UP) return;
             count = static_cast<std::uint64_t>(exact);
         }

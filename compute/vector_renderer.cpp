@@ -1,7 +1,6 @@
 #include "compute/vector_renderer.h"
 
 #include <atomic>
-#include <cmath>
 
 // Highway compiles the rest of this file once for each instruction set. AVX3_DL adds nothing that a
 // rule uses; the scalable sets cannot keep vectors in structs.
@@ -50,8 +49,8 @@ bool renderDouble(const VectorTile<double>& tile, int type, bool detect) {
 
 vector_control::TrigValues trigValues(double trigonometric, double hyperbolic) {
 #if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
-    return {std::sin(trigonometric), std::cos(trigonometric), std::sinh(hyperbolic),
-            std::cosh(hyperbolic)};
+    const SineCosine t = sineCosine(trigonometric), h = hyperbolicSineCosine(hyperbolic);
+    return {t.sine, t.cosine, h.sine, h.cosine};
 #else
     const Factors f = factorsAt(Real(trigonometric), Real(hyperbolic));
     return {hn::GetLane(f.sin.v), hn::GetLane(f.cos.v), hn::GetLane(f.sinh.v),

@@ -32,7 +32,7 @@ std::vector<Target> targets();
 void forceTarget(std::int64_t bit);
 
 // sin and cos of one argument, sinh and cosh of another, as the forced instruction set computes
-// them; |arguments| <= 300. The scalar target gives the C library's values.
+// them; |arguments| <= 300. The scalar target gives the rounded ones.
 struct TrigValues {
     double sin, cos, sinh, cosh;
 };

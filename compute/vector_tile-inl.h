@@ -26,7 +26,8 @@ HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
-// The rules whose step calls the C library in scalar code, and is worth hundreds of plain ones.
+// The rules whose step takes four rounded functions in scalar code, and is worth hundreds of plain
+// ones.
 template <class R>
 inline constexpr bool usesTrig = std::is_same_v<R, SinRule> || std::is_same_v<R, CosRule> ||
                                  std::is_same_v<R, SinhRule> || std::is_same_v<R, CoshRule>;

@@ -5,9 +5,9 @@
 // k * PIO2_1 and k * PIO2_2 are exact for |k| < 2^20 (33 bits each), the two subtractions that
 // round leave 2 u; the polynomials are off by less than 2^-57 and round to 4 u more. The hyperbolic
 // sum B * C + A * S cancels to no less than 0.28 of its larger term, where its 3 u become 11 u. A
-// product of two such factors is within 18 u of the true product. The C library's factors are
-// within 4 u (2 ulp), its product within 9 u. So the two products
-// differ by less than 27 u, relative to either, for every |argument| <= MAX_ARGUMENT.
+// product of two such factors is within 18 u of the true product. The scalar factors are correctly
+// rounded (compute/rounded_trig.h), half an ulp or 1 u each, their product is within 3 u. So the
+// two products differ by less than 21 u, relative to either, for every |argument| <= MAX_ARGUMENT.
 // docs/performance.md has the derivation; a test holds the factors to less than half of it.
 //
 // Included once for each instruction set (see compute/vector_renderer.cpp).
@@ -204,12 +204,12 @@ struct HyperbolicCosineKind {
     }
 };
 
-// Lanes of a product that surely round to the same float as the C library's product does. Not those
+// Lanes of a product that surely round to the same float as the scalar product does. Not those
 // within WINDOW units of the middle between two floats, not those that become subnormal or
-// overflow. An exact zero comes from a factor that is exactly zero in the C library too.
+// overflow. An exact zero comes from a factor that is exactly zero in the scalar rule too.
 HWY_INLINE hn::Mask<RealTag> roundsSafely(Real product) {
     constexpr std::int64_t MIDDLE = 1 << 28;  // of the 29 bits that a float does not keep
-    constexpr std::int64_t WINDOW = 2048;     // 2048 units in the last place are far above 27 u
+    constexpr std::int64_t WINDOW = 2048;     // 2048 units in the last place are far above 21 u
     const RealBits di;
     const RealTag d;
     const auto bits = hn::BitCast(di, product.v);
@@ -236,7 +236,7 @@ HWY_INLINE HalfValue halfValue(V r, V i) {
     return {value, hn::And(roundsSafely(value.r), roundsSafely(value.i))};
 }
 
-// Has the C library evaluate the lanes of z that are not safe; `value` holds the others.
+// Has the scalar rule evaluate the lanes of z that are not safe; `value` holds the others.
 template <class Kind>
 HWY_NOINLINE void repairLanes(const cpuComplex<Number<float>>& z, const HalfValue& lower,
                               const HalfValue& upper, cpuComplex<Number<float>>& value) {
@@ -263,7 +263,7 @@ HWY_NOINLINE void repairLanes(const cpuComplex<Number<float>>& z, const HalfValu
 }
 
 // The float function, with the bits of the scalar one. |parts| <= MAX_ARGUMENT, or NaN; a step that
-// cannot be decided here costs calls of the C library, so ended lanes should hold zeros.
+// cannot be decided here costs a scalar evaluation, so ended lanes should hold zeros.
 template <class Kind>
 HWY_NOINLINE cpuComplex<Number<float>> evaluate(const cpuComplex<Number<float>>& z) {
     using D = Number<float>::D;

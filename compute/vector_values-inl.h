@@ -1,11 +1,11 @@
 // Smooth values on vectors: the renderers of compute/vector_tile-inl.h and vector_certified-inl.h,
 // keeping |z|^2 before and after the step at which a pixel escapes.
 //
-// The certified renderer does not know the C library's states, only that they are near. The counts
-// of its pixels are sure, their magnitudes are not; so it has the library follow each pixel that
-// escapes, for as many steps as it took. The first two steps cost next to nothing: from zero every
-// orbit goes to c and a constant, so that the four factors of the second step depend on the column
-// or on the row alone.
+// The certified renderer does not know the scalar rule's states, only that they are near. The
+// counts of its pixels are sure, their magnitudes are not; so the scalar rule follows each pixel
+// that escapes, for as many steps as it took. The first two steps cost next to nothing: from zero
+// every orbit goes to c and a constant, so that the four factors of the second step depend on the
+// column or on the row alone.
 //
 // Included once for each instruction set (see compute/value_renderer.cpp).
 #if defined(TESSARY_COMPUTE_VECTOR_VALUES_INL_H) == defined(HWY_TARGET_TOGGLE)
@@ -18,7 +18,6 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -234,7 +233,7 @@ void renderValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometry, c
     writeChunk<T>(tile, chunk, {known.count, known.before, known.after}, limit);
 }
 
-// The C library's orbits of a chunk in their first two steps. Factors are evaluated once for each
+// The scalar orbits of a chunk in their first two steps. Factors are evaluated once for each
 // column and row, when first asked for.
 template <class Kind>
 class FirstSteps {
@@ -254,32 +253,30 @@ class FirstSteps {
     }
 
   private:
-    struct Pair {
-        double sine = 0, cosine = 0;
+    struct Pair : SineCosine {
         bool known = false;
     };
 
     template <bool TRIGONOMETRIC>
     static Pair factorsOf(double x) {
-        if (TRIGONOMETRIC) return {std::sin(x), std::cos(x), true};
-        return {std::sinh(x), std::cosh(x), true};
+        return {TRIGONOMETRIC ? sineCosine(x) : hyperbolicSineCosine(x), true};
     }
 
     const cpuComplex<double> fromZero = Kind::exact(cpuComplex<double>{0.0, 0.0});
     Pair columns[MAX_COLUMNS], rows[MAX_PIXELS];
 };
 
-// What the C library makes of a pixel at column x and row y that escapes at step `count`.
+// What the scalar rule makes of a pixel at column x and row y that escapes at step `count`.
 template <class Kind>
-LibraryEscape escapeAt(std::uint64_t count, FirstSteps<Kind>& first, std::size_t x, std::size_t y,
-                       const cpuComplex<double>& c, const ValueTile<double>& tile) {
+ScalarEscape escapeAt(std::uint64_t count, FirstSteps<Kind>& first, std::size_t x, std::size_t y,
+                      const cpuComplex<double>& c, const ValueTile<double>& tile) {
     const cpuComplex<double> one = first.afterOne(c);
     const double sizeOne = magnitudeSquared(one);
     if (count == 0) return {0, 0.0, sizeOne};
     const cpuComplex<double> two = first.afterTwo(x, y, one, c);
     if (count == 1) return {1, sizeOne, magnitudeSquared(two)};
-    return followWithLibrary<Kind>({two, 2}, c, tile.limit, static_cast<int>(count) + 1, false,
-                                   tile.stop);
+    return followScalar<Kind>({two, 2}, c, tile.limit, static_cast<int>(count) + 1, false,
+                              tile.stop);
 }
 
 // As renderValueChunk, for the trigonometric rules in double.
@@ -296,13 +293,12 @@ void renderValueChunkCertified(const ValueTile<double>& tile, const VectorTile<d
     slots.s.stride = slots.s.columns;
     bool complete = true;
     const auto finish = [&](std::uint64_t place, std::uint64_t count) {
-        LibraryEscape e{limit};
+        ScalarEscape e{limit};
         if (count != static_cast<std::uint64_t>(limit)) {
             const std::size_t x = place % slots.s.columns, y = place / slots.s.columns;
             const cpuComplex<double> c{points.re[x], points.im[y]};
-            e = count == IN_DOUBT
-                    ? followWithLibrary<Kind>({}, c, tile.limit, limit, detect, tile.stop)
-                    : escapeAt<Kind>(count, first, x, y, c, tile);
+            e = count == IN_DOUBT ? followScalar<Kind>({}, c, tile.limit, limit, detect, tile.stop)
+                                  : escapeAt<Kind>(count, first, x, y, c, tile);
         }
         complete &= e.count != GIVEN_UP;
         known.count[place] = static_cast<std::uint64_t>(e.count);

@@ -2,7 +2,8 @@
 # optimisation levels, a newer instruction set (whose fused operations must stay unused) and, where
 # it is installed, the other compiler.
 set(FORMULA_BITS_SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/formula_bits.cpp
-  ${PROJECT_SOURCE_DIR}/compute/formulas.cpp)
+  ${PROJECT_SOURCE_DIR}/compute/exact_trig.cpp ${PROJECT_SOURCE_DIR}/compute/formulas.cpp
+  ${PROJECT_SOURCE_DIR}/compute/rounded_trig.cpp)
 set(FORMULA_BITS_PROGRAMS)
 
 function(formula_bits_variant name)
@@ -40,7 +41,8 @@ if(TESSARY_OTHER_CXX)
         ${FORMULA_BITS_SOURCES} -o ${program}
       DEPENDS ${FORMULA_BITS_SOURCES} ${PROJECT_SOURCE_DIR}/compute/formulas.h
         ${PROJECT_SOURCE_DIR}/compute/rules.h ${PROJECT_SOURCE_DIR}/compute/complex.h
-        ${PROJECT_SOURCE_DIR}/compute/stop_flag.h
+        ${PROJECT_SOURCE_DIR}/compute/stop_flag.h ${PROJECT_SOURCE_DIR}/compute/quick_trig.h
+        ${PROJECT_SOURCE_DIR}/compute/trig_tables.h
       COMMENT "Compiling the formulas with ${TESSARY_OTHER_CXX} -${level}")
     list(APPEND FORMULA_BITS_OTHERS ${program})
   endforeach()
@@ -51,3 +53,12 @@ endif()
 add_test(NAME FormulaBits.AreTheSameHoweverTheyAreCompiled
   COMMAND ${CMAKE_COMMAND} "-DPROGRAMS=${FORMULA_BITS_PROGRAMS}"
     -P ${CMAKE_CURRENT_SOURCE_DIR}/compare_formula_bits.cmake)
+
+# The C library picks its variants of functions by processor, so other processors are asked, too.
+find_program(TESSARY_QEMU qemu-x86_64)
+if(TESSARY_QEMU AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64" AND NOT TESSARY_SANITIZE)
+  add_test(NAME FormulaBits.AreTheSameOnEveryProcessor
+    COMMAND ${CMAKE_COMMAND} "-DPROGRAMS=$<TARGET_FILE:formula_bits_o3>"
+      "-DEMULATOR=${TESSARY_QEMU}" "-DPROCESSORS=qemu64;Nehalem;Haswell;max"
+      -P ${CMAKE_CURRENT_SOURCE_DIR}/compare_formula_bits.cmake)
+endif()

@@ -1,9 +1,15 @@
-// Prints one number made of the counts of every formula over a spread of pixels. Built several
-// times, with the formulas compiled in different ways; all builds must print the same.
+// Prints one number made of the counts of every formula over a spread of pixels, and of the
+// trigonometric functions over arguments of all sizes. Built several times, compiled in different
+// ways; all builds must print the same.
+#include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <random>
 
+#include "compute/exact_trig.h"
 #include "compute/formulas.h"
+#include "compute/quick_trig.h"
 
 namespace {
 
@@ -44,9 +50,46 @@ void mixAll() {
     mixFormula<T>(legendreCPU<T>, T(1.2), T(0), T(0), T(16));
 }
 
+void mix(double x) {
+    const auto bits = std::isnan(x) ? 0 : std::bit_cast<std::uint64_t>(x);
+    mix(static_cast<int>(bits));
+    mix(static_cast<int>(bits >> 32));
+}
+
+void mix(const SineCosine& pair) {
+    mix(pair.sine);
+    mix(pair.cosine);
+}
+
+void mix(const quick_trig::Pair& pair) {
+    mix(pair.sine.high);
+    mix(pair.sine.low);
+    mix(pair.cosine.high);
+    mix(pair.cosine.low);
+}
+
+// Both ways to a function by themselves as well: no rounding hides a difference there.
+void mixFunctions() {
+    std::mt19937_64 random(3);
+    for (int n = 0; n < 20000; ++n) {
+        const auto any = std::bit_cast<double>(static_cast<std::uint64_t>(random()));
+        mix(sineCosine(any));
+        mix(hyperbolicSineCosine(any));
+        const double usual = static_cast<double>(random() >> 11) * 0x1p-49;
+        mix(sineCosine(usual));
+        mix(hyperbolicSineCosine(usual));
+        mix(quick_trig::sineCosine(quick_trig::reduceTrigonometric(usual)));
+        mix(quick_trig::hyperbolicSineCosine(quick_trig::reduceHyperbolic(usual)));
+        if (n % 16 != 0) continue;
+        mix(exact_trig::sineCosine(usual));
+        mix(exact_trig::hyperbolicSineCosine(usual));
+    }
+}
+
 }  // namespace
 
 int main() {
+    mixFunctions();
     mixAll<float>();
     mixAll<double>();
     std::printf("%016llx\n", static_cast<unsigned long long>(hash));

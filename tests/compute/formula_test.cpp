@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "compute/complex.h"
+#include "compute/rounded_trig.h"
 #include "tests/support/reference_fractal.h"
 
 namespace {
@@ -77,11 +78,12 @@ TYPED_TEST(FormulaTest, TheComplexFunctionsRoundProductsOfDoubles) {
     };
     for (int n = 0; n < 1000; ++n) {
         const cpuComplex<TypeParam> a{parts(random), parts(random)};
-        const double r = a.r, j = a.i;
-        EXPECT_PRED3(is, sinC(a), std::sin(r) * std::cosh(j), std::cos(r) * std::sinh(j));
-        EXPECT_PRED3(is, cosC(a), std::cos(r) * std::cosh(j), -(std::sin(r) * std::sinh(j)));
-        EXPECT_PRED3(is, sinhC(a), std::sinh(r) * std::cos(j), std::cosh(r) * std::sin(j));
-        EXPECT_PRED3(is, coshC(a), std::cosh(r) * std::cos(j), std::sinh(r) * std::sin(j));
+        const SineCosine r = sineCosine(a.r), hr = hyperbolicSineCosine(a.r);
+        const SineCosine j = sineCosine(a.i), hj = hyperbolicSineCosine(a.i);
+        EXPECT_PRED3(is, sinC(a), r.sine * hj.cosine, r.cosine * hj.sine);
+        EXPECT_PRED3(is, cosC(a), r.cosine * hj.cosine, -(r.sine * hj.sine));
+        EXPECT_PRED3(is, sinhC(a), hr.sine * j.cosine, hr.cosine * j.sine);
+        EXPECT_PRED3(is, coshC(a), hr.cosine * j.cosine, hr.sine * j.sine);
     }
 }
 

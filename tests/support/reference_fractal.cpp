@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "compute/rounded_trig.h"
+
 namespace test_support {
 namespace {
 
@@ -31,7 +33,7 @@ Point<T> real(int k) {
     return {T(k), T(0)};
 }
 
-// A product of two double functions, rounded once to T.
+// A product of two functions in double, which tests of their own hold to MPFR; rounded once to T.
 template <class T>
 T rounded(double a, double b) {
     return static_cast<T>(a * b);
@@ -39,17 +41,17 @@ T rounded(double a, double b) {
 
 template <class T>
 Point<T> trigonometric(int type, Point<T> z) {
-    const double r = z.re;
-    const double j = z.im;
+    const SineCosine r = type <= 3 ? sineCosine(z.re) : hyperbolicSineCosine(z.re);
+    const SineCosine j = type <= 3 ? hyperbolicSineCosine(z.im) : sineCosine(z.im);
     switch (type) {
         case 2:
-            return {rounded<T>(std::sin(r), std::cosh(j)), rounded<T>(std::cos(r), std::sinh(j))};
+            return {rounded<T>(r.sine, j.cosine), rounded<T>(r.cosine, j.sine)};
         case 3:
-            return {rounded<T>(std::cos(r), std::cosh(j)), -rounded<T>(std::sin(r), std::sinh(j))};
+            return {rounded<T>(r.cosine, j.cosine), -rounded<T>(r.sine, j.sine)};
         case 4:
-            return {rounded<T>(std::sinh(r), std::cos(j)), rounded<T>(std::cosh(r), std::sin(j))};
+            return {rounded<T>(r.sine, j.cosine), rounded<T>(r.cosine, j.sine)};
         default:
-            return {rounded<T>(std::cosh(r), std::cos(j)), rounded<T>(std::sinh(r), std::sin(j))};
+            return {rounded<T>(r.cosine, j.cosine), rounded<T>(r.sine, j.sine)};
     }
 }
 
