@@ -2,6 +2,9 @@
 #   cmake -DSOURCES="complex.cl;rules.cl;do_work.cl" -DOUTPUT=embedded.cpp -P assemble.cmake
 # The texts differ in their first line, the number type, the names that carry the type and the order
 # of one sum, which is what the tokens REAL, CREAL and HERMITE_SUM of the sources stand for.
+#
+# The second line of each keeps a device from rounding a product and a sum once, which would draw
+# pixels of the rules that are made of them in other colours than the CPU.
 
 set(shared "")
 foreach(source IN LISTS SOURCES)
@@ -12,7 +15,7 @@ endforeach()
 set(cpp "#include \"backends/kernels/embedded.h\"\n")
 
 function(add_text name extension type suffix hermite_sum)
-  set(text "#pragma OPENCL EXTENSION ${extension}: enable\n${shared}")
+  set(text "#pragma OPENCL EXTENSION ${extension}: enable\n#pragma OPENCL FP_CONTRACT OFF\n${shared}")
   string(REPLACE "CREAL" "C${suffix}" text "${text}")
   string(REPLACE "REAL" "${type}" text "${text}")
   string(REPLACE "HERMITE_SUM" "${hermite_sum}" text "${text}")

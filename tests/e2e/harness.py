@@ -231,7 +231,7 @@ class Program:
             stdin=subprocess.DEVNULL,
             stdout=subprocess.PIPE,
             stderr=self._stderr,
-            start_new_session=True,
+            process_group=0,  # in a session of its own it could not be stopped
         )
         self._reader = threading.Thread(target=self._read, daemon=True)
         self._reader.start()

@@ -17,7 +17,11 @@
 //   repeat N WORD          the command WORD, N times
 //   release                release everything
 //   save FILE              write the picture's bytes
-//   report                 every rule in both precisions against plain arithmetic, as a table
+//   report                 every rule in both precisions against the CPU, as a table
+//   exact                  the rules of sums and products in both precisions against the CPU: a
+//   line
+//                          "same ..." or "different ..." each
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -34,6 +38,7 @@
 #include "backends/palette.h"
 #include "backends/renderer.h"
 #include "backends/view_state.h"
+#include "tests/backends/opencl/cpu_picture.h"
 #include "tests/backends/opencl/device_reference.h"
 #include "tests/support/catalogue_table.h"
 
@@ -118,33 +123,47 @@ void setPaletteType(int type) {
     updatePalette(type);
 }
 
-// One line of the report: the rule's start view in the precision in force.
-void reportRow(const test_support::CatalogueRow& row) {
+// The view in force, as the references take it.
+device_reference::View viewInForce() {
+    return {currentFractalType,
+            static_cast<int>(winX),
+            static_cast<int>(winY),
+            xMin,
+            xMax,
+            yMin,
+            yMax,
+            cx,
+            cy,
+            maxSize,
+            maxIters};
+}
+
+test_support::Picture drawnPicture() {
+    test_support::Picture drawn(static_cast<int>(winX), static_cast<int>(winY), 0);
+    std::copy_n(buffer.get(), imageBytes(), drawn.bytes.data());
+    return drawn;
+}
+
+void setEntry(const test_support::CatalogueRow& row) {
     currentFractalType = row.type;
     xMin = row.xMin, xMax = row.xMax, yMin = row.yMin, yMax = row.yMax;
     cx = row.cx, cy = row.cy;
     maxSize = row.maxSize;
     maxIters = row.maxIters;
+}
+
+// One line of the report: the rule's start view in the precision in force.
+void reportRow(const test_support::CatalogueRow& row) {
+    setEntry(row);
     renderFrameOpenCL();
     const auto start = Clock::now();
     renderFrameOpenCL();
     const std::chrono::duration<double> seconds = Clock::now() - start;
 
-    const device_reference::View view{row.type,
-                                      static_cast<int>(winX),
-                                      static_cast<int>(winY),
-                                      xMin,
-                                      xMax,
-                                      yMin,
-                                      yMax,
-                                      cx,
-                                      cy,
-                                      maxSize,
-                                      maxIters};
-    const auto expected =
-        device_reference::picture(view, bDoublePrecision, badAssColourPalette.get());
-    test_support::Picture drawn(view.width, view.height, 0);
-    std::copy_n(buffer.get(), imageBytes(), drawn.bytes.data());
+    // Hermite is meant to be another picture than the CPU's.
+    const auto picture = row.type == 12 ? device_reference::picture : cpu_picture::picture;
+    const auto expected = picture(viewInForce(), bDoublePrecision, badAssColourPalette.get());
+    const auto drawn = drawnPicture();
     std::printf("| %-16s | %s | %9.6f | %7ld | %.3f %% |\n", row.label.c_str(),
                 bDoublePrecision ? "double" : "single", seconds.count(),
                 device_reference::differingPixels(drawn, expected),
@@ -153,17 +172,46 @@ void reportRow(const test_support::CatalogueRow& row) {
     std::fflush(stdout);
 }
 
-void report() {
-    std::printf(
-        "| view | precision | seconds a frame | pixels that differ | share |\n"
-        "|---|---|---|---|---|\n");
+// Does something in each precision that the device has, set up for it.
+void inBothPrecisions(const std::function<void()>& work) {
     for (const bool precision : {false, true}) {
         if (precision && !fp64_support[static_cast<std::size_t>(nCudaDevice)]) break;
         release_opencl_resource(bDoublePrecision);
         bDoublePrecision = precision;
         setupOpenCL(load_kernel());
-        for (const auto& row : test_support::catalogueRows()) reportRow(row);
+        work();
     }
+}
+
+void report() {
+    std::printf(
+        "| view | precision | seconds a frame | pixels that differ | share |\n"
+        "|---|---|---|---|---|\n");
+    inBothPrecisions([] {
+        for (const auto& row : test_support::catalogueRows()) reportRow(row);
+    });
+}
+
+// No more than so many steps, for devices that are simulated.
+constexpr int EXACT_STEPS = 200;
+
+void compareWithTheCpu(const test_support::CatalogueRow& row) {
+    setEntry(row);
+    maxIters = std::min<std::int32_t>(maxIters, EXACT_STEPS);
+    renderFrameOpenCL();
+    const auto expected =
+        cpu_picture::picture(viewInForce(), bDoublePrecision, badAssColourPalette.get());
+    const bool same = device_reference::differingPixels(drawnPicture(), expected) == 0;
+    std::cout << (same ? "same " : "different ") << row.label
+              << (bDoublePrecision ? " in double" : " in single") << std::endl;
+}
+
+void exact() {
+    inBothPrecisions([] {
+        for (const auto& row : test_support::catalogueRows()) {
+            if (cpu_picture::isExact(row.type)) compareWithTheCpu(row);
+        }
+    });
 }
 
 void carryOut(const std::string& word, Words& words);
@@ -201,6 +249,7 @@ void carryOut(const std::string& word, Words& words) {
         {"release", [](Words&) { release_opencl_resource(bDoublePrecision); }},
         {"save", [](Words& w) { savePicture(w.take()); }},
         {"report", [](Words&) { report(); }},
+        {"exact", [](Words&) { exact(); }},
     };
     const auto command = commands.find(word);
     if (command == commands.end()) {

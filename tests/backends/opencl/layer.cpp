@@ -1,7 +1,9 @@
 // An OpenCL layer for tests: it sits between the ICD loader and a real runtime, writes down every
 // call and answers some of them its own way. Named in OPENCL_LAYERS and steered by
 //   TESSARY_LAYER      settings, separated by ';':
-//       fail=CALL[@PARAMETER][#NTH]:STATUS   the call (its NTH call; with this parameter) fails
+//       fail=CALL[@PARAMETER][#NTH]:STATUS   the call (its NTH call; with this parameter) fails;
+//                        CALL is * for all of them
+//       lost=NTH         the device disappears: the NTH call of all and those after it fail
 //       type=N           every device reports this CL_DEVICE_TYPE
 //       no_fp64[=START]  extension lists lose cl_khr_fp64 (of devices whose name starts so)
 //       items=N          a 4-byte CL_DEVICE_MAX_WORK_ITEM_SIZES query succeeds and answers N
@@ -88,10 +90,23 @@ void note(const std::string& line) {
     std::fflush(file);
 }
 
+cl_command_queue lastQueue = nullptr;
+
+// Whether the device has disappeared by this call; with it goes the work it was at.
+bool isLost() {
+    static long calls = 0;
+    if (!settings().has("lost") || ++calls < settings().number("lost")) return false;
+    if (lastQueue) runtime->clFinish(lastQueue);
+    lastQueue = nullptr;
+    return true;
+}
+
 // The status this call must fail with, or CL_SUCCESS.
 cl_int fault(const char* call, long parameter = -1) {
+    if (isLost()) return CL_DEVICE_NOT_AVAILABLE;
     Fault& f = settings().fault;
-    if (!f.active || f.call != call || (f.parameter >= 0 && f.parameter != parameter)) {
+    if (!f.active || (f.call != "*" && f.call != call) ||
+        (f.parameter >= 0 && f.parameter != parameter)) {
         return CL_SUCCESS;
     }
     ++f.seen;
@@ -223,7 +238,8 @@ cl_command_queue CL_API_CALL createCommandQueue(cl_context context, cl_device_id
                                                 cl_int* status) {
     note(line("clCreateCommandQueue", properties));
     if (refuses("clCreateCommandQueue", status)) return nullptr;
-    return runtime->clCreateCommandQueue(context, device, properties, status);
+    lastQueue = runtime->clCreateCommandQueue(context, device, properties, status);
+    return lastQueue;
 }
 
 cl_mem CL_API_CALL createBuffer(cl_context context, cl_mem_flags flags, size_t size, void* host,
@@ -334,8 +350,8 @@ cl_int CL_API_CALL finish(cl_command_queue queue) {
 template <class Handle>
 cl_int release(const char* call, cl_int(CL_API_CALL* next)(Handle), Handle handle) {
     note(call);
-    const cl_int status = next(handle);
     const cl_int failure = fault(call);
+    const cl_int status = next(handle);
     return failure ? failure : status;
 }
 
@@ -352,6 +368,7 @@ cl_int CL_API_CALL releaseMemObject(cl_mem memory) {
 }
 
 cl_int CL_API_CALL releaseCommandQueue(cl_command_queue queue) {
+    if (queue == lastQueue) lastQueue = nullptr;
     return release("clReleaseCommandQueue", runtime->clReleaseCommandQueue, queue);
 }
 

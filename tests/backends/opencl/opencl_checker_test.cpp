@@ -77,6 +77,12 @@ TEST_F(Checked, EveryRuleIsCleanInDoublePrecision) {
     EXPECT_THAT(complaints(everyRule("double"), ""), IsEmpty());
 }
 
+TEST_F(Checked, RulesOfSumsAndProductsAreTheCpusToTheByte) {
+    const auto run = child::run("size 16x16 exact", checker(""));
+    EXPECT_THAT(child::linesThatStart(run.out, "different "), IsEmpty());
+    EXPECT_EQ(child::linesThatStart(run.out, "same ").size(), 26u) << run.out << run.err;
+}
+
 struct Groups {
     const char* label;
     const char* settings;  // of the layer

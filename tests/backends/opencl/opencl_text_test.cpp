@@ -103,6 +103,10 @@ TEST(KernelText, DoubleHasItsComplexFunctions) {
         EXPECT_THAT(kernel_double_mac_embedded, HasSubstr(name));
 }
 
+TEST_P(EachText, LetsNoDeviceRoundAProductAndASumOnceFromItsSecondLineOn) {
+    EXPECT_EQ(firstLine(text.substr(text.find('\n') + 1)), "#pragma OPENCL FP_CONTRACT OFF");
+}
+
 TEST_P(EachText, HasEveryHelper) {
     for (const char* name :
          {"cuComplex setComplex(", " magnitude2(", "cuComplex mult(", "cuComplex mults(",
