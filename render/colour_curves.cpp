@@ -23,15 +23,16 @@ double fifthRoot(double x) {
     }
 }
 
-double exactLight(double level) {
-    if (level <= LAST_LINEAR_LEVEL) return level / 12.92;
+// The bent part of the curve; below, where it is a line, too, so that the part that lies across the
+// kink is as good as the others.
+double bentLight(double level) {
     const double base = (level + 0.055) / 1.055;
     return base * base * fifthRoot(base * base);
 }
 
-// The level of root * root: x^(1/2.4) is root^(5/6), and that the fifth power of a sixth root.
-double exactLevel(double root) {
-    if (root * root <= LAST_LINEAR_LIGHT) return root * root * 12.92;
+// The level of root * root likewise: x^(1/2.4) is root^(5/6), and that the fifth power of a sixth
+// root.
+double bentLevel(double root) {
     const double sixth = std::sqrt(fixedCubeRoot(root));
     return 1.055 * sixth * sixth * sixth * sixth * sixth - 0.055;
 }
@@ -59,14 +60,14 @@ class Lines {
 
 // Where the curve is a line it is one here too: the kink would not lie between two points.
 double lightOf(double level) {
-    static const Lines LINES(exactLight);
+    static const Lines LINES(bentLight);
     if (!(level > 0)) return 0;
     return level <= LAST_LINEAR_LEVEL ? level / 12.92 : LINES.at(std::min(level, 1.0));
 }
 
 // By the square root, along which the curve is smooth.
 double levelOf(double light) {
-    static const Lines LINES(exactLevel);
+    static const Lines LINES(bentLevel);
     if (!(light > 0)) return 0;
     return light <= LAST_LINEAR_LIGHT ? light * 12.92 : LINES.at(std::sqrt(std::min(light, 1.0)));
 }

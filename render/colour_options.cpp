@@ -15,10 +15,10 @@ constexpr const char* NOT_WITH_SWATCH[] = {
     "--limit",  "--film",   "--output",      "--shard",  "--join",   "--resume",
     "--counts", "--colour", "--escape",      "--scale",  "--period", "--offset",
     "--values", "--inside", "--metadata",    "--range"};
-constexpr const char* NOT_WITH_NUMBERS[] = {
-    "--film",   "--output",      "--shard",    "--join",     "--resume",   "--depth",
-    "--dither", "--supersample", "--gradient", "--blend",    "--range",    "--scale",
-    "--period", "--offset",      "--inside",   "--metadata", "--compress", "--palette"};
+constexpr const char* NOT_WITH_NUMBERS[] = {"--film",   "--output",      "--join",     "--depth",
+                                            "--dither", "--supersample", "--gradient", "--blend",
+                                            "--range",  "--scale",       "--period",   "--offset",
+                                            "--inside", "--metadata",    "--compress", "--palette"};
 
 bool isGiven(const CLI::App& app, const std::string& name) {
     const CLI::Option* option = app.get_option_no_throw(name);

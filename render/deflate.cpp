@@ -41,7 +41,7 @@ std::string_view packWithZlib(std::string_view rows, std::string& room) {
 }
 
 PackedBand withChecksum(std::string_view blocks, std::string_view rows) {
-    return {blocks, isal_adler32(1, asBytes(rows), rows.size()), rows.size()};
+    return {blocks, adlerOf(1, rows), rows.size()};
 }
 
 // At least so many bytes; what is in them does not matter.
@@ -103,6 +103,10 @@ std::string streamTail(std::uint32_t adler) {
     std::string tail("\x03\x00", 2);  // an empty block, the last one
     for (const int shift : {24, 16, 8, 0}) tail += static_cast<char>(adler >> shift & 0xff);
     return tail;
+}
+
+std::uint32_t adlerOf(std::uint32_t before, std::string_view bytes) {
+    return isal_adler32(before, asBytes(bytes), bytes.size());
 }
 
 std::uint32_t joinAdler(std::uint32_t before, std::uint32_t adler, std::uint64_t length) {

@@ -55,6 +55,9 @@ std::string_view streamHead(Compression compression);
 // What it ends with, after bands with this Adler-32 in all.
 std::string streamTail(std::uint32_t adler);
 
+// The Adler-32 of what `before` stands for, followed by these bytes; that of nothing is 1.
+std::uint32_t adlerOf(std::uint32_t before, std::string_view bytes);
+
 // The Adler-32 of what `before` stands for, followed by `length` bytes with this one.
 std::uint32_t joinAdler(std::uint32_t before, std::uint32_t adler, std::uint64_t length);
 

@@ -57,7 +57,7 @@ EncodedBand PngEncoder::band(const Job& job, RowRange range, Workshop& workshop)
     return {pngChunk("IDAT", packed.blocks), packed.adler, packed.length};
 }
 
-std::string PngEncoder::tail(std::uint32_t adler) const {
+std::string PngEncoder::tail(const Job&, std::uint32_t adler) const {
     return pngChunk("IDAT", streamTail(adler)) + pngChunk("IEND", {});
 }
 

@@ -38,7 +38,7 @@ class Encoder {
     virtual EncodedBand band(const Job& job, RowRange range, Workshop& workshop) const = 0;
 
     // adler: of all bands together, as joinAdler() puts it together.
-    virtual std::string tail(std::uint32_t adler) const = 0;
+    virtual std::string tail(const Job& job, std::uint32_t adler) const = 0;
 };
 
 // PNG of three or six bytes a pixel, or of one where the palette has few colours.
@@ -49,7 +49,7 @@ class PngEncoder : public Encoder {
 
     std::string head(const Job& job) const override;
     EncodedBand band(const Job& job, RowRange range, Workshop& workshop) const override;
-    std::string tail(std::uint32_t adler) const override;
+    std::string tail(const Job& job, std::uint32_t adler) const override;
 
   private:
     Compression compression;

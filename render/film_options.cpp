@@ -92,7 +92,8 @@ void addShareOptions(CLI::App& app, Options& options) {
     add(app, "--shard", "K/N", "Only share K of N: every N-th picture, or a band of one",
         [&options](const std::string& text) { options.shard = shard(text); });
     app.add_flag_callback(
-        "--join", [&options] { options.join = true; }, "Make one picture of these bands");
+        "--join", [&options] { options.join = true; },
+        "Make one picture or file of numbers of these bands");
     app.add_flag_callback(
         "--resume", [&options] { options.resume = true; }, "Leave pictures that are done");
 }

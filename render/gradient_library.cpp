@@ -17,7 +17,9 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 8> LIBRARY =
     {"dusk", "#1a1037 0, #5b2a86 0.2, #d0568c 0.4, #ffc29b 0.56, #f7f0ea 0.66, #6c7fc9 0.85"},
     {"glacier", "#062a33 0, #1d7a8c 0.25, #a6e3e0 0.45, #ffffff 0.56, #9db4d6 0.74, #3b4a7a 0.9"},
     {"grey", "#000000 0, #ffffff 0.5"},
-    {"beacon", "#00204d 0, #575c6d 0.2, #a59c74 0.36, #ffea46 0.5, #a59c74 0.64, #575c6d 0.8"},
+    {"beacon",
+     "#001338 0, #2b4f8f 0.18, #6d7a8c 0.3, #b5a46a 0.39, #ffe14d 0.46, #fffbe0 0.5, #ffe14d 0.54, "
+     "#b5a46a 0.61, #6d7a8c 0.7, #2b4f8f 0.82"},
     {"harbour", "#101c3a 0, #2f6bb0 0.2, #9cc7e6 0.36, #fff7e8 0.5, #f0a860 0.66, #8a4a16 0.84"},
 }};
 

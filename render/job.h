@@ -41,9 +41,9 @@ class RowSource {
   public:
     virtual ~RowSource() = default;
 
-    // Writes red, green and blue of each pixel of rows `first` up to `end`, in levels of the depth
-    // that the job has: row y to out + (y - first) * stride. Called from the top down, on one
-    // thread at a time.
+    // Writes rows `first` up to `end`: red, green and blue of each pixel in levels of the depth
+    // that the job has, or where the job is about numbers those: row y to out + (y - first) *
+    // stride. Called from the top down, on one thread at a time.
     virtual void read(int first, int end, unsigned char* out, std::size_t stride) = 0;
 };
 

@@ -8,6 +8,8 @@
 #include "frac/json_document.h"
 #include "render/colour_rows.h"
 #include "render/failure.h"
+#include "render/npy_encoder.h"
+#include "render/number_share.h"
 #include "render/settings.h"
 #include "render/shard.h"
 #include "render/stored_picture.h"
@@ -20,6 +22,7 @@ struct Piece {
     std::string path;
     Band band;
     Document document;  // without the number of the band
+    std::optional<NumberShare> numbers;
 };
 
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
@@ -34,13 +37,28 @@ Settings settingsIn(const Document& document, const std::string& path) {
     }
 }
 
-Piece readPiece(const std::string& path) {
-    Document document = readDocumentFile(path);
+Piece pieceOf(const std::string& path, Document document) {
     const auto size = settingsIn(document, path).size;
     const auto band = size ? readBand(document.render, *size) : std::nullopt;
     if (!band || document.entries.size() != 1) refuse(path, "no band of a picture");
     document.render["band"].erase("number");
-    return {path, *band, std::move(document)};
+    return {path, *band, std::move(document), std::nullopt};
+}
+
+Size sizeOf(const Band& band) {
+    return {band.whole.width, bandPlace(band.whole.height, {band.number, band.count}).rows};
+}
+
+Piece readNumbers(const std::string& path) {
+    NumberShare share = readNumberShare(path);
+    Piece piece = pieceOf(path, share.document);
+    if (sizeOf(piece.band) != share.shape.size) refuse(path, "not of the size that it tells of");
+    piece.numbers = std::move(share);
+    return piece;
+}
+
+Piece readPiece(const std::string& path) {
+    return isNumberFile(path) ? readNumbers(path) : pieceOf(path, readDocumentFile(path));
 }
 
 std::string place(const Band& band) {
@@ -72,9 +90,8 @@ std::vector<Piece> inOrder(std::vector<Piece> pieces) {
 std::shared_ptr<RowSource> rowsOf(const std::vector<Piece>& pieces, bool deep) {
     std::vector<StackedRows::Part> parts;
     for (const Piece& piece : pieces) {
-        const Size whole = piece.band.whole;
-        const int rows = bandPlace(whole.height, {piece.band.number, piece.band.count}).rows;
-        if (rows > 0) parts.push_back({piece.path, {whole.width, rows}});
+        const Size size = sizeOf(piece.band);
+        if (size.height > 0) parts.push_back({piece.path, size});
     }
     return std::make_shared<StackedRows>(std::move(parts), deep);
 }
@@ -98,6 +115,24 @@ Job jobOf(const std::vector<Piece>& pieces, const std::string& output) {
     return job;
 }
 
+void joinPictures(const std::vector<Piece>& pieces, const std::string& output,
+                  const RunOptions& how) {
+    const Band& band = pieces.front().band;
+    const PngEncoder encoder(band.small ? Compression::small : Compression::fast, band.metadata);
+    makePictures({jobOf(pieces, output)}, encoder, how);
+}
+
+void joinNumbers(std::vector<Piece> pieces, const std::string& output, const RunOptions& how) {
+    std::vector<NumberShare> shares;
+    for (Piece& piece : pieces) shares.push_back(std::move(*piece.numbers));
+    const NpyEncoder encoder(shares.front().shape.kind);
+    Job job;
+    job.size = pieces.front().band.whole;
+    job.output = output;
+    job.stored = std::make_shared<StackedNumbers>(std::move(shares));
+    makePictures({job}, encoder, how);
+}
+
 }  // namespace
 
 void joinBands(const std::vector<std::string>& paths, const std::string& output,
@@ -105,10 +140,13 @@ void joinBands(const std::vector<std::string>& paths, const std::string& output,
     std::vector<Piece> pieces;
     for (const std::string& path : paths) pieces.push_back(readPiece(path));
     pieces = inOrder(std::move(pieces));
-    const Band& band = pieces.front().band;
-    const PngEncoder encoder(band.small ? Compression::small : Compression::fast, band.metadata);
     // Rows come in order, so one thread reads and packs them; the calling one writes.
-    makePictures({jobOf(pieces, output)}, encoder, {1, options.quiet});
+    const RunOptions how{1, options.quiet};
+    if (pieces.front().numbers) {
+        joinNumbers(std::move(pieces), output, how);
+    } else {
+        joinPictures(pieces, output, how);
+    }
 }
 
 }  // namespace render

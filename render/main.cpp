@@ -10,6 +10,7 @@
 #include "render/film.h"
 #include "render/join.h"
 #include "render/npy_encoder.h"
+#include "render/number_share.h"
 #include "render/output_file.h"
 #include "render/plan.h"
 #include "render/ppm_encoder.h"
@@ -51,15 +52,28 @@ void makeFiles(const std::vector<render::Job>& jobs, const render::Options& opti
     }
 }
 
+void makeNumbers(const std::vector<render::Job>& jobs, const render::Options& options,
+                 const render::RunOptions& how) {
+    const auto kind =
+        options.colour.values.empty() ? render::NumberKind::counts : render::NumberKind::values;
+    const render::NpyEncoder encoder(kind);
+    if (options.resume) {
+        render::removeLeftoversOf(jobs);
+        render::makePictures(render::unfinishedNumbers(jobs, kind), encoder, how);
+    } else {
+        render::makePictures(jobs, encoder, how);
+    }
+}
+
 void stills(const render::Options& options, const render::Source& source,
             const render::RunOptions& how) {
     const auto jobs = render::planStills(options, source);
     warnOf(source);
     if (options.colour.wantsNumbers()) {
-        render::makePictures(jobs, render::NpyEncoder(!options.colour.values.empty()), how);
-        return;
+        makeNumbers(jobs, options, how);
+    } else {
+        makeFiles(jobs, options, how);
     }
-    makeFiles(jobs, options, how);
 }
 
 void print(const std::string& text) {

@@ -1,8 +1,7 @@
 #include "render/npy_encoder.h"
 
-#include <bit>
-
 #include "render/colour_rows.h"
+#include "render/number_share.h"
 
 namespace render {
 namespace {
@@ -14,32 +13,36 @@ std::string bytesOf(const std::vector<Number>& numbers) {
 
 }  // namespace
 
-// The head, its length in its bytes 8 and 9, ends with a line feed at a multiple of 64 bytes.
 std::string NpyEncoder::head(const Job& job) const {
-    constexpr std::size_t MULTIPLE = 64, BEFORE = 10;
-    const std::string order = std::endian::native == std::endian::little ? "<" : ">";
-    std::string text = "{'descr': '" + order + (values ? "f8" : "i4") +
-                       "', 'fortran_order': False, 'shape': (" + std::to_string(job.size.height) +
-                       ", " + std::to_string(job.size.width) + "), }";
-    while ((BEFORE + text.size() + 1) % MULTIPLE != 0) text += ' ';
-    text += '\n';
-    std::string head("\x93NUMPY\x01\x00", 8);
-    head += static_cast<char>(text.size() & 0xffU);
-    head += static_cast<char>(text.size() >> 8U);
-    return head + text;
+    return npyHead(sizeOfNumbers(job), kind);
 }
 
 EncodedBand NpyEncoder::band(const Job& job, RowRange range, Workshop& workshop) const {
-    NumberRows numbers;
-    const int first = job.band ? job.band->first : 0;
-    computeNumbers(job, {first + range.first, first + range.end}, values, workshop.stop, numbers);
+    if (job.stored) return stored(job, range);
     EncodedBand made;
+    if (sizeOfNumbers(job).height == 0) return made;
+    const bool values = kind == NumberKind::values;
+    const int first = job.band ? job.band->first : 0;
+    NumberRows numbers;
+    computeNumbers(job, {first + range.first, first + range.end}, values, workshop.stop, numbers);
     made.bytes = values ? bytesOf(numbers.values) : bytesOf(numbers.counts);
+    if (!job.band) return made;  // only a record tells a checksum
+    made.adler = adlerOf(1, made.bytes);
+    made.length = made.bytes.size();
     return made;
 }
 
-std::string NpyEncoder::tail(std::uint32_t) const {
-    return {};
+EncodedBand NpyEncoder::stored(const Job& job, RowRange range) const {
+    const std::size_t rowBytes = numberBytes(kind) * static_cast<std::size_t>(job.size.width);
+    EncodedBand made;
+    made.bytes.resize(rowBytes * static_cast<std::size_t>(range.count()));
+    job.stored->read(range.first, range.end, reinterpret_cast<unsigned char*>(made.bytes.data()),
+                     rowBytes);
+    return made;
+}
+
+std::string NpyEncoder::tail(const Job& job, std::uint32_t adler) const {
+    return job.band ? numberRecord(job, kind, adler) : std::string();
 }
 
 }  // namespace render

@@ -102,6 +102,7 @@ Job Planner::jobOf(const fractal& view, Size size) const {
     job.precision =
         options.precision.value_or(source.settings.precision.value_or(Precision::doubles));
     job.supersample = options.supersample.value_or(source.settings.supersample.value_or(1));
+    if (options.colour.wantsNumbers()) job.supersample = 1;  // numbers have no average
     job.palette = paletteFor(job.view.paletteType);
     job.colouring = colouring;
     return job;
@@ -129,11 +130,11 @@ std::string Naming::operator()(std::uint64_t number, int digits) const {
 
 namespace {
 
-// NAME.png becomes NAME.K-of-N.png.
+// NAME.png becomes NAME.K-of-N.png, and .npy likewise.
 std::string bandName(const std::string& name, Shard shard) {
-    constexpr std::string_view ENDING = ".png";
-    return name.substr(0, name.size() - ENDING.size()) + "." + std::to_string(shard.number) +
-           "-of-" + std::to_string(shard.count) + std::string(ENDING);
+    const std::size_t stem = name.rfind('.');
+    return name.substr(0, stem) + "." + std::to_string(shard.number) + "-of-" +
+           std::to_string(shard.count) + name.substr(stem);
 }
 
 // Several pictures are dealt out; of a single one a share is a band, which goes to the name given

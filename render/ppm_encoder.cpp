@@ -18,7 +18,7 @@ EncodedBand PpmEncoder::band(const Job& job, RowRange range, Workshop& workshop)
     return made;
 }
 
-std::string PpmEncoder::tail(std::uint32_t) const {
+std::string PpmEncoder::tail(const Job&, std::uint32_t) const {
     return {};
 }
 

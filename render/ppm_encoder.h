@@ -11,7 +11,7 @@ class PpmEncoder : public Encoder {
   public:
     std::string head(const Job& job) const override;
     EncodedBand band(const Job& job, RowRange range, Workshop& workshop) const override;
-    std::string tail(std::uint32_t adler) const override;
+    std::string tail(const Job& job, std::uint32_t adler) const override;
 };
 
 }  // namespace render

@@ -59,8 +59,9 @@ class Writer {
         : jobs(pictures), encoder(format) {}
 
     void begin(std::size_t picture) {
-        file = std::make_unique<OutputFile>(jobs[picture].output);
-        file->write(encoder.head(jobs[picture]));
+        job = &jobs[picture];
+        file = std::make_unique<OutputFile>(job->output);
+        file->write(encoder.head(*job));
         adler = 1;
     }
 
@@ -70,7 +71,7 @@ class Writer {
     }
 
     void finish() {
-        file->write(encoder.tail(adler));
+        file->write(encoder.tail(*job, adler));
         file->publish();
         file.reset();
     }
@@ -78,6 +79,7 @@ class Writer {
   private:
     const std::vector<Job>& jobs;
     const Encoder& encoder;
+    const Job* job = nullptr;  // that is being written
     std::unique_ptr<OutputFile> file;
     std::uint32_t adler = 1;
 };

@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <random>
+#include <string>
+#include <vector>
 
 #include "render/colour_curves.h"
 #include "render/failure.h"
@@ -28,6 +33,14 @@ TEST(Curves, AreThoseOfSrgb) {
         const double x = n / 100000.0;
         ASSERT_NEAR(render::lightOf(x), lightByLibrary(x), 3e-7) << x;
         ASSERT_NEAR(render::levelOf(x), levelByLibrary(x), 3e-7) << x;
+    }
+}
+
+TEST(Curves, GoOnEvenlyWhereTheirLineEnds) {
+    for (int n = -20000; n <= 20000; ++n) {
+        const double level = 0.04045 + n * 1e-8, light = 0.04045 / 12.92 + n * 1e-9;
+        ASSERT_NEAR(render::lightOf(level), lightByLibrary(level), 3e-7) << level;
+        ASSERT_NEAR(render::levelOf(light), levelByLibrary(light), 3e-7) << light;
     }
 }
 
@@ -98,6 +111,20 @@ TEST(Stops, HaveTheirColoursAtTheirPlacesAndTurnFollowsTurn) {
     expectColour(gradient.at(0.5, Blend::srgb), {0.5, 0, 0.5}, 1e-12);
     const double half = levelByLibrary(0.5);
     expectColour(gradient.at(0.5, Blend::linear), {half, 0, half}, 1e-6);
+}
+
+TEST(Stops, MayBeAsManyAsAGimpFileHasSegments) {
+    const auto stops = [](int count) {
+        std::string text = "#000000 0";
+        for (int n = 1; n < count; ++n) text += ", #ffffff 1";
+        return text;
+    };
+    EXPECT_EQ(complaint(stops(4096)), "none");
+    EXPECT_EQ(complaint(stops(4097)), "column 45066: expected no more stops");
+}
+
+TEST(Stops, HaveNoNegativeZeroAsTheirPlace) {
+    EXPECT_EQ(render::readGradient("#010203 -0, #ffffff -0.0").text(), "#010203 0, #ffffff 0");
 }
 
 TEST(TwoStopsAtOnePlace, MakeAnEdge) {
@@ -186,10 +213,13 @@ TEST(TheGreyGradient, IsGrey) {
     }
 }
 
-// GIMP's documented factors: `middle` and `pos` within a segment of length 1.
+// GIMP's documented factors: `middle` and `pos` within a segment of length 1. What is nearer to an
+// end than its epsilon lies at that end.
 double gimpFactor(int blending, double middle, double pos) {
-    const double linear =
-        pos <= middle ? 0.5 * pos / middle : 0.5 + 0.5 * (pos - middle) / (1 - middle);
+    const bool first = middle < 1e-10, last = 1 - middle < 1e-10;
+    const double linear = pos <= middle ? (first ? 0 : 0.5 * pos / middle)
+                                        : (last ? 1 : 0.5 + 0.5 * (pos - middle) / (1 - middle));
+    if (blending == 1 && (first || last)) return first ? 1 : 0;
     const double pi = std::acos(-1.0);
     switch (blending) {
         case 1:
@@ -227,15 +257,29 @@ TEST(GimpsBlendings, FollowItsFormulas) {
 
 TEST(GimpsBlendings, StandTheMiddleAtAnEnd) {
     for (int blending = 0; blending <= 5; ++blending) {
-        for (const double middle : {0.0, 1.0}) {
+        for (const double middle : {0.0, 5e-11, 2e-10, 1 - 2e-10, 1 - 5e-11, 1.0}) {
             Segment segment;
             segment.middle = middle;
             segment.blending = static_cast<Segment::Blending>(blending);
-            for (const double pos : {0.0, 0.3, 1.0}) {
-                const double share = shareAt(segment, pos);
-                EXPECT_TRUE(share >= -1e-12 && share <= 1 + 1e-12) << blending << middle << pos;
+            for (const double pos : {0.0, 2e-11, 1e-10, 0.3, 0.6, 1 - 1e-10, 1 - 2e-11, 1.0}) {
+                EXPECT_NEAR(shareAt(segment, pos), gimpFactor(blending, middle, pos), 2e-6)
+                    << blending << " " << middle << " " << pos;
             }
         }
+    }
+}
+
+TEST(GimpsBlendings, TakeTheMiddleOfASegmentWithoutALength) {
+    for (int blending = 0; blending <= 5; ++blending) {
+        Segment segment;
+        segment.left = 0.3;
+        segment.blending = static_cast<Segment::Blending>(blending);
+        for (const double length : {0.0, 9e-11}) {
+            segment.middle = segment.right = 0.3 + length;
+            EXPECT_NEAR(shareAt(segment, 0.3), gimpFactor(blending, 0.5, 0.5), 1e-12) << blending;
+        }
+        segment.middle = segment.right = 0.3 + 2e-10;  // long enough to have ends
+        EXPECT_NEAR(shareAt(segment, 0.3), gimpFactor(blending, 1, 0), 1e-6) << blending;
     }
 }
 
@@ -256,6 +300,94 @@ TEST(GimpsColourings, GoTheirWaysRoundTheHues) {
     expectColour(gimp("0.8 0 0 1  0.2 0.4 0.2 1", 1).at(0.5, Blend::srgb), {0.6, 0.6, 0.15}, 1e-12);
 }
 
+// Hue, saturation and value, and back, written another way than the program's: a remainder for the
+// hue, and one formula for all three levels.
+Levels hsvOf(const Levels& c) {
+    const double most = std::max({c[0], c[1], c[2]}), least = std::min({c[0], c[1], c[2]});
+    const double span = most - least;
+    if (span <= 0.0001) return {0, 0, most};
+    const double sixths = most == c[0]   ? std::fmod(6 + (c[1] - c[2]) / span, 6)
+                          : most == c[1] ? 2 + (c[2] - c[0]) / span
+                                         : 4 + (c[0] - c[1]) / span;
+    return {sixths / 6, span / most, most};
+}
+
+Levels rgbOf(double hue, double saturation, double value) {
+    Levels out{};
+    for (std::size_t c = 0; c < 3; ++c) {
+        const double k = std::fmod(std::array<double, 3>{5, 3, 1}[c] + 6 * hue, 6);
+        out[c] = value - value * saturation * std::clamp(std::min(k, 4 - k), 0.0, 1.0);
+    }
+    return out;
+}
+
+// way: 1 to greater hues, 2 to lesser ones, each past the end where it must; equal hues once round.
+Levels gimpColour(const Levels& from, const Levels& to, int way, double share) {
+    const Levels a = hsvOf(from), b = hsvOf(to);
+    const auto mix = [&](std::size_t n) { return a[n] + share * (b[n] - a[n]); };
+    double distance = way == 1 ? b[0] - a[0] : a[0] - b[0];
+    if (distance <= 0) distance += 1;
+    const double hue = a[0] + (way == 1 ? distance : -distance) * share;
+    return rgbOf(hue - std::floor(hue), mix(1), mix(2));
+}
+
+void expectGimpColours(const Levels& from, const Levels& to) {
+    const auto levels = [](const Levels& c) {
+        std::string text;
+        for (const double level : c) text += std::to_string(level) + " ";
+        return text + "1 ";
+    };
+    for (const int way : {1, 2}) {
+        const Gradient gradient = gimp(levels(from) + levels(to), way);
+        for (int n = 0; n <= 20; ++n) {
+            const Levels actual = gradient.at(n / 20.0, Blend::srgb);
+            const Levels expected = gimpColour(from, to, way, n / 20.0);
+            for (std::size_t c = 0; c < 3; ++c) {
+                ASSERT_NEAR(actual[c], expected[c], 1e-9)
+                    << levels(from) << levels(to) << way << " " << n;
+            }
+        }
+    }
+}
+
+TEST(GimpsColourings, AreItsFormulasBetweenAnyTwoColours) {
+    std::mt19937 random(5);
+    const auto level = [&] { return static_cast<double>(random() % 1001) / 1000; };
+    for (int n = 0; n < 1000; ++n) {
+        expectGimpColours({level(), level(), level()}, {level(), level(), level()});
+    }
+}
+
+TEST(GimpsColourings, AreItsFormulasWhereColoursHaveOneHueOrNone) {
+    const Levels red = {0.9, 0.1, 0.1}, pale = {0.9, 0.5, 0.5}, blue = {0.2, 0.2, 0.7};
+    for (const Levels& grey : {Levels{0, 0, 0}, Levels{1, 1, 1}, Levels{0.5, 0.50005, 0.5}}) {
+        expectGimpColours(grey, blue);
+        expectGimpColours(blue, grey);
+    }
+    expectGimpColours({0.5, 0.50015, 0.5}, blue);  // just a hue
+    expectGimpColours(red, pale);
+    expectGimpColours(red, red);
+    expectGimpColours(blue, blue);
+    expectGimpColours(red, blue);
+    expectGimpColours(blue, red);
+}
+
+TEST(TheLastColour, IsThatOfTheFileToTheBit) {
+    const Levels last = {0.123, 0.456, 0.789};
+    for (const Blend blend : {Blend::oklab, Blend::linear, Blend::srgb}) {
+        EXPECT_EQ(gimp("1 0.5 0 1  0.123 0.456 0.789 1", 0).at(1, blend), last);
+        EXPECT_EQ(gimp("0.123 0.456 0.789 1  1 0.5 0 1", 0).at(0, blend), last);
+    }
+}
+
+TEST(Edges, AreEndsAndMiddlesOfSegmentsInsideTheTurn) {
+    const Gradient file = render::readGradient(
+        "GIMP Gradient\n2\n0 0.1 0.3 1 0 0 1 0 1 0 1 0 0\n0.3 0.4 1 0 0 1 1 0 1 1 1 0 0\n");
+    EXPECT_EQ(file.edges(), (std::vector<double>{0, 0.1, 0.3, 0.4, 1}));
+    const Gradient stops = render::readGradient("#000000 0.25, #ffffff 0.5");
+    EXPECT_EQ(stops.edges(), (std::vector<double>{0, 0.25, 0.375, 0.5, 0.875, 1}));
+}
+
 TEST(AGimpFile, IsToldByTheLineOfItsMistake) {
     const std::string good = "GIMP Gradient\nName: x\n1\n0 0.5 1 1 0 0 1 0 0 1 1 0 0 0 0\n";
     EXPECT_EQ(complaint(good), "none");
@@ -274,6 +406,60 @@ TEST(AGimpFile, IsToldByTheLineOfItsMistake) {
     EXPECT_EQ(with("1 0 0 1 0", "1 0 x 1 0"), "line 4:");
     EXPECT_EQ(with("1 1 0 0 0 0", "1"), "line 4:");
     EXPECT_EQ(with("1 0 0 1 0", "2 0 0 1 0"), "line 4:");
+    EXPECT_EQ(with("1 0 0 1 0", "1 0 -0.1 1 0"), "line 4:");
+    EXPECT_EQ(with("\n1\n", "\n1.5\n"), "line 3:");
+    EXPECT_EQ(with("\n1\n", "\n4096\n"), "line 5:");
+    EXPECT_EQ(with("\n1\n", "\n4097\n"), "line 3:");
+    EXPECT_EQ(with("0 0.5 1", "0.00002 0.5 1"), "line 4:");
+    EXPECT_EQ(with("0 0.5 1", "0 0.5 1.00002"), "line 4:");
+    EXPECT_EQ(with("1 1 0 0 0 0", "1 1 0 0 5 0"), "line 4:");
+    EXPECT_EQ(with("1 1 0 0 0 0", "1 1 0 0 0 -1"), "line 4:");
+    EXPECT_EQ(with("1 1 0 0 0 0", "1 1 0 0.5 0 0"), "line 4:");
+}
+
+TEST(AGimpFile, MayHaveWhatGimpWrites) {
+    const std::string colours = " 1 0 0 1 0 0 1 1 0 0";
+    const auto file = [&](const std::string& lines) {
+        return complaint("GIMP Gradient\n" + lines + "\n");
+    };
+    EXPECT_EQ(file("1\r\n0 0.5 1" + colours + "\r"), "none");  // lines of another system
+    EXPECT_EQ(file("Name: a\n1  \n0 0.5 1" + colours + "  "), "none");
+    EXPECT_EQ(file("1\n0 0.5 1" + colours + " 0 0"), "none");  // with kinds of colours
+    EXPECT_EQ(file("1\n0 0 1" + colours), "none");             // a middle at an end
+    EXPECT_EQ(file("1\n0 1 1" + colours), "none");
+    EXPECT_EQ(file("1\n0.000009 0.5 0.999991" + colours), "none");  // rounded places
+    EXPECT_EQ(file("1\n0 0.5 1.000009" + colours), "none");
+    EXPECT_EQ(file("2\n0 0 0" + colours + "\n0 0.5 1" + colours), "none");
+}
+
+TEST(AGimpFile, HasBlackForegroundAndWhiteBackground) {
+    const auto at = [](int kind, double place) {
+        std::string file = "GIMP Gradient\n1\n0 0.5 1 0.2 0.4 0.6 1 0.3 0.5 0.7 1 0 0 k k\n";
+        std::replace(file.begin(), file.end(), 'k', static_cast<char>('0' + kind));
+        return render::readGradient(file).at(place, Blend::srgb);
+    };
+    EXPECT_EQ(at(0, 0), (Levels{0.2, 0.4, 0.6}));
+    EXPECT_EQ(at(0, 1), (Levels{0.3, 0.5, 0.7}));
+    for (const double place : {0.0, 1.0}) {
+        EXPECT_EQ(at(1, place), (Levels{0, 0, 0}));
+        EXPECT_EQ(at(2, place), (Levels{0, 0, 0}));
+        EXPECT_EQ(at(3, place), (Levels{1, 1, 1}));
+        EXPECT_EQ(at(4, place), (Levels{1, 1, 1}));
+    }
+}
+
+TEST(AGimpFile, GivesATextThatGimpCouldRead) {
+    const std::string text = "GIMP Gradient\n1\n0 0.25 1 1 0.5 0 1 0 0.125 1 1 3 2\n";
+    EXPECT_EQ(render::readGradient(text).text(), text);
+}
+
+TEST(AFileOfColours, IsKnownByTheEndOfItsName) {
+    for (const char* name : {"a.map", "a.ggr", "folder/b.c.map"}) {
+        EXPECT_TRUE(render::isGradientFile(name)) << name;
+    }
+    for (const char* name : {".map", ".ggr", "map", "a.png", "a.map.png", "tide", ""}) {
+        EXPECT_FALSE(render::isGradientFile(name)) << name;
+    }
 }
 
 }  // namespace

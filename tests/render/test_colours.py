@@ -270,6 +270,11 @@ class Numbers(ColourTest):
         exact = np.where(np.isnan(values), 0, values / 1000 * 65535)
         self.assertLess(np.abs(picture[..., 0] - exact).max(), 0.6)
 
+    def test_those_of_a_supersampled_picture_are_one_a_pixel(self):
+        self.write("p.png", self.still(TOUR, "--entry", 1, "--size", "40x30", "--supersample", 3))
+        plain = self.numbers("counts", TOUR, "--entry", 1, "--size", "40x30")
+        np.testing.assert_array_equal(self.numbers("counts", "p.png"), plain)
+
     def test_they_go_to_a_folder_and_to_standard_output(self):
         os.mkdir(self.path("out"))
         self.render(TOUR, "--entry", "1-2", "--size", "8x6", "--counts", "out/")

@@ -92,7 +92,7 @@ class Mistakes(RenderTest):
                         ["--counts", "a.npy", "--values", "b.npy"],
                         ["--counts", "a.npy", "-o", "b.npy"], ["--values", "a.npy", "--film"],
                         ["--values", "a.npy", "--supersample", 2],
-                        ["--counts", "a.npy", "--shard", "1/2"], ["--swatch", "a.png"]):
+                        ["--counts", "a.npy", "--join"], ["--swatch", "a.png"]):
             with self.subTest(options=options):
                 self.assertIn(options[0], self.fails(2, "-", *options, data=record()))
         self.fails(2, "--swatch", "a.png", "--film")

@@ -1,12 +1,17 @@
 """The pages about tessary-render are true: every command runs, every option is told everywhere."""
 
+import io
 import os
 import re
 import shutil
 import subprocess
+import types
 import unittest
 
-from render_command import BUILD, SOURCE, RenderTest, pixels
+import numpy as np
+from PIL import Image
+
+from render_command import BUILD, RENDER, SOURCE, RenderTest, pixels
 
 
 def page(*path):
@@ -43,6 +48,37 @@ class Examples(RenderTest):
 
     def test_those_of_the_manual_run(self):
         self.run_all(page("docs", "man", "tessary-render.1.scd"))
+
+
+class Gallery(RenderTest):
+    """The page of every formula in every gradient."""
+
+    def setUp(self):
+        super().setUp()
+        self.gallery = types.ModuleType("make_gallery")  # not imported, which would leave a file
+        self.gallery.__file__ = os.path.join(SOURCE, "docs", "gallery", "make_gallery.py")
+        exec(page("docs", "gallery", "make_gallery.py"), vars(self.gallery))
+
+    def test_it_has_a_view_of_every_formula(self):
+        told = re.search(r"(?m)^\| `formula` \| (.*); any other", page("docs", "json-format.md"))[1]
+        self.assertEqual([formula for _, formula in self.gallery.views()],
+                         re.findall(r"`([\w-]+)`", told))
+        self.assertEqual(len(self.gallery.views()), 14)
+
+    def test_it_has_every_gradient(self):
+        told = self.fails(2, "--swatch", "s.png", "--gradient", "none")
+        self.assertIn("expected " + ", ".join(self.gallery.GRADIENTS) + ", a .map", told)
+
+    def test_it_shows_each_in_each_and_in_the_sheet(self):
+        self.gallery.make_pictures(RENDER, self.folder, 16, ["tide", "grey"])
+        self.assertEqual(len(self.names()), 28)
+        shown = re.findall(r'src="([^"]+)"', self.gallery.page(16, ["tide", "grey"]))
+        self.assertEqual(sorted(shown), self.names())
+        whole = np.asarray(Image.open(io.BytesIO(self.gallery.sheet(self.folder, 16,
+                                                                    ["tide", "grey"]))))
+        self.assertEqual(whole.shape, (14 * 16, 2 * 16, 3))
+        colourful = np.ptp(whole.astype(int), axis=2)
+        self.assertGreater(colourful[:, :16].mean(), 10 * colourful[:, 16:].mean())
 
 
 class Options(RenderTest):
