@@ -31,8 +31,14 @@ class ColourRows {
     void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
 
   private:
+    void colourRow(const Job& job, int y, std::size_t sample, unsigned char* out);
+    void averageRow(const Job& job, int y, std::size_t sample, unsigned char* out) const;
+    const double* valuesFrom(const Job& job, std::size_t sample);
+
     const std::atomic<bool>& stop;
     NumberRows numbers;
+    std::vector<double> row;         // a row of counts as values
+    std::vector<std::int32_t> left;  // pixels of a row that vectors leave
 };
 
 // A row of colours as such levels. y: in the whole picture.
