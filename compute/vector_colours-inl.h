@@ -28,8 +28,9 @@ namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
 // Pixels that are worked on together, and their levels: red, green, blue and the mark of a part
-// that is not straight.
-inline constexpr std::size_t PIXELS = ROUNDINGS;
+// that is not straight. So many that each way of working is a loop through memory: of fewer the
+// compiler would pick single lanes out of registers, which costs more.
+inline constexpr std::size_t PIXELS = 64;
 inline constexpr std::size_t LEVELS = 4 * PIXELS;
 
 // A pixel's part of the gradient and how far it lies in it, from 0 to 1.
@@ -92,7 +93,8 @@ HWY_INLINE void roundLevels(const float* levels, const double* roundings, Out* o
     HWY_ALIGN std::int32_t whole[LEVELS];
     for (std::size_t at = 0; at < LEVELS; at += hn::Lanes(d)) {
         const auto level = hn::PromoteTo(d, hn::Load(df, levels + at));
-        const auto raised = hn::Add(hn::Mul(level, most), hn::Load(d, roundings + at));
+        const auto rounding = hn::Load(d, roundings + at % (4 * ROUNDINGS));
+        const auto raised = hn::Add(hn::Mul(level, most), rounding);
         hn::Store(hn::DemoteTo(dHalf, raised), dHalf, whole + at);
     }
     const hn::ScalableTag<std::int32_t> di;
@@ -126,10 +128,10 @@ HWY_INLINE bool putPixels(const Whole* levels, unsigned char* out) {
 // What is the same for all pixels of a row.
 struct RowOfColours {
     const ValueColours& how;
-    HWY_ALIGN double roundings[LEVELS];
+    HWY_ALIGN double roundings[4 * ROUNDINGS];  // of each level
 
-    RowOfColours(const ValueColours& colours, const double* sixteen) : how(colours) {
-        for (std::size_t n = 0; n < LEVELS; ++n) roundings[n] = sixteen[n / 4];
+    RowOfColours(const ValueColours& colours, const double* ofPixels) : how(colours) {
+        for (std::size_t n = 0; n < 4 * ROUNDINGS; ++n) roundings[n] = ofPixels[n / 4];
     }
 };
 

@@ -135,6 +135,17 @@ void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigne
     }
 }
 
+void colourRow(const Colouring& how, int y, const double* values, std::vector<std::int32_t>& left,
+               unsigned char* out) {
+    const int pixel = how.isDeep() ? 6 : 3;
+    const int count = colourValues(how.forRows(), roundingsOf(how, y), values,
+                                   static_cast<int>(left.size()), out, left.data());
+    for (int n = 0; n < count; ++n) {
+        const int x = left[static_cast<std::size_t>(n)];
+        putLevels(how.of(values[x]), how, x, y, out + x * pixel);
+    }
+}
+
 int pixelBytes(const Job& job) {
     return job.colouring && job.colouring->isDeep() ? 6 : 3;
 }
@@ -142,6 +153,7 @@ int pixelBytes(const Job& job) {
 void ColourRows::render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
     const int n = job.supersample;
     const int step = std::max(SAMPLE_ROWS / n, 1);
+    left.resize(static_cast<std::size_t>(job.size.width));
     const auto rowOfPixels =
         static_cast<std::size_t>(n * n) * static_cast<std::size_t>(job.size.width);
     for (int first = rows.first; first < rows.end && !stop; first += step) {
@@ -150,7 +162,7 @@ void ColourRows::render(const Job& job, RowRange rows, unsigned char* out, std::
         std::size_t sample = 0;
         for (int y = first; y < end; ++y, out += stride, sample += rowOfPixels) {
             if (n == 1 && job.colouring->hasGradient()) {
-                colourRow(job, y, sample, out);
+                colourRow(*job.colouring, y, valuesFrom(job, sample), left, out);
             } else {
                 averageRow(job, y, sample, out);
             }
@@ -168,18 +180,6 @@ const double* ColourRows::valuesFrom(const Job& job, std::size_t sample) {
         value = count < job.view.maxIters ? count : INSIDE;
     }
     return row.data();
-}
-
-void ColourRows::colourRow(const Job& job, int y, std::size_t sample, unsigned char* out) {
-    const Colouring& how = *job.colouring;
-    const double* values = valuesFrom(job, sample);
-    left.resize(static_cast<std::size_t>(job.size.width));
-    const int count =
-        colourValues(how.forRows(), roundingsOf(how, y), values, job.size.width, out, left.data());
-    for (int n = 0; n < count; ++n) {
-        const int x = left[static_cast<std::size_t>(n)];
-        putLevels(how.of(values[x]), how, x, y, out + x * pixelBytes(job));
-    }
 }
 
 void ColourRows::averageRow(const Job& job, int y, std::size_t sample, unsigned char* out) const {

@@ -31,7 +31,6 @@ class ColourRows {
     void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
 
   private:
-    void colourRow(const Job& job, int y, std::size_t sample, unsigned char* out);
     void averageRow(const Job& job, int y, std::size_t sample, unsigned char* out) const;
     const double* valuesFrom(const Job& job, std::size_t sample);
 
@@ -43,6 +42,11 @@ class ColourRows {
 
 // A row of colours as such levels. y: in the whole picture.
 void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigned char* out);
+
+// The levels of a row of values over a gradient, as putLevels() makes them of how.of(value), with
+// vectors where the machine has them. room: as many elements as there are pixels.
+void colourRow(const Colouring& how, int y, const double* values, std::vector<std::int32_t>& room,
+               unsigned char* out);
 
 // Number of bytes of a pixel: 3 or 6.
 int pixelBytes(const Job& job);
