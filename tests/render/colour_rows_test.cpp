@@ -136,7 +136,7 @@ TEST(ARowOfValues, HasThemAtAnyWidth) {
 }
 
 TEST(ARowOfValues, HasThemAtAnyPeriodOffsetAndRange) {
-    WantedColours colours = smoothWith("grey");
+    WantedColours colours = smoothWith("#000000 0, #ffffff 1");
     for (const Scale scale : {Scale::linear, Scale::squareRoot, Scale::logarithm}) {
         colours.scale = scale;
         for (const double period : {1e-300, 0.3, 1.0, 12.5, 1e300}) {
