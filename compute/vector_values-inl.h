@@ -23,9 +23,9 @@
 #include <cstring>
 #include <limits>
 
-#include "compute/fixed_math.h"  // the plain functions first, then those of the vectors
 #include "compute/value_tile.h"
 #include "compute/vector_certified-inl.h"
+#include "compute/vector_log-inl.h"
 #include "compute/vector_tile-inl.h"
 
 #if HWY_TARGET != HWY_SCALAR
@@ -33,22 +33,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
-
-HWY_INLINE BinaryParts<Real> binaryParts(Real x) {
-    const RealTag d;
-    const hn::RebindToUnsigned<RealTag> du;
-    const auto shifted = hn::Add(hn::BitCast(du, x.v), hn::Set(du, ONE_BITS - MANTISSA_START));
-    const auto mantissa =
-        hn::Add(hn::And(shifted, hn::Set(du, FRACTION_BITS)), hn::Set(du, MANTISSA_START));
-    // The bits of 2^52 + e are those of 2^52 with e in their last places.
-    const auto biased = hn::Or(hn::ShiftRight<52>(shifted), hn::BitCast(du, hn::Set(d, 0x1p52)));
-    return {Real(hn::Sub(hn::BitCast(d, biased), hn::Set(d, 0x1p52 + 1023))),
-            Real(hn::BitCast(d, mantissa))};
-}
-
-#define TESSARY_VECTOR_TEXT
-#include "compute/fixed_math.h"
-#undef TESSARY_VECTOR_TEXT
 
 // Slots that hold |z|^2 before and after the step at which their orbit escaped.
 template <class T>

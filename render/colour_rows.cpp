@@ -1,9 +1,12 @@
 #include "render/colour_rows.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <limits>
 
 #include "compute/pixels.h"
+#include "compute/value_colours.h"
 #include "compute/value_tile.h"
 #include "render/colour_curves.h"
 
@@ -89,6 +92,18 @@ void putDeep(double level, unsigned char* out) {
     out[1] = static_cast<unsigned char>(whole & 0xffU);
 }
 
+// What is added to levels of row y before they are cut.
+const double* roundingsOf(const Colouring& how, int y) {
+    constexpr auto HALVES = [] {
+        std::array<double, ROUNDINGS> halves{};
+        halves.fill(0.5);
+        return halves;
+    }();
+    static constexpr std::array<double, ROUNDINGS> NEAREST = HALVES;
+    return how.isDithered() ? DITHER[static_cast<unsigned>(y) % DITHER.size()].data()
+                            : NEAREST.data();
+}
+
 }  // namespace
 
 void computeNumbers(const Job& job, RowRange rows, bool values, const std::atomic<bool>& stop,
@@ -120,26 +135,59 @@ void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigne
     }
 }
 
+void colourRow(const Colouring& how, int y, const double* values, std::vector<std::int32_t>& left,
+               unsigned char* out) {
+    const int pixel = how.isDeep() ? 6 : 3;
+    const int count = colourValues(how.forRows(), roundingsOf(how, y), values,
+                                   static_cast<int>(left.size()), out, left.data());
+    for (int n = 0; n < count; ++n) {
+        const int x = left[static_cast<std::size_t>(n)];
+        putLevels(how.of(values[x]), how, x, y, out + x * pixel);
+    }
+}
+
 int pixelBytes(const Job& job) {
     return job.colouring && job.colouring->isDeep() ? 6 : 3;
 }
 
 void ColourRows::render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride) {
-    const int n = job.supersample, pixel = pixelBytes(job);
+    const int n = job.supersample;
     const int step = std::max(SAMPLE_ROWS / n, 1);
-    const Samples samples(job, numbers);
+    left.resize(static_cast<std::size_t>(job.size.width));
+    const auto rowOfPixels =
+        static_cast<std::size_t>(n * n) * static_cast<std::size_t>(job.size.width);
     for (int first = rows.first; first < rows.end && !stop; first += step) {
         const int end = std::min(first + step, rows.end);
         computeNumbers(job, {first * n, end * n}, job.colouring->isSmooth(), stop, numbers);
         std::size_t sample = 0;
-        for (int y = first; y < end; ++y, out += stride) {
-            for (int x = 0; x < job.size.width; ++x, sample += static_cast<std::size_t>(n)) {
-                putLevels(n == 1 ? samples.at(sample) : samples.average(sample), *job.colouring, x,
-                          y, out + x * pixel);
+        for (int y = first; y < end; ++y, out += stride, sample += rowOfPixels) {
+            if (n == 1 && job.colouring->hasGradient()) {
+                colourRow(*job.colouring, y, valuesFrom(job, sample), left, out);
+            } else {
+                averageRow(job, y, sample, out);
             }
-            sample +=
-                static_cast<std::size_t>((n - 1) * n) * static_cast<std::size_t>(job.size.width);
         }
+    }
+}
+
+// Values of a row of samples. A count is one; that of a point that stays is none.
+const double* ColourRows::valuesFrom(const Job& job, std::size_t sample) {
+    if (job.colouring->isSmooth()) return numbers.values.data() + sample;
+    constexpr double INSIDE = std::numeric_limits<double>::quiet_NaN();
+    row.resize(static_cast<std::size_t>(job.size.width));
+    for (double& value : row) {
+        const std::int32_t count = numbers.counts[sample++];
+        value = count < job.view.maxIters ? count : INSIDE;
+    }
+    return row.data();
+}
+
+void ColourRows::averageRow(const Job& job, int y, std::size_t sample, unsigned char* out) const {
+    const Samples samples(job, numbers);
+    const int n = job.supersample, pixel = pixelBytes(job);
+    for (int x = 0; x < job.size.width; ++x, sample += static_cast<std::size_t>(n)) {
+        putLevels(n == 1 ? samples.at(sample) : samples.average(sample), *job.colouring, x, y,
+                  out + x * pixel);
     }
 }
 

@@ -31,12 +31,22 @@ class ColourRows {
     void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
 
   private:
+    void averageRow(const Job& job, int y, std::size_t sample, unsigned char* out) const;
+    const double* valuesFrom(const Job& job, std::size_t sample);
+
     const std::atomic<bool>& stop;
     NumberRows numbers;
+    std::vector<double> row;         // a row of counts as values
+    std::vector<std::int32_t> left;  // pixels of a row that vectors leave
 };
 
 // A row of colours as such levels. y: in the whole picture.
 void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigned char* out);
+
+// The levels of a row of values over a gradient, as putLevels() makes them of how.of(value), with
+// vectors where the machine has them. room: as many elements as there are pixels.
+void colourRow(const Colouring& how, int y, const double* values, std::vector<std::int32_t>& room,
+               unsigned char* out);
 
 // Number of bytes of a pixel: 3 or 6.
 int pixelBytes(const Job& job);

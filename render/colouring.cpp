@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "compute/fixed_math.h"
 #include "compute/saturate.h"
@@ -57,22 +58,36 @@ double escapeBound(const fractal& view, const WantedColours& colours) {
     return raised ? std::max(own, SMOOTH_BOUND) : own;
 }
 
-GradientTable::GradientTable(const Gradient& from, Blend how) : gradient(from), blend(how) {
-    parts.resize(PARTS);
-    for (int n = 0; n < PARTS; ++n) parts[static_cast<std::size_t>(n)] = partAt(n);
+namespace {
+
+void bend(GradientPart& part) {
+    part.start[3] = 1;
+}
+
+}  // namespace
+
+GradientTable::GradientTable(const Gradient& from, Blend how, const Levels& inside)
+    : gradient(from), blend(how), parts(GRADIENT_TABLE) {
+    for (int n = 0; n < GRADIENT_PARTS; ++n) parts[static_cast<std::size_t>(n)] = partAt(n);
     for (const double edge : gradient.edges()) {
-        const double place = edge * PARTS;
+        const double place = edge * GRADIENT_PARTS;
         const auto n = static_cast<std::size_t>(place);
-        if (n < parts.size() && place > static_cast<double>(n)) parts[n].straight = false;
+        if (n < GRADIENT_END && place > static_cast<double>(n)) bend(parts[n]);
+    }
+    bend(parts[GRADIENT_END]);
+    for (std::size_t c = 0; c < 3; ++c) {
+        parts[GRADIENT_INSIDE].start[c] = static_cast<float>(inside[c]);
     }
 }
 
 // The end of a part is taken a little before it, as an edge may lie there.
-GradientTable::Part GradientTable::partAt(int n) const {
+GradientPart GradientTable::partAt(int n) const {
     constexpr double END = 1 - 0x1p-20, NEAR = 0.25 / 65535;
-    const auto colourAt = [&](double share) { return gradient.at((n + share) / PARTS, blend); };
+    const auto colourAt = [&](double share) {
+        return gradient.at((n + share) / GRADIENT_PARTS, blend);
+    };
     const Levels start = colourAt(0), end = colourAt(END);
-    Part part;
+    GradientPart part;
     for (std::size_t c = 0; c < 3; ++c) {
         part.start[c] = static_cast<float>(start[c]);
         part.change[c] = static_cast<float>(end[c] - start[c]);
@@ -81,7 +96,7 @@ GradientTable::Part GradientTable::partAt(int n) const {
         const Levels exact = colourAt(share);
         for (std::size_t c = 0; c < 3; ++c) {
             const double line = start[c] + share * (end[c] - start[c]);
-            if (!(std::abs(line - exact[c]) < NEAR)) part.straight = false;
+            if (!(std::abs(line - exact[c]) < NEAR)) bend(part);
         }
     }
     return part;
@@ -105,7 +120,7 @@ Colouring::Colouring(const WantedColours& colours)
     if (!gradient) return;
     options.gradient = gradient;
     options.blend = colours.blend.value_or(gradient->usualBlend());
-    table = std::make_shared<const GradientTable>(*gradient, *options.blend);
+    table = std::make_shared<const GradientTable>(*gradient, *options.blend, insideLevels);
     if (options.range) stretch(*options.range);
 }
 
@@ -113,6 +128,18 @@ void Colouring::stretch(const ValueRange& range) {
     options.range = range;
     start = scaled(range.least, scale);
     turn = scaled(range.greatest, scale) - start;
+}
+
+// Over a range without a length all values lie where the gradient begins, as nothing divided by
+// infinity is.
+ValueColours Colouring::forRows() const {
+    const bool ranged = options.range.has_value();
+    ValueColours rows{table->data(), scale, start, turn, offset, ranged, deep};
+    if (ranged && !(turn > 0)) {
+        rows.turn = std::numeric_limits<double>::infinity();
+        rows.start = rows.offset = 0;
+    }
+    return rows;
 }
 
 Colouring Colouring::over(const ValueRange& range) const {

@@ -7,12 +7,13 @@
 #include <optional>
 #include <vector>
 
+#include "compute/value_colours.h"
 #include "frac/fractal.h"
 #include "render/gradient.h"
 
 namespace render {
 
-enum class Scale { linear, squareRoot, logarithm };
+using Scale = ValueScale;
 
 inline constexpr double USUAL_PERIOD = 64;
 inline constexpr double SMOOTH_BOUND = 65536;  // see escapeBound()
@@ -51,27 +52,25 @@ WantedColours merged(WantedColours chosen, const WantedColours& usual);
 // have one polynomial everywhere: the further out, the smoother.
 double escapeBound(const fractal& view, const WantedColours& colours);
 
-// A gradient in 4096 parts, each a straight line where that is as good as the gradient itself, so
-// that a pixel costs little more than looking. Any thread.
+// A gradient in GRADIENT_PARTS parts, each a straight line where that is as good as the gradient
+// itself, so that a pixel costs little more than looking. Any thread.
 class GradientTable {
   public:
-    // The gradient must outlive it.
-    GradientTable(const Gradient& gradient, Blend blend);
+    // The gradient must outlive it. inside: the colour of values that are NaN.
+    GradientTable(const Gradient& gradient, Blend blend, const Levels& inside = {});
 
     // The colour at 0 <= place <= 1 within a quarter of a level of 16 bits.
     Levels at(double place) const;
 
+    // The table as compute/value_colours.h takes it.
+    const GradientPart* data() const { return parts.data(); }
+
   private:
-    static constexpr int PARTS = 4096;
-    struct Part {
-        std::array<float, 3> start{}, change{};
-        bool straight = true;
-    };
-    Part partAt(int n) const;
+    GradientPart partAt(int n) const;
 
     const Gradient& gradient;
     Blend blend;
-    std::vector<Part> parts;
+    std::vector<GradientPart> parts;
 };
 
 // A value on its scale: linear as it is, the root of what is above zero, or the logarithm of one
@@ -98,6 +97,10 @@ class Colouring {
     // That at 0 <= place <= 1 of the gradient.
     Levels atPlace(double place) const { return table->at(place); }
     const Levels& inside() const { return insideLevels; }
+
+    // What colourValues() makes the same levels of; with a gradient only. It is of use while this
+    // colouring, or a copy of it, lives.
+    ValueColours forRows() const;
 
   private:
     void stretch(const ValueRange& range);
@@ -132,10 +135,10 @@ inline double fraction(double x) {
 }
 
 inline Levels GradientTable::at(double place) const {
-    const double scaledPlace = place * PARTS;
+    const double scaledPlace = place * GRADIENT_PARTS;
     const auto n = static_cast<std::size_t>(static_cast<int>(scaledPlace));
-    if (n >= parts.size() || !parts[n].straight) return gradient.at(place, blend);
-    const Part& part = parts[n];
+    const GradientPart& part = parts[n];
+    if (part.start[3] != 0) return gradient.at(place, blend);
     const auto share = static_cast<float>(scaledPlace - static_cast<double>(n));
     return {static_cast<double>(part.start[0] + share * part.change[0]),
             static_cast<double>(part.start[1] + share * part.change[1]),

@@ -1,0 +1,61 @@
+#include "compute/value_colours.h"
+
+#include <numeric>
+
+// Compiled once for each instruction set, as compute/vector_renderer.cpp is.
+#ifndef TESSARY_SKIPPED_TARGETS
+#define TESSARY_SKIPPED_TARGETS 0
+#endif
+#undef HWY_DISABLED_TARGETS
+#define HWY_DISABLED_TARGETS \
+    (TESSARY_SKIPPED_TARGETS | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "compute/value_colours.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "compute/vector_colours-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace tessary_vector {
+namespace HWY_NAMESPACE {
+
+int coloursOf(const ValueColours& how, const double* roundings, const double* values, int n,
+              unsigned char* out, std::int32_t* left) {
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+    (void)how, (void)roundings, (void)values, (void)out;
+    std::iota(left, left + n, 0);
+    return n;
+#else
+    const RowOfColours row(how, roundings);
+    return how.deep ? colourRow<std::uint16_t>(row, values, n, out, left)
+                    : colourRow<std::uint8_t>(row, values, n, out, left);
+#endif
+}
+
+}  // namespace HWY_NAMESPACE
+}  // namespace tessary_vector
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace tessary_vector {
+namespace {
+
+HWY_EXPORT(coloursOf);
+
+}  // namespace
+
+int colours(const ValueColours& how, const double* roundings, const double* values, int n,
+            unsigned char* out, std::int32_t* left) {
+    return HWY_DYNAMIC_DISPATCH(coloursOf)(how, roundings, values, n, out, left);
+}
+
+}  // namespace tessary_vector
+
+int colourValues(const ValueColours& how, const double* roundings, const double* values, int n,
+                 unsigned char* out, std::int32_t* left) {
+    return tessary_vector::colours(how, roundings, values, n, out, left);
+}
+
+#endif  // HWY_ONCE
