@@ -113,6 +113,7 @@ void startWorker(std::int32_t number) {
     }
 }
 
+// How many handles there are; also while another thread stops the pool.
 std::size_t workerPlaces() {
     const std::lock_guard lock(stopLock);
     return vThreads.size();
@@ -216,7 +217,7 @@ void queueFrame() {
 }
 
 void waitForFrame(const std::function<bool()>& givesUp) {
-    if (vThreads.empty() && !shutdown_threads) {
+    if (workerPlaces() == 0 && !shutdown_threads) {
         drainQueue(&shutdown_threads);
         const std::lock_guard lock(mutex);
         task_count = 0;
