@@ -70,24 +70,25 @@ void renderTile(const params& tile, StopFlag stop) {
     }
 }
 
-// Works tile after tile until the queue is empty, this worker is no longer allowed, or the program
-// ends. Each tile is counted down under the same lock that takes the next one: with 65,536 tiles a
-// frame, every second lock would be waste. Returns false when the worker must leave.
-bool workWhileAllowed(std::int32_t number) {
-    std::optional<params> tile;
-    bool finished = false;
-    do {
+// Why a worker takes no further tile.
+enum class NoTile { queueEmpty, notAllowed, stopping };
+
+// Works tile after tile and answers why it takes no more. Each tile is counted down under the same
+// lock that takes the next one: with 65,536 tiles a frame, every second lock would be waste.
+NoTile workWhileAllowed(std::int32_t number) {
+    for (bool finished = false;; finished = true) {
+        std::optional<params> tile;
         {
             const auto lock = lockUnlessStopping();
-            if (!lock) return false;
+            if (!lock) return NoTile::stopping;
             if (finished) --task_count;
-            if (shutdown_threads) return false;
-            tile = numCPUThreads >= number ? takeTile() : std::nullopt;
+            if (shutdown_threads) return NoTile::stopping;
+            if (numCPUThreads < number) return NoTile::notAllowed;
+            tile = takeTile();
         }
-        if (tile) renderTile(*tile, &shutdown_threads);
-        finished = tile.has_value();
-    } while (tile);
-    return true;
+        if (!tile) return NoTile::queueEmpty;
+        renderTile(*tile, &shutdown_threads);
+    }
 }
 
 // Workers that were started and have not left; what exit() must wait for. Counted by startWorkers
@@ -112,6 +113,7 @@ void startWorker(std::int32_t number) {
     }
 }
 
+// How many handles there are; also while another thread stops the pool.
 std::size_t workerPlaces() {
     const std::lock_guard lock(stopLock);
     return vThreads.size();
@@ -141,12 +143,14 @@ void drainQueue(StopFlag stop) {
 void threadContainer::operator()() const {
     if (shutdown_threads) return;
     do {
-        if (numCPUThreads >= number) {
-            if (!workWhileAllowed(number)) return;
-            std::this_thread::sleep_for(1ms);
-        } else {
+        if (numCPUThreads < number) {
             std::this_thread::sleep_for(20ms);
+            continue;
         }
+        // One that is no longer allowed goes straight to its longer sleep.
+        const NoTile reason = workWhileAllowed(number);
+        if (reason == NoTile::stopping) return;
+        if (reason == NoTile::queueEmpty) std::this_thread::sleep_for(1ms);
     } while (!shutdown_threads);
 }
 
@@ -213,7 +217,7 @@ void queueFrame() {
 }
 
 void waitForFrame(const std::function<bool()>& givesUp) {
-    if (vThreads.empty() && !shutdown_threads) {
+    if (workerPlaces() == 0 && !shutdown_threads) {
         drainQueue(&shutdown_threads);
         const std::lock_guard lock(mutex);
         task_count = 0;

@@ -40,7 +40,8 @@ extern std::atomic<std::int32_t> numCPUThreads;
 // shutdown by whoever stops the pool, under a lock of its own.
 extern std::vector<std::unique_ptr<std::thread>> vThreads;
 
-// The body of a worker thread: takes tiles until shutdown_threads is set.
+// The body of a worker thread: takes tiles until shutdown_threads is set. With the queue empty it
+// looks again after 1 ms, while it is not allowed to work after 20 ms; after a tile at once.
 class threadContainer {
   public:
     explicit threadContainer(std::int32_t threadNumber) : number(threadNumber) {}

@@ -126,6 +126,7 @@ class Screen:
     def __init__(self, wm=True, size=SCREEN_SIZE):
         self.home = tempfile.mkdtemp(prefix="tessary-home-")
         self._processes = []
+        self.taken = set()  # the windows of the programs on it
         try:
             self.display = self._start_server(size)
             self.env = program_environment(self.home, self.display)
@@ -296,11 +297,11 @@ class Program:
         frame is drawn after its line is printed, on a busy machine long after."""
         quiet = seconds * (2.0 if SANITIZE else 1.0)
         printed = Unchanged(lambda: len(self.lines))
-        at_work = Unchanged(self._main_thread)
+        at_work = Unchanged(self.drawing_thread)
         wait_until(lambda: printed.seconds() >= quiet and at_work.seconds() >= 0.1, timeout,
                    "the output to fall quiet")
 
-    def _main_thread(self):
+    def drawing_thread(self):
         """How long the thread that draws has run so far; nothing two times the same while it runs
         or could run."""
         pid = self.process.pid
@@ -318,6 +319,7 @@ class Program:
     def wait_for_window(self, timeout=30):
         """Finds the program's window, waits until it is shown, and gives it the keyboard."""
         self.window = wait_until(self._find_window, timeout, "the window")
+        self.screen.taken.add(self.window)
         self.screen.tool("xdotool", "windowactivate", self.window, check=False)
         return self.window
 
@@ -330,8 +332,8 @@ class Program:
         _, found = self.screen.tool(
             "xdotool", "search", "--onlyvisible", "--name", "^Tessary", check=False
         )
-        identifiers = found.split()
-        return identifiers[-1].decode() if identifiers else None
+        identifiers = [name for name in found.decode().split() if name not in self.screen.taken]
+        return identifiers[-1] if identifiers else None
 
     def _window_id(self):
         return self.window or self.wait_for_window()
@@ -359,9 +361,13 @@ class Program:
                 return rest.split(" ", 1)[1]
         raise AssertionError("the window manager does not list the window")
 
+    def ask_for_size(self, width, height):
+        """Asks for another client size, without waiting for it."""
+        self.screen.tool("xdotool", "windowsize", self._window_id(), str(width), str(height))
+
     def resize(self, width, height):
         """Asks the window manager for another client size and waits until it is so."""
-        self.screen.tool("xdotool", "windowsize", self._window_id(), str(width), str(height))
+        self.ask_for_size(width, height)
         wait_until(lambda: self.geometry()[2:] == (width, height), 10, "the new window size")
 
     def screenshot(self):
