@@ -80,7 +80,8 @@ void renderClipped(ValueTile<T> tile, int type) {
     tile.xEnd = std::min(tile.xEnd, tile.width);
     tile.yEnd = std::min(tile.yEnd, tile.height);
     if (tile.xStart >= tile.xEnd || tile.yStart >= tile.yEnd) return;
-    if (!tessary_vector::values(tile, type)) renderValuesScalar(tile, type);
+    const bool done = vector_control::usesVectors() && tessary_vector::values(tile, type);
+    if (!done) renderValuesScalar(tile, type);
 }
 
 }  // namespace

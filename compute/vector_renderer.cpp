@@ -74,26 +74,23 @@ HWY_EXPORT(trigValues);
 // Whether to look for orbits that repeat. Tests and benchmarks write it between frames.
 std::atomic<bool> cycleDetection{true};
 
+// Whether vectors are not to be used at all. Tests and benchmarks write it between frames.
+std::atomic<bool> scalarAlone{false};
+
 }  // namespace
 
 bool render(const VectorTile<float>& tile, int type) {
-    return HWY_DYNAMIC_DISPATCH(renderFloat)(tile, type, cycleDetection);
+    return !scalarAlone && HWY_DYNAMIC_DISPATCH(renderFloat)(tile, type, cycleDetection);
 }
 
 bool render(const VectorTile<double>& tile, int type) {
-    return HWY_DYNAMIC_DISPATCH(renderDouble)(tile, type, cycleDetection);
+    return !scalarAlone && HWY_DYNAMIC_DISPATCH(renderDouble)(tile, type, cycleDetection);
 }
 
 vector_control::TrigValues evaluate(double trigonometric, double hyperbolic) {
-    return HWY_DYNAMIC_DISPATCH(trigValues)(trigonometric, hyperbolic);
-}
-
-void control(bool on) {
-    cycleDetection = on;
-}
-
-bool controlled() {
-    return cycleDetection;
+    if (!scalarAlone) return HWY_DYNAMIC_DISPATCH(trigValues)(trigonometric, hyperbolic);
+    return {std::sin(trigonometric), std::cos(trigonometric), std::sinh(hyperbolic),
+            std::cosh(hyperbolic)};
 }
 
 }  // namespace tessary_vector
@@ -111,14 +108,16 @@ namespace vector_control {
 std::vector<Target> targets() {
     std::vector<Target> found;
     for (const std::int64_t bit : hwy::SupportedAndGeneratedTargets()) {
-        const bool vectors = bit != HWY_EMU128 && bit != HWY_SCALAR;
-        found.push_back({bit, vectors ? hwy::TargetName(bit) : "scalar"});
+        if (bit != HWY_EMU128 && bit != HWY_SCALAR) found.push_back({bit, hwy::TargetName(bit)});
     }
+    // Highway generates no target without vectors where every machine of the build has some.
+    found.push_back({HWY_SCALAR, "scalar"});
     return found;
 }
 
 void forceTarget(std::int64_t bit) {
-    hwy::SetSupportedTargetsForTest(bit);
+    tessary_vector::scalarAlone = bit == HWY_SCALAR;
+    hwy::SetSupportedTargetsForTest(tessary_vector::scalarAlone ? 0 : bit);
     hwy::GetChosenTarget().DeInit();
 }
 
@@ -127,11 +126,15 @@ TrigValues evaluateTrig(double trigonometric, double hyperbolic) {
 }
 
 void detectCycles(bool on) {
-    tessary_vector::control(on);
+    tessary_vector::cycleDetection = on;
 }
 
 bool detectsCycles() {
-    return tessary_vector::controlled();
+    return tessary_vector::cycleDetection;
+}
+
+bool usesVectors() {
+    return !tessary_vector::scalarAlone;
 }
 
 }  // namespace vector_control

@@ -24,7 +24,8 @@ struct Target {
     std::string name;
 };
 
-// All of them, best first. The last one, "scalar", stands for the plain scalar renderer.
+// All of them, best first. The last one, "scalar", stands for the plain scalar renderer, on every
+// machine and in every build.
 std::vector<Target> targets();
 
 // From now on every tile is rendered with this instruction set alone; 0 gives the machine's best
@@ -42,6 +43,9 @@ TrigValues evaluateTrig(double trigonometric, double hyperbolic);
 // stays costs all its steps; the picture is the same.
 void detectCycles(bool on);
 bool detectsCycles();
+
+// Whether the forced instruction set is one with vectors.
+bool usesVectors();
 
 // What forceTarget and detectCycles say holds for smooth values (compute/value_tile.h) as well.
 

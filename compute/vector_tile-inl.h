@@ -349,6 +349,10 @@ HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool de
     const Shared<T> view(tile);
     int saveAt = detectFrom<R>();
     bool repeated = false, calm = false;
+    // Counts are written by the first block of steps; without one, all pixels have reached the
+    // limit.
+    if (limit == 0)
+        fill(typename Slots<T>::DU(), s.count, s.used, hn::Zero(typename Slots<T>::DU()));
     for (int steps = 0; steps < limit && s.alive > 0;) {
         if (isSet(tile.stop)) return false;
         const int block = std::min(blockLength<R>(steps), limit - steps);

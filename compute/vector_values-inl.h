@@ -208,8 +208,6 @@ void renderValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometry, c
     Known<T> known;
     takePixels(s, geometry, chunk);
     s.stride = s.columns;
-    if (limit == 0)
-        fill(typename Slots<T>::DU(), s.count, s.used, hn::Zero(typename Slots<T>::DU()));
     const auto close = [&]() HWY_ATTR { closeValueRanks<R>(s, known); };
     if (!iterateSlots<KeepMagnitudes, R>(s, geometry, limit, detect, close)) return;
     if (!s.placed) return writeChunk<T>(tile, chunk, {s.count, s.before, s.after}, limit);

@@ -71,11 +71,4 @@ testing::AssertionResult allTargetsAgree(const View& view, const std::string& na
     return testing::AssertionSuccess();
 }
 
-std::ostream& operator<<(std::ostream& out, const View& v) {
-    return out << "type " << v.type << (v.doublePrecision ? " double" : " float") << " x " << v.xMin
-               << ".." << v.xMax << " y " << v.yMin << ".." << v.yMax << " c (" << v.cx << ", "
-               << v.cy << ") limit " << v.maxIters << " size " << v.maxSize << " " << v.width << "x"
-               << v.height << " in tiles of " << v.tileWidth << "x" << v.tileHeight;
-}
-
 }  // namespace vector_test

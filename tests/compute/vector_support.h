@@ -2,26 +2,14 @@
 #pragma once
 
 #include <cstdint>
-#include <ostream>
+#include <string>
 #include <vector>
 
 #include "compute/vector_renderer.h"
+#include "tests/compute/view.h"
 #include "tests/support/picture.h"
 
 namespace vector_test {
-
-// All that a picture depends on.
-struct View {
-    int type = 0;
-    bool doublePrecision = false;
-    double xMin = -2, xMax = 2, yMin = -1.5, yMax = 1.5;
-    double cx = 0, cy = 0;
-    int maxSize = 4, maxIters = 768;
-    int width = 64, height = 64;
-    int tileWidth = 8, tileHeight = 8;
-};
-
-std::ostream& operator<<(std::ostream& out, const View& view);
 
 // The whole picture in tiles, from threadCPU or threadScalar, over a canary.
 test_support::Picture vectorPicture(const View& view);

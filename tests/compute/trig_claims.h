@@ -1,0 +1,41 @@
+// What the trigonometric renderer claims of an orbit and of a product, and what it decides by that,
+// with the instruction set that is forced. Compiled apart from the renderers, so that a changed
+// line is tested within seconds.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "compute/vector_renderer.h"
+
+namespace trig_claims {
+
+// The instruction sets with vectors that this machine has; perhaps none.
+const std::vector<vector_control::Target>& targets();
+void forceTarget(std::int64_t bit);  // 0: the best one
+
+// A claim: the state of the yardstick's orbit lies within `bound` of (r, i).
+struct Claim {
+    double r, i, bound;
+};
+
+// What a double orbit claims one step after `claim`. type: 2 to 5.
+Claim step(int type, const Claim& claim, double cr, double ci);
+
+enum class Verdict { escaped, stays, doubtful };
+Verdict decide(const Claim& claim, double limit);
+
+// Whether a product is said to round to the float that the yardstick's product rounds to.
+bool roundsSafely(double product);
+
+// The four functions on one vector of doubles.
+vector_control::TrigValues factors(double trigonometric, double hyperbolic);
+
+// The function of rule `type` in float, on a vector whose lane `lane` holds (r, i) and whose others
+// hold 1 + i; what comes out in that lane. lane: any, taken modulo the number of lanes.
+struct FloatValue {
+    float r, i;
+};
+FloatValue floatFunction(int type, FloatValue z, std::size_t lane);
+
+}  // namespace trig_claims

@@ -1,0 +1,13 @@
+// The trigonometric renderers by themselves, with the instruction set that is forced: compiled
+// apart from those of the other rules, so that a changed line is tested within seconds.
+#pragma once
+
+#include "compute/vector_tile.h"
+
+namespace trig_pictures {
+
+// Renders a tile by rule `type`, 2 to 5. The escape limit is at most 90,000.
+void draw(const VectorTile<float>& tile, int type);
+void draw(const VectorTile<double>& tile, int type);
+
+}  // namespace trig_pictures

@@ -1,0 +1,107 @@
+// The trigonometric renderers draw the yardstick's pictures where a single unit in the last place
+// decides, and over wide views at limits around the lengths of their blocks.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
+
+#include "compute/tile_renderer.h"
+#include "tests/compute/boundary_views.h"
+#include "tests/compute/count_palette.h"
+#include "tests/compute/trig_claims.h"
+#include "tests/compute/trig_pictures.h"
+
+namespace {
+
+using vector_test::Random;
+using vector_test::View;
+
+template <class T>
+testing::AssertionResult drawsTheYardsticksPicture(const View& v) {
+    auto palette = countPalette();
+    const auto size = static_cast<std::size_t>(4 * v.width * v.height);
+    std::vector<unsigned char> actual(size, 0xA5), expected(size, 0xA5);
+    VectorTile<T> tile{0,
+                       0,
+                       v.width,
+                       v.height,
+                       v.width,
+                       v.height,
+                       static_cast<T>(v.xMin),
+                       static_cast<T>(v.xMax),
+                       static_cast<T>(v.yMin),
+                       static_cast<T>(v.yMax),
+                       static_cast<T>(v.cx),
+                       static_cast<T>(v.cy),
+                       static_cast<T>(v.maxSize),
+                       v.maxIters,
+                       expected.data(),
+                       palette.data()};
+    renderScalarUntilStopped(tile, v.type);
+    tile.buffer = actual.data();
+    trig_pictures::draw(tile, v.type);
+    if (actual == expected) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << v;
+}
+
+testing::AssertionResult drawsTheYardsticksPicture(View v) {
+    v.maxSize = std::min(v.maxSize, 90000);
+    return v.doublePrecision ? drawsTheYardsticksPicture<double>(v)
+                             : drawsTheYardsticksPicture<float>(v);
+}
+
+int boundaryViews() {
+    const char* asked = std::getenv("TESSARY_BOUNDARY_VIEWS");
+    return asked != nullptr ? std::atoi(asked) : 150;
+}
+
+class TrigPictures : public testing::TestWithParam<std::size_t> {
+  protected:
+    TrigPictures() { trig_claims::forceTarget(trig_claims::targets()[GetParam()].bit); }
+    ~TrigPictures() override { trig_claims::forceTarget(0); }
+};
+
+TEST_P(TrigPictures, AreTheYardsticksWhereOneUnitDecides) {
+    Random random(7);
+    const int count = boundaryViews();
+    for (int i = 0; i < count; ++i) {
+        for (int type = 2; type <= 5; ++type) {
+            const bool doublePrecision = random.pick(0, 3) != 0;
+            ASSERT_TRUE(
+                drawsTheYardsticksPicture(vector_test::boundaryView(random, type, doublePrecision)))
+                << "view " << i;
+        }
+    }
+}
+
+TEST_P(TrigPictures, AreTheYardsticksOverWideViews) {
+    Random random(8);
+    for (int type = 2; type <= 5; ++type) {
+        for (const bool doublePrecision : {false, true}) {
+            for (const int limit : {-1, 0, 1, 2, 23, 24, 25, 50, 300}) {
+                View v;
+                v.type = type;
+                v.doublePrecision = doublePrecision;
+                v.xMin = random.uniform(-4, -1);
+                v.xMax = random.uniform(1, 4);
+                v.yMin = random.uniform(-4, -1);
+                v.yMax = random.uniform(1, 4);
+                v.width = random.pick(1, 60);
+                v.height = random.pick(1, 60);
+                v.maxSize = random.among({4, 128, 90000});
+                v.maxIters = limit;
+                EXPECT_TRUE(drawsTheYardsticksPicture(v));
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Target, TrigPictures,
+                         testing::Range(std::size_t{0}, trig_claims::targets().size()),
+                         [](const testing::TestParamInfo<std::size_t>& target) {
+                             return trig_claims::targets()[target.param].name;
+                         });
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(TrigPictures);
+
+}  // namespace
