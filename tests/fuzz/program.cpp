@@ -41,11 +41,20 @@ void closeDialogs() {
     while (GlutMenu::input_field != nullptr) GlutMenu::input_field->KeyboardHandler(27, "");
 }
 
+// The table in force points into the storage, which therefore stays. Changed twice it is the first.
+void resetPalette() {
+    if (!tempColours) tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    if (!badAssColourPalette) {
+        badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    }
+    updatePalette(1);
+    updatePalette(0);
+}
+
 void resetRenderer() {
     winX = winY = SIDE;
     buffer = std::make_unique<unsigned char[]>(imageBytes());
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    resetPalette();
     bDoublePrecision = false;
     shutdown_threads = false;
     max_threads = numCPUThreads = 3;

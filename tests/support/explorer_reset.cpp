@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "backends/renderer.h"
 #include "backends/view_state.h"
 #include "backends/worker_pool.h"
 #include "explorer/frame_loop.h"
