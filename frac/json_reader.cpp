@@ -21,13 +21,13 @@ std::string shown(std::string_view text) {
     return text.size() > MOST ? part + "..." : part;
 }
 
-// The library's words about a syntax error, without its own idea of the place and without the last
-// token, which may be as long as the text.
-std::string syntaxMessage(const std::string& what) {
+// The library's words about a syntax error, without its own idea of the place and without the token
+// that it read last, which may be as long as the text and holds its bytes.
+std::string syntaxMessage(const std::string& what, const std::string& lastToken) {
     std::string message = what.substr(std::min(what.find("syntax error"), what.size()));
-    const std::size_t token = message.find("; last read: '");
-    const std::size_t rest = std::min(message.rfind("; expected "), message.size());
-    if (token < rest) message.erase(token, rest - token);
+    const std::string told = "; last read: '" + lastToken + "'";
+    const std::size_t at = message.find(told);
+    if (at != std::string::npos) message.erase(at, told.size());
     return message;
 }
 
@@ -230,12 +230,12 @@ void Reader::boundRender() const {
 
 // ---- what is no JSON
 
-bool Reader::parse_error(std::size_t position, const std::string&,
+bool Reader::parse_error(std::size_t position, const std::string& lastToken,
                          const nlohmann::detail::exception& error) {
     // The library counts the byte it stopped at, and one more past the end of the text.
     const std::size_t last = std::min(position - 1, text.size());
     const std::size_t token = std::min(walk.ahead(), last);
-    const std::string message = syntaxMessage(error.what());
+    const std::string message = syntaxMessage(error.what(), lastToken);
     if (message.empty()) refuseAt(token, "expected a number that a double can hold");
     const bool wholeToken = message.find("- unexpected ") != std::string::npos;
     refuseAt(wholeToken ? token : last, message);

@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cmath>
-#include <cstdlib>
 
 #include "frac/command/actions.h"
 #include "frac/command/output.h"
@@ -165,14 +164,14 @@ void describe(CLI::App& app, Options& options) {
         writeOutput("-", page);
     } catch (const std::exception& error) {
         say(error.what());
-        std::exit(1);
+        throw CommandLineEnd{1};
     }
-    std::exit(0);
+    throw CommandLineEnd{0};
 }
 
 [[noreturn]] void endWithMistake(const std::string& message) {
     say(message + " (see tessary-frac --help)");
-    std::exit(2);
+    throw CommandLineEnd{2};
 }
 
 // The arguments as the library takes them, in reverse. It would take "--name=" for an option whose

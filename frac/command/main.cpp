@@ -5,10 +5,12 @@
 
 int main(int argc, char** argv) {
     prepareStreams();
-    const Options options = readCommandLine(argc, argv);
     try {
+        const Options options = readCommandLine(argc, argv);
         options.action(options);
         return 0;
+    } catch (const CommandLineEnd& end) {
+        return end.status;
     } catch (const std::exception& error) {
         say(error.what());
         return 1;

@@ -186,6 +186,7 @@ TEST(BadDocuments, NoMessageIsLongerThanALine) {
     const std::vector<std::string> texts = {"{\"" + std::string(100000, 'k'),
                                             "{\"a\nb",
                                             "{\"tessary\": " + std::string(100000, '1'),
+                                            "{\"tessary\": 1" + std::string(100000, '1') + "e,",
                                             "{\"tessary\": \"\xff\n",
                                             std::string("\0\0\0", 3),
                                             "{\"\x01\""};
@@ -195,6 +196,19 @@ TEST(BadDocuments, NoMessageIsLongerThanALine) {
         EXPECT_LT(complaint.size(), 250u);
         EXPECT_EQ(complaint.find('\n'), std::string::npos);
     }
+}
+
+TEST(BadDocuments, NoMessageHoldsBytesThatAreNoText) {
+    for (const char* text :
+         {"{\"tessary\": -\xb8", "{\"tessary\": 1.\x9b", "{\"tessary\": \"\xff"}) {
+        const std::string complaint = complaintAbout(text);
+        EXPECT_THAT(complaint, HasSubstr("syntax error"));
+        EXPECT_THAT(complaint, testing::Each(testing::AllOf(testing::Ge(' '), testing::Le('~'))));
+    }
+    EXPECT_EQ(
+        complaintAbout("{\"tessary\": -\xb8"),
+        "line 1, column 14: syntax error while parsing value - invalid number; expected digit "
+        "after '-'");
 }
 
 // ---- texts that mean harm

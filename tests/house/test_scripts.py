@@ -1,4 +1,4 @@
-"""./run and ./test, with stand-ins for the package manager, cmake, ninja and the program."""
+"""./run, ./test and ./fuzz, with stand-ins for the package manager, cmake, ninja and the program."""
 
 import os
 import re
@@ -42,7 +42,7 @@ class ScriptTest(unittest.TestCase):
         self.root = tempfile.mkdtemp(prefix="tessary-scripts-")
         self.addCleanup(shutil.rmtree, self.root)
         os.chmod(self.root, 0o777)
-        for name in ("run", "test", "CMakePresets.json"):
+        for name in ("run", "test", "fuzz", "CMakePresets.json"):
             shutil.copy(os.path.join(SOURCE, name), self.root)
         shutil.copytree(os.path.join(SOURCE, "packaging"), os.path.join(self.root, "packaging"))
         self.tools = os.path.join(self.root, "tools")
@@ -150,7 +150,7 @@ class Packages(ScriptTest):
             elif not line.startswith("#"):
                 self.assertRegex(line, r"^[a-z0-9][a-z0-9+.-]+$")
                 section.append(line)
-        scripts = read("run") + read("test")
+        scripts = read("run") + read("test") + read("fuzz")
         for name, packages in sections.items():
             with self.subTest(section=name):
                 step = name.removesuffix("-where-available")
@@ -415,16 +415,86 @@ class Gate(ScriptTest):
         self.assertRegex(told[0], "^ci: tests: given up after .* for want of time; by hand: ./test$")
 
 
+class Fuzzing(ScriptTest):
+    def setUp(self):
+        super().setUp()
+        for name in ("one", "two"):
+            folder = os.path.join(self.root, "tests", "fuzz", "corpus", name)
+            os.makedirs(folder)
+            open(os.path.join(self.root, "tests", "fuzz", f"{name}_fuzz.cpp"), "w").close()
+            self.stand_in(f"build/fuzz/tests/fuzz/{name}_fuzz", "exit ${FUZZ_STATUS:-0}")
+
+    def options(self):
+        return self.calls("two_fuzz")[0].split()
+
+    def test_the_list_is_a_name_a_line_and_builds_nothing(self):
+        done = self.call("fuzz", "--list")
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "one\ntwo\n", ""))
+        self.assertEqual(self.calls("ninja") + self.calls("dpkg-query"), [])
+
+    def test_one_target_is_built_and_run_for_so_long(self):
+        done = self.call("fuzz", "two", "7", BUILD="yes")
+        self.assertEqual(done.returncode, 0)
+        built = [call for call in self.calls("ninja") if " -n " not in call]
+        self.assertEqual([call.split()[-1] for call in built], ["two_fuzz"])
+        self.assertIn("-max_total_time=7", self.options())
+        self.assertEqual(self.calls("one_fuzz"), [])
+
+    def test_what_is_found_goes_below_the_build_folder_and_the_corpus_is_read(self):
+        self.call("fuzz", "two", "7")
+        found = os.path.join(self.root, "build", "fuzz", "found", "two")
+        corpus = os.path.join(self.root, "tests", "fuzz", "corpus", "two")
+        # The first folder is the one that is written to.
+        self.assertEqual(self.options()[-2:], [found, corpus])
+        self.assertTrue(os.path.isdir(found))
+
+    def test_a_finding_is_status_1_and_its_input_is_named(self):
+        failed = os.path.join(self.root, "build", "fuzz", "failed", "two")
+        self.stand_in("build/fuzz/tests/fuzz/two_fuzz", f"touch {failed}/crash-1; exit 77")
+        done = self.call("fuzz", "two", "7")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(done.stderr.splitlines()[-1], os.path.join(failed, "crash-1"))
+        self.assertIn(f"-artifact_prefix={failed}/", self.options())
+
+    def test_a_dictionary_is_used_where_there_is_one(self):
+        path = os.path.join(self.root, "tests", "fuzz", "two.dict")
+        open(path, "w").close()
+        self.call("fuzz", "two", "7")
+        self.call("fuzz", "one", "7")
+        self.assertIn(f"-dict={path}", self.options())
+        self.assertNotIn("-dict", self.calls("one_fuzz")[0])
+
+    def test_a_wrong_command_line_is_one_line_and_status_2(self):
+        for arguments in ((), ("two",), ("three", "7"), ("two", "0"), ("two", "-1"), ("two", "1s"),
+                          ("two", ""), ("", "7"), ("two", "7", "8"), ("--list", "x"), ("--what",),
+                          ("t.o", "7"), ("-w", "7")):
+            with self.subTest(arguments=arguments):
+                done = self.call("fuzz", *arguments)
+                self.assertEqual((done.returncode, done.stdout), (2, ""))
+                self.assertRegex(done.stderr, r"\Afuzz: .*\(see \./fuzz --help\)\n\Z")
+        self.assertEqual(self.calls("ninja") + self.calls("dpkg-query"), [])
+
+    def test_help_tells_of_both_forms(self):
+        done = self.call("fuzz", "--help")
+        self.assertEqual(done.returncode, 0)
+        self.assertIn("./fuzz --list | TARGET SECONDS\n", done.stdout)
+
+    def test_a_build_that_fails_runs_nothing(self):
+        done = self.call("fuzz", "two", "7", BUILD="yes", NINJA_STATUS="1")
+        self.assertEqual(done.returncode, 1)
+        self.assertEqual(self.calls("two_fuzz"), [])
+
+
 class Syntax(unittest.TestCase):
     def test_the_shell_accepts_every_script(self):
-        for name in ("run", "test", ".ci/run", "packaging/setup.sh", "packaging/virtual_display.sh"):
+        for name in ("run", "test", "fuzz", ".ci/run", "packaging/setup.sh", "packaging/virtual_display.sh"):
             with self.subTest(script=name):
                 path = os.path.join(SOURCE, name)
                 done = subprocess.run(["bash", "-n", path], capture_output=True, text=True)
                 self.assertEqual((done.returncode, done.stderr), (0, ""))
 
     def test_what_is_called_can_be_executed(self):
-        for name in ("run", "test", ".ci/run"):
+        for name in ("run", "test", "fuzz", ".ci/run"):
             with self.subTest(script=name):
                 mode = os.stat(os.path.join(SOURCE, name)).st_mode
                 self.assertTrue(mode & stat.S_IXUSR)

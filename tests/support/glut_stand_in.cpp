@@ -34,6 +34,7 @@ GLfloat colour[4] = {1, 1, 1, 1};
 
 template <class... Arguments>
 void record(const std::string& name, Arguments... arguments) {
+    if (!glut.recording) return;
     glut.calls.push_back(call(name, arguments...));
     if (glut.echo) std::cout << glut.calls.back() << std::endl;
     if (glut.onCall) glut.onCall(std::string(glut.calls.back()));
@@ -77,7 +78,7 @@ int glutCreateWindow(const char* name) {
 }
 void glutSetWindowTitle(const char* text) {
     record("glutSetWindowTitle", text);
-    glut.titles.push_back(text);
+    if (glut.recording) glut.titles.push_back(text);
 }
 void glutMainLoop() {
     record("glutMainLoop");

@@ -15,8 +15,10 @@ struct State {
     int screenWidth = 1280, screenHeight = 1001;
     bool initialised = true;
 
-    // All calls but queries, in order, each as call() writes it.
+    // All calls but queries, in order, each as call() writes it; none while not recording, for whom
+    // only the answers matter.
     std::vector<std::string> calls;
+    bool recording = true;
     // Print each call as a line of its own as well, to show the order among printed lines.
     bool echo = false;
 
