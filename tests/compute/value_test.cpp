@@ -2,11 +2,15 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cmath>
 #include <complex>
 #include <limits>
 #include <random>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "compute/formulas.h"
 #include "compute/value_tile.h"
@@ -109,6 +113,43 @@ TEST(SmoothValue, IsNotAskedForWhereThePointerIsNull) {
     tile.values = &value;
     renderValues(tile, 1);
     EXPECT_NEAR(value, 0.5, 1e-15);
+}
+
+TEST(ATile, LiesAtItsPlaceInItsRows) {
+    constexpr int STRIDE = 7, ROWS = 4;
+    const View v = squaring(64);
+    std::vector<std::int32_t> counts(STRIDE * ROWS, -77);
+    std::vector<double> values(STRIDE * ROWS, -77);
+    renderValuesScalar(ValueTile<double>{2, 3, 5, 6, 9, 8, 1, 3, 0, 2, v.cx, v.cy, v.limit,
+                                         v.maxIters, counts.data(), values.data(), 1, 2, STRIDE},
+                       v.type);
+    for (int y = 0; y < ROWS; ++y) {
+        for (int x = 0; x < STRIDE; ++x) {
+            const auto at = static_cast<std::size_t>(y * STRIDE + x);
+            const bool inside = x >= 1 && x < 4 && y >= 1;
+            const Numbers expected =
+                inside ? numbersAt(v, 1 + (x + 1) * 2.0 / 9, (y + 2) * 2.0 / 8) : Numbers{};
+            EXPECT_EQ(counts[at], expected.count) << x << " " << y;
+            EXPECT_NEAR(values[at], expected.value, 1e-12) << x << " " << y;
+        }
+    }
+}
+
+// Two thousand million steps take ten seconds and would leave a count.
+TEST(ALongOrbit, IsGivenUpInWork) {
+    std::int32_t count = -77;
+    std::atomic<bool> stop{false};
+    std::thread stopper([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        stop = true;
+    });
+    renderValuesScalar(
+        ValueTile<double>{0,      0,       1, 1, 1, 1,    -1.9,
+                          -1.8,   0,       0, 0, 0, 4,    std::numeric_limits<int>::max(),
+                          &count, nullptr, 0, 0, 1, &stop},
+        0);
+    stopper.join();
+    EXPECT_EQ(count, -77);
 }
 
 // The catalogue's views with both precisions, on a grid of points.

@@ -51,6 +51,72 @@ TEST(TheTable, IsAsGoodAsTheGradient) {
     }
 }
 
+TEST(TheTable, SeesWhatIsNarrowerThanItsParts) {
+    const Gradient gradient =
+        render::readGradient("#000000 0.50001, #ffffff 0.500012, #000000 0.500014");
+    const render::GradientTable table(gradient, Blend::srgb);
+    EXPECT_NEAR(table.at(0.500012)[0], 1, 1e-9);
+    EXPECT_NEAR(table.at(0.500011)[0], 0.5, 1e-6);
+    EXPECT_EQ(table.at(0.5001)[0], 0);
+}
+
+TEST(SmoothColours, HaveTheFirstGradientWhereNoneIsNamed) {
+    WantedColours colours;
+    colours.smooth = true;
+    const Colouring colouring(colours);
+    ASSERT_TRUE(colouring.hasGradient());
+    const Gradient tide = render::readGradient("tide");
+    for (const double place : {0.0, 0.3, 0.7}) {
+        for (std::size_t c = 0; c < 3; ++c) {
+            EXPECT_NEAR(colouring.atPlace(place)[c], tide.at(place, Blend::oklab)[c], NEAR);
+        }
+    }
+}
+
+TEST(ColoursOfAPicture, AreTakenWhereNoOthersAreChosen) {
+    WantedColours usual = smoothWith("dusk");
+    usual.escape = 9;
+    usual.blend = Blend::linear;
+    usual.scale = render::Scale::logarithm;
+    usual.period = 7;
+    usual.range = render::ValueRange{1, 2};
+    usual.offset = 0.25;
+    usual.inside = render::Colour{1, 2, 3};
+    usual.depth = 16;
+    usual.dither = false;
+    const WantedColours same = merged({}, usual);
+    EXPECT_EQ(same.smooth, usual.smooth);
+    EXPECT_EQ(same.escape, usual.escape);
+    EXPECT_EQ(same.gradient, usual.gradient);
+    EXPECT_EQ(same.blend, usual.blend);
+    EXPECT_EQ(same.scale, usual.scale);
+    EXPECT_EQ(same.period, usual.period);
+    EXPECT_EQ(same.range->greatest, 2);
+    EXPECT_EQ(same.offset, usual.offset);
+    EXPECT_EQ(same.inside, usual.inside);
+    EXPECT_EQ(same.depth, usual.depth);
+    EXPECT_EQ(same.dither, usual.dither);
+}
+
+TEST(ColoursOfAPicture, LoseTheirRangeToANewPeriodAndTheirPeriodToANewRange) {
+    WantedColours usual, chosen;
+    usual.period = 7;
+    usual.range = render::ValueRange{1, 2};
+    chosen.period = 5;
+    EXPECT_FALSE(merged(chosen, usual).range);
+    EXPECT_EQ(merged(chosen, usual).period, 5);
+    chosen.period.reset();
+    chosen.autoRange = true;
+    EXPECT_FALSE(merged(chosen, usual).range);
+    EXPECT_FALSE(merged(chosen, usual).period);
+}
+
+TEST(ColoursOfAPicture, LoseTheirWayOfMixingToANewGradient) {
+    WantedColours usual = smoothWith("dusk");
+    usual.blend = Blend::linear;
+    EXPECT_FALSE(merged(smoothWith("tide"), usual).blend);
+}
+
 TEST(AValue, LiesInTheGradientByScalePeriodAndOffset) {
     WantedColours colours = smoothWith("#000000 0, #ffffff 1");
     colours.blend = Blend::srgb;
@@ -73,11 +139,11 @@ TEST(AValue, LiesInTheGradientByScalePeriodAndOffset) {
 
 TEST(WhatHasNoValue, IsInside) {
     WantedColours colours = smoothWith("#ffffff 0");
-    colours.inside = render::Colour{51, 102, 0};
+    colours.inside = render::Colour{51, 102, 204};
     const Levels inside = Colouring(colours).of(std::nan(""));
     EXPECT_NEAR(inside[0], 0.2, 1e-15);
     EXPECT_NEAR(inside[1], 0.4, 1e-15);
-    EXPECT_EQ(inside[2], 0);
+    EXPECT_NEAR(inside[2], 0.8, 1e-15);
 }
 
 TEST(AValueBeyondAllBounds, HasSomeColour) {

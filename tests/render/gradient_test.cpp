@@ -364,7 +364,7 @@ TEST(GimpsColourings, AreItsFormulasWhereColoursHaveOneHueOrNone) {
         expectGimpColours(grey, blue);
         expectGimpColours(blue, grey);
     }
-    expectGimpColours({0.5, 0.50015, 0.5}, blue);  // just a hue
+    expectGimpColours({0.5, 0.500101, 0.5}, blue);  // just a hue
     expectGimpColours(red, pale);
     expectGimpColours(red, red);
     expectGimpColours(blue, blue);
@@ -386,6 +386,8 @@ TEST(Edges, AreEndsAndMiddlesOfSegmentsInsideTheTurn) {
     EXPECT_EQ(file.edges(), (std::vector<double>{0, 0.1, 0.3, 0.4, 1}));
     const Gradient stops = render::readGradient("#000000 0.25, #ffffff 0.5");
     EXPECT_EQ(stops.edges(), (std::vector<double>{0, 0.25, 0.375, 0.5, 0.875, 1}));
+    const Gradient late = render::readGradient("#000000 0.25, #ffffff 0.75, #808080 0.875");
+    EXPECT_EQ(late.edges(), (std::vector<double>{0, 0.0625, 0.25, 0.5, 0.75, 0.8125, 0.875, 1}));
 }
 
 TEST(AGimpFile, IsToldByTheLineOfItsMistake) {

@@ -124,6 +124,12 @@ class Depth(ColourTest):
                                      data=record(bound=4.0)))
             self.assertTrue((plain == told).all())
 
+    def test_told_its_own_bound_a_view_of_any_formula_stays_as_it_is(self):
+        for entry, bound in zip(range(2, 19), [4] * 5 + [128] * 4 + [4] * 5 + [16] * 3):
+            options = [TOUR, "--entry", entry, "--size", "30x24"]
+            self.assertTrue((pixels(self.still(*options)) == pixels(
+                self.still(*options, "--escape", bound))).all(), entry)
+
     def test_averages_are_taken_in_light(self):
         options = [TOUR, "--entry", 5, "--colour", "smooth", "--depth", 16]
         for n in (2, 5):
@@ -214,6 +220,20 @@ class Range(ColourTest):
         for n, actual in enumerate(found):
             np.testing.assert_allclose(actual, np.add(stills[0], np.multiply(
                 n / 4, np.subtract(stills[1], stills[0]))), rtol=1e-12)
+
+    def test_a_share_of_a_film_has_the_frames_of_the_whole(self):
+        views = (record(identity=1) + record(x=(-1.0, -0.5), y=(0.1, 0.5), identity=1)
+                 + record(c=(0.3, 0.5), formula=1, identity=2))
+        options = ["-", "--film", "--size", "16x12", "--glide", "linear", "--steps", 5, "--fade", 2,
+                   *self.STRETCH]
+        for folder, shares in (("whole", ["1/1"]), ("shares", ["3/3", "1/3", "2/3"])):
+            os.mkdir(self.path(folder))
+            for share in shares:
+                self.render(*options, "--shard", share, "-o", folder, data=views)
+        names = os.listdir(self.path("whole"))
+        self.assertEqual(sorted(os.listdir(self.path("shares"))), sorted(names))
+        for name in names:
+            self.assertEqual(self.read(f"shares/{name}"), self.read(f"whole/{name}"), name)
 
     def test_the_brightness_of_a_slow_zoom_never_jumps(self):
         views = (record(x=(-2.0, 1.0), y=(-1.2, 1.2), limit=200, identity=1)
