@@ -1,5 +1,6 @@
-"""analyze.py BUILD: gcc's analyzer over the sources of the programs, compiled as they are in the build
-folder, but with nothing written. Ends with 1 where it has something to say."""
+"""analyze.py BUILD [FOLDER...]: gcc's analyzer over the sources of the programs, or of these folders of
+theirs, compiled as they are in the build folder, but with nothing written. Ends with 1 where it has
+something to say."""
 
 import concurrent.futures
 import json
@@ -23,13 +24,12 @@ CHECKS = ["-Wformat=2", "-Wlogical-op", "-Wduplicated-cond", "-Wduplicated-branc
 
 
 def commands(build):
-    """Path below the sources and command line of each file of the programs."""
+    """Path below the sources, command line and folder of each file."""
     with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
         entries = json.load(file)
     for entry in entries:
         path = os.path.relpath(entry["file"], SOURCE)
-        if path.split(os.sep)[0] in FOLDERS:
-            yield path, shlex.split(entry["command"]), entry["directory"]
+        yield path, shlex.split(entry["command"]), entry["directory"]
 
 
 def checked(command, *checks):
@@ -56,17 +56,22 @@ def complaints(entry):
     return path, done.stderr if done.returncode else "", ended
 
 
-def main(build):
-    entries = {path: (path, command, folder) for path, command, folder in commands(build)}.values()
+def main(build, folders=FOLDERS):
+    entries = {path: (path, command, folder) for path, command, folder in commands(build)
+               if path.split(os.sep)[0] in folders}.values()
+    bad, unended = 0, []
     with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
-        results = list(pool.map(complaints, entries))
-    bad = [(path, text) for path, text, _ in results if text]
-    for path, text in bad:
-        print(f"{path}:\n{text}")
-    print("not followed to the end:", *[path for path, _, ended in results if not ended])
-    print(f"gcc's analyzer: {len(results)} files, {len(bad)} with findings")
+        for path, text, ended in pool.map(complaints, entries):
+            if text:
+                bad += 1
+                print(f"{path}:\n{text}", flush=True)
+            if not ended:
+                unended.append(path)
+    if unended:
+        print("not followed to the end:", *unended)
+    print(f"gcc's analyzer: {len(entries)} files, {bad} with findings")
     return 1 if bad else 0
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1]))
+    sys.exit(main(sys.argv[1], *[sys.argv[2:]] if len(sys.argv) > 2 else []))
