@@ -2,6 +2,8 @@
 // first byte says which devices there are; the others are the arguments.
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <cerrno>
 #include <cstdlib>
 
 #include "app/signals.h"
@@ -68,7 +70,11 @@ void runApart(Arguments& arguments) {
         _exit(run(arguments));
     }
     int status = 0;
-    require(waitpid(child, &status, 0) == child, "the process is waited for");
+    pid_t ended = 0;
+    // A fuzzer's own alarm may come meanwhile.
+    do ended = waitpid(child, &status, 0);
+    while (ended < 0 && errno == EINTR);
+    require(ended == child, "the process is waited for");
     require(WIFEXITED(status) && WEXITSTATUS(status) <= 1, "it ends with a status told of");
 }
 
