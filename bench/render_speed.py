@@ -1,14 +1,16 @@
 #!/usr/bin/python3
 """What tessary-render costs beside the bare tile renderer: the figures of docs/performance.md.
 
-    bench/render_speed.py [BUILD] [--poster]
+    bench/render_speed.py [BUILD] [--poster | --smooth]
 
 BUILD is the build folder (build/release). Every figure is the best of some runs, taken by turns in
 one row, because whatever else the machine does can only slow a run down. Beside pictures a second
 stand those a second of processor time, which hardly depend on what else the machine does. With
---poster it also makes the large posters, which takes minutes.
+--poster it also makes the large posters, which takes minutes; with --smooth it only compares smooth
+colours with bands, for every built-in view.
 """
 import os
+import re
 import struct
 import subprocess
 import sys
@@ -19,13 +21,16 @@ ARGUMENTS = [a for a in sys.argv[1:] if not a.startswith("--")]
 BUILD = os.path.abspath(ARGUMENTS[0] if ARGUMENTS else "build/release")
 RENDER = os.path.join(BUILD, "tessary-render")
 BARE = os.path.join(BUILD, "bench", "bare_tiles")
+VIEWS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "views.h")
 WIDTH, HEIGHT, TURNS = 1920, 1080, 5
+SMOOTH_COUNT, SMOOTH_TURNS = 4, 3  # trigonometric pictures take long
 THREADS = len(os.sched_getaffinity(0))
 
 
-def record(x, y, limit):
+def record(x, y, limit, c=(0, 0), bound=4.0, rule=0):
     """An entry without a name, but for its identity."""
-    return struct.pack("=6d", x[1], x[0], y[1], y[0], 0, 0) + struct.pack("=id3ix", limit, 4.0, 0, 0, 1)
+    return (struct.pack("=6d", x[1], x[0], y[1], y[0], *c)
+            + struct.pack("=id3ix", limit, bound, 0, rule, 1))
 
 
 def catalogue(entry, count=1):
@@ -100,11 +105,52 @@ def poster(*options):
           f"| {usage.ru_maxrss / 1024:.0f} MiB | {size:.0f} MB |", flush=True)
 
 
+def built_in_views():
+    """(name, entry) of each view of bench/views.h that a menu offers."""
+    with open(VIEWS, encoding="utf-8") as file:
+        lines = re.findall(r'\{"(\w+)", ([^}]*)\}', file.read().split("moreViews")[0])
+    for name, numbers in lines:
+        rule, left, right, low, high, *c, limit, bound = map(float, numbers.split(","))
+        yield name, record((left, right), (low, high), int(limit), c, bound, int(rule))
+
+
+def pictures(precision, colour, how):
+    """The command that makes the pictures of many.frac as PNG files or as PPM into a pipe."""
+    options = ["many.frac", "--size", f"{WIDTH}x{HEIGHT}", "--quiet", "--" + precision, "--colour",
+               colour]
+    if how == "PNG":
+        return [RENDER, *options, "-o", "out/"]
+    return ["bash", "-c", '"$@" | cat >/dev/null', "pipe", RENDER, *options, "--film", "--glide",
+            "linear", "-o", "-"]
+
+
+def smooth_beside_bands():
+    """Time, and processor time, of smooth pictures over that of pictures in bands."""
+    kinds = [(precision, how) for precision in ("single", "double") for how in ("PNG", "PPM")]
+    head = [f"{precision} {how} | CPU" for precision, how in kinds]
+    print(f"{THREADS} threads, {WIDTH}x{HEIGHT}\n\n| view | {' | '.join(head)} |\n|---|" + "---:|" * 8)
+    for name, entry in built_in_views():
+        with open("many.frac", "wb") as file:
+            file.write(catalogue(entry, SMOOTH_COUNT))
+        cells = []
+        for kind in kinds:
+            turns = [[run(*pictures(kind[0], colour, kind[1])) for colour in ("bands", "smooth")]
+                     for _ in range(SMOOTH_TURNS)]
+            bands, smooth = ([min(turn[which][clock] for turn in turns) for clock in (0, 1)]
+                             for which in (0, 1))
+            cells += [f"{smooth[clock] / bands[clock]:.2f}" for clock in (0, 1)]
+        print(f"| {name} | {' | '.join(cells)} |", flush=True)
+
+
 def main():
     # Where pictures cost memory and no disk.
     folder = tempfile.TemporaryDirectory(dir="/dev/shm" if os.path.isdir("/dev/shm") else None)
     os.chdir(folder.name)
     os.mkdir("out")
+    if "--smooth" in sys.argv:
+        smooth_beside_bands()
+        os.chdir("/")
+        return folder.cleanup()
     print(f"{THREADS} threads\n\n| {WIDTH}x{HEIGHT} | bare | PNG | share | PPM | share "
           "| bare, CPU | PNG, CPU | share | PPM, CPU | share |\n|---|" + "---:|" * 10)
     beside_the_bare_renderer("start view, limit 768", START, 60)

@@ -2,7 +2,7 @@
 // lanes, then the three levels of each pixel as one vector, for they lie together in the table, and
 // at last the bytes of many levels at once.
 //
-// Included once for each instruction set (see compute/value_colours.cpp).
+// Included once for each instruction set (see compute/colour_renderer.cpp).
 #if defined(TESSARY_COMPUTE_VECTOR_COLOURS_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef TESSARY_COMPUTE_VECTOR_COLOURS_INL_H
 #undef TESSARY_COMPUTE_VECTOR_COLOURS_INL_H

@@ -10,7 +10,7 @@
 #define HWY_DISABLED_TARGETS \
     (TESSARY_SKIPPED_TARGETS | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128)
 #undef HWY_TARGET_INCLUDE
-#define HWY_TARGET_INCLUDE "compute/value_colours.cpp"
+#define HWY_TARGET_INCLUDE "compute/colour_renderer.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
