@@ -100,6 +100,16 @@ View viewOf(Random& random, int type, bool doublePrecision) {
     return v;
 }
 
+// Of a view that `surround` made, pixels from an axis on to as far behind the point, which is still
+// one of them: orbits of every fate in one tile.
+void spread(View& v, bool across) {
+    double& from = across ? v.xMin : v.yMin;
+    double& to = across ? v.xMax : v.yMax;
+    to = 2 * (from + (to - from) / 2);
+    from = 0;
+    (across ? v.width : v.height) = 2 * SIDE;
+}
+
 // Pixels around the start of Julia's orbit, or around the constant of the others.
 void surroundOrbit(View& v, const Wide& start, const Wide& c) {
     if (v.type != 1) return surround(v, c.real(), c.imag());
@@ -167,6 +177,7 @@ View crossing(Random& random, int type, bool doublePrecision) {
     } else {
         findCrossing<float>(random, v, width, height);
     }
+    if (random.pick(0, 3) == 0) spread(v, random.pick(0, 1) == 1);
     return v;
 }
 

@@ -32,7 +32,7 @@ bool isSafe(double) {
 vector_control::TrigValues factorsOf(double, double) {
     return {};
 }
-trig_claims::FloatValue floatOf(int, trig_claims::FloatValue z, std::size_t) {
+trig_claims::FloatValue floatOf(int, trig_claims::FloatValue z, std::size_t, bool) {
     return z;
 }
 
@@ -84,13 +84,14 @@ vector_control::TrigValues factorsOf(double trigonometric, double hyperbolic) {
             hn::GetLane(f.cosh.v)};
 }
 
-trig_claims::FloatValue floatOf(int type, trig_claims::FloatValue z, std::size_t lane) {
+trig_claims::FloatValue floatOf(int type, trig_claims::FloatValue z, std::size_t lane,
+                                bool everywhere) {
     using D = Number<float>::D;
     const D d;
     constexpr std::size_t LANES = hn::MaxLanes(D());
     HWY_ALIGN float r[LANES], i[LANES];
-    std::fill(r, r + LANES, 1.0f);
-    std::fill(i, i + LANES, 1.0f);
+    std::fill(r, r + LANES, everywhere ? z.r : 1.0f);
+    std::fill(i, i + LANES, everywhere ? z.i : 1.0f);
     r[lane % LANES] = z.r;
     i[lane % LANES] = z.i;
     const cpuComplex<Number<float> > state{Number<float>(hn::Load(d, r)),
@@ -164,9 +165,9 @@ vector_control::TrigValues factors(double trigonometric, double hyperbolic) {
     return HWY_DYNAMIC_DISPATCH(factorsOf)(trigonometric, hyperbolic);
 }
 
-FloatValue floatFunction(int type, FloatValue z, std::size_t lane) {
+FloatValue floatFunction(int type, FloatValue z, std::size_t lane, bool everywhere) {
     using namespace tessary_vector;
-    return HWY_DYNAMIC_DISPATCH(floatOf)(type, z, lane);
+    return HWY_DYNAMIC_DISPATCH(floatOf)(type, z, lane, everywhere);
 }
 
 }  // namespace trig_claims

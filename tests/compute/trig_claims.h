@@ -3,6 +3,7 @@
 // line is tested within seconds.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -31,11 +32,11 @@ bool roundsSafely(double product);
 // The four functions on one vector of doubles.
 vector_control::TrigValues factors(double trigonometric, double hyperbolic);
 
-// The function of rule `type` in float, on a vector whose lane `lane` holds (r, i) and whose others
-// hold 1 + i; what comes out in that lane. lane: any, taken modulo the number of lanes.
+// The function of rule `type` in float, on a vector whose lane `lane` holds z and whose others hold
+// 1 + i, or z too; what comes out in that lane. lane: any, taken modulo the number of lanes.
 struct FloatValue {
     float r, i;
 };
-FloatValue floatFunction(int type, FloatValue z, std::size_t lane);
+FloatValue floatFunction(int type, FloatValue z, std::size_t lane, bool everywhere);
 
 }  // namespace trig_claims
