@@ -1,4 +1,5 @@
 #include <exception>
+#include <new>
 
 #include "frac/command/command_line.h"
 #include "frac/command/output.h"
@@ -9,8 +10,10 @@ int main(int argc, char** argv) {
     try {
         options.action(options);
         return 0;
+    } catch (const std::bad_alloc&) {
+        say("out of memory");
     } catch (const std::exception& error) {
         say(error.what());
-        return 1;
     }
+    return 1;
 }
