@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "app/standard_streams.h"
 #include "backends/worker_pool.h"
 
 namespace {
@@ -111,5 +112,7 @@ void leaveMainLoopAlone() {
 }
 
 void endBySignal() {
-    if (endingSignal != 0) endAtOnce(endingSignal);
+    if (endingSignal == 0) return;
+    tellOfLostOutput();  // as exit() would
+    endAtOnce(endingSignal);
 }

@@ -1,9 +1,7 @@
 #include "app/start_up.h"
 
 #include <GL/freeglut.h>
-#include <fcntl.h>
 #include <strings.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -216,39 +214,8 @@ void enterMainLoop() {
     if (!bCPU) release_opencl_resource(bDoublePrecision);
 }
 
-}  // namespace
-
-void openClosedStandardStreams() {
-    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The lowest free descriptor is the one that is given out.
-        if (fcntl(stream, F_GETFD) == -1) open("/dev/null", O_RDWR);
-    }
-}
-
-void listOptions() {
-    std::cout << "CL Tessary V" << 1 << "." << 0 << std::endl;
-    std::cout << std::endl;
-    for (const char* line :
-         {"--cpuN      forces CPU mode with N threads. N should ideally be set to the number of "
-          "CPU "
-          "cores",
-          "--deviceN   forces app to run on OpenCL device N",
-          "--list      lists available OpenCL devices",
-          "--single    forces single precision (default for GPUs without double precision)",
-          "--double    forces double precision (default for CPU and GPU with double precision)",
-          "--bench:filename runs a benchmark of the fractal set specified in filename",
-          "--help      displays this information"}) {
-        std::cout << line << std::endl;
-    }
-}
-
-int runTessary(int argc, char** argv) {
-    winX = roundImageSide(winX);
-    winY = roundImageSide(winY);
-    max_threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
-    std::cout << "Maximum CPU threads: " << max_threads << std::endl;
-    startWorkers(max_threads);
-    const CThreadShutdown shutdown;
+// What follows the start of the workers; answers the exit status.
+int openAndRun(int argc, char** argv) {
     nCudaDevice = -1;
     numCPUThreads = max_threads;
     findDevices(false);
@@ -276,4 +243,39 @@ int runTessary(int argc, char** argv) {
     registerCallbacks();
     enterMainLoop();
     return 0;
+}
+
+}  // namespace
+
+void listOptions() {
+    std::cout << "CL Tessary V" << 1 << "." << 0 << std::endl;
+    std::cout << std::endl;
+    for (const char* line :
+         {"--cpuN      forces CPU mode with N threads. N should ideally be set to the number of "
+          "CPU "
+          "cores",
+          "--deviceN   forces app to run on OpenCL device N",
+          "--list      lists available OpenCL devices",
+          "--single    forces single precision (default for GPUs without double precision)",
+          "--double    forces double precision (default for CPU and GPU with double precision)",
+          "--bench:filename runs a benchmark of the fractal set specified in filename",
+          "--help      displays this information"}) {
+        std::cout << line << std::endl;
+    }
+}
+
+int runTessary(int argc, char** argv) {
+    winX = roundImageSide(winX);
+    winY = roundImageSide(winY);
+    max_threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    std::cout << "Maximum CPU threads: " << max_threads << std::endl;
+    startWorkers(max_threads);
+    const CThreadShutdown shutdown;
+    try {
+        return openAndRun(argc, argv);
+    } catch (const std::bad_alloc&) {
+        leaveMainLoopAlone();
+        std::cout << "Out of memory" << std::endl;
+        return 1;
+    }
 }

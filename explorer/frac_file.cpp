@@ -3,6 +3,7 @@
 #include <GL/glut.h>
 
 #include <iostream>
+#include <new>
 #include <optional>
 #include <vector>
 
@@ -37,12 +38,32 @@ void takeFilename(const std::string& text, void* user) {
     std::cout << "Filename is " << printedName(filename) << std::endl;
 }
 
+// Memory that is not there is a file that cannot be written.
+Replacement saveCatalogue(const std::string& path) {
+    try {
+        return replaceFile(path, encodeCatalogue(fractals));
+    } catch (const std::bad_alloc&) {
+        return {.done = false, .error = {}, .safeCopy = {}};
+    }
+}
+
+// Nothing when the file cannot be read, or there is no memory for what is in it. Each line follows
+// the entry it tells of.
+std::optional<std::vector<fractal>> loadCatalogue(const std::string& path) {
+    const auto tell = [](const fractal&) { std::cout << "Loaded fractal" << std::endl; };
+    try {
+        return readCatalogue(path, tell);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
 }  // namespace
 
 // The lines follow the write, so that none of them tells of an entry that is not on disk.
 void SaveData(std::string path) {
     const std::lock_guard lock(mutex);
-    const Replacement saved = replaceFile(path, encodeCatalogue(fractals));
+    const Replacement saved = saveCatalogue(path);
     if (!saved) {
         std::cout << "Could not write to disk" << std::endl;
         if (!saved.safeCopy.empty()) {
@@ -57,8 +78,7 @@ void SaveData(std::string path) {
 }
 
 void LoadData(std::string path) {
-    const auto tell = [](const fractal&) { std::cout << "Loaded fractal" << std::endl; };
-    std::optional<std::vector<fractal>> loaded = readCatalogue(path, tell);
+    std::optional<std::vector<fractal>> loaded = loadCatalogue(path);
     if (!loaded) {
         std::cout << "Could not read from disk" << std::endl;
         return;

@@ -34,8 +34,8 @@ class Pipeline {
         : count(pieces), mostAhead(ahead), factory(std::move(newMaker)) {
         try {
             for (int i = 0; i < threads; ++i) workers.emplace_back([this] { work(); });
-        } catch (const std::system_error&) {
-            if (workers.empty()) throw;
+        } catch (const std::system_error& error) {
+            if (workers.empty()) throw std::system_error(error.code(), "no thread can be started");
         }
     }
 

@@ -1,4 +1,5 @@
 #include <exception>
+#include <new>
 
 #include "frac/command/command_line.h"
 #include "frac/command/output.h"
@@ -11,8 +12,10 @@ int main(int argc, char** argv) {
         return 0;
     } catch (const CommandLineEnd& end) {
         return end.status;
+    } catch (const std::bad_alloc&) {
+        say("out of memory");
     } catch (const std::exception& error) {
         say(error.what());
-        return 1;
     }
+    return 1;
 }

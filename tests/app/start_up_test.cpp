@@ -16,6 +16,7 @@
 #include <thread>
 #include <vector>
 
+#include "app/standard_streams.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
@@ -253,6 +254,11 @@ TEST_F(StartUpTest, StandardStreamsThatAreOpenStayWhatTheyAre) {
 TEST_F(StartUpTest, AnUnsignedExceptionEndsTheLoopQuietly) {
     EXPECT_EXIT(runProgram({}, NONE, [] { throw 5u; }), ExitedWithCode(0),
                 HasSubstr("glutMainLoop()\n" + shutdownLines()));
+}
+
+TEST_F(StartUpTest, MissingMemoryInACallbackIsOneLineAndStatusOne) {
+    EXPECT_EXIT(runProgram({}, NONE, [] { throw std::bad_alloc(); }), ExitedWithCode(1),
+                HasSubstr("glutMainLoop()\nOut of memory\n" + shutdownLines()));
 }
 
 TEST_F(StartUpTest, ExitFromACallbackKeepsItsStatus) {
