@@ -17,8 +17,11 @@ extern "C" void noteError(png_structp png, png_const_charp message) {
     png_longjmp(png, 1);
 }
 
-// Odd chunks of other programs are no concern of ours.
-extern "C" void ignoreWarning(png_structp, png_const_charp) {}
+// Odd chunks of other programs are no concern of ours, but that a chunk exceeds LONGEST_TEXT is
+// only told before memory is taken for it.
+extern "C" void judgeWarning(png_structp png, png_const_charp message) {
+    if (std::strstr(message, "too large") != nullptr) png_error(png, "a chunk is too large");
+}
 
 // Whether the bytes were there. Apart from the callback, which may not be left by png_error while a
 // string lives.
@@ -37,7 +40,7 @@ extern "C" void takeBytes(png_structp png, png_bytep target, std::size_t length)
 class Picture {
   public:
     explicit Picture(ByteReader& reader)
-        : png(png_create_read_struct(PNG_LIBPNG_VER_STRING, &message, noteError, ignoreWarning)),
+        : png(png_create_read_struct(PNG_LIBPNG_VER_STRING, &message, noteError, judgeWarning)),
           info(png != nullptr ? png_create_info_struct(png) : nullptr) {
         if (info == nullptr) throw PictureError("no memory");
         png_set_read_fn(png, &reader, takeBytes);

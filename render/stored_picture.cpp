@@ -36,6 +36,8 @@ struct StoredPicture::Reader {
             png_destroy_read_struct(&png, nullptr, nullptr);
             throw std::bad_alloc();
         }
+        // Only what tells of pixels: a few bytes of text may claim to be two gigabytes.
+        png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
         png_init_io(png, input);
     }
     ~Reader() { png_destroy_read_struct(&png, &info, nullptr); }
