@@ -58,6 +58,7 @@ class Reliability(unittest.TestCase):
         cls.unit = unit_tests()
         cls.registered, cls.labels = registered_tests()
         cls.python = test_sources(".py")
+        cls.programs = set(re.findall(r"\bNAME (\w+)", "\n".join(test_sources("CMakeLists.txt"))))
 
     def test_every_promise_has_its_tests_its_figure_and_its_command(self):
         self.assertGreater(len(list(rows())), 10)
@@ -77,9 +78,10 @@ class Reliability(unittest.TestCase):
                     self.assertTrue(self.is_test(name), name)
 
     def is_test(self, name):
-        """Whether a unit test, an entry or a label of ctest, a file, or what a Python test is called."""
+        """Whether a unit test, their program, an entry or a label of ctest, a file, or what a Python
+        test is called."""
         name = name.removesuffix(".*")
-        known = self.unit | self.registered | self.labels
+        known = self.unit | self.registered | self.labels | self.programs
         return (name in known or os.path.exists(os.path.join(SOURCE, name)) or
                 any(re.search(rf"(class|def) {re.escape(name)}\b", text) for text in self.python))
 
