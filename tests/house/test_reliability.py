@@ -64,6 +64,7 @@ class Reliability(unittest.TestCase):
     def setUpClass(cls):
         cls.unit = unit_tests()
         cls.registered, cls.labels = registered_tests()
+        cls.python = test_sources(".py")
 
     def test_every_promise_has_its_tests_its_figure_and_its_command(self):
         self.assertGreater(len(list(rows())), 10)
@@ -85,6 +86,9 @@ class Reliability(unittest.TestCase):
     def is_test(self, name):
         """Whether a unit test, an entry of ctest or a file is called so."""
         if os.path.exists(os.path.join(SOURCE, name)):
+            return True
+        group, _, method = name.partition(".")
+        if any(f"class {group}(" in text and f"def {method}(" in text for text in self.python):
             return True
         # Parameters stand before and behind a name; a star is any rest.
         expression = "".join(r"\w*" if c == "*" else re.escape(c) for c in without_parameters(name))
@@ -114,7 +118,9 @@ class Reliability(unittest.TestCase):
             self.assert_is_target(os.path.basename(words[0]))
         else:
             self.assertTrue(os.access(script, os.X_OK), f"{words[0]} is no program")
-            for option in (word for word in words if word.startswith("--")):
+            # What stands behind -R goes to ctest.
+            own = words[:words.index("-R")] if "-R" in words else words
+            for option in (word for word in own if word.startswith("--")):
                 self.assertIn(option.split("=")[0], read(words[0]))
         if "--only" in words:
             self.assertIn(words[words.index("--only") + 1], self.labels)
