@@ -21,10 +21,13 @@ def read(path):
 
 
 def rows():
-    """The cells of every row of the page's tables, but for their heads."""
-    for line in read("docs/reliability.md").splitlines():
-        if line.startswith("|") and not re.match(r"\|(-|\s*Promise )", line):
-            yield [cell.strip().replace(r"\|", "|") for cell in re.split(r"(?<!\\)\|", line)[1:-1]]
+    """The cells of every row of the page's tables of promises, but for their heads."""
+    for table in read("docs/reliability.md").split("\n\n"):
+        head, _, *lines = table.splitlines() + ["", ""]
+        if head.startswith("| Promise "):
+            for line in filter(None, lines):
+                cells = re.split(r"(?<!\\)\|", line)[1:-1]
+                yield [cell.strip().replace(r"\|", "|") for cell in cells]
 
 
 def quoted(text):
