@@ -11,7 +11,8 @@ import harness
 from sources import SOURCE, files
 
 ROW = 4  # cells: promise, tests, figure, command
-WITHOUT_A_COMMAND = ("the same", "not kept in the tree")
+# Among other things in backquotes, what is a test: Suite.Case, area.group, or a file below tests/.
+TEST = r"([\w*]+/)*[A-Za-z]\w*\.[\w*/]+|tests/.+"
 
 
 def read(path):
@@ -20,14 +21,23 @@ def read(path):
 
 
 def rows():
-    """The cells of every row of the page's tables, but for their heads."""
-    for line in read("docs/reliability.md").splitlines():
-        if line.startswith("|") and not re.match(r"\|(-|\s*Promise )", line):
-            yield [cell.strip().replace(r"\|", "|") for cell in re.split(r"(?<!\\)\|", line)[1:-1]]
+    """The cells of every row of the page's tables of promises, but for their heads."""
+    for table in read("docs/reliability.md").split("\n\n"):
+        head, _, *lines = table.splitlines() + ["", ""]
+        if head.startswith("| Promise "):
+            for line in filter(None, lines):
+                cells = re.split(r"(?<!\\)\|", line)[1:-1]
+                yield [cell.strip().replace(r"\|", "|") for cell in cells]
 
 
 def quoted(text):
     return re.findall(r"`([^`]+)`", text)
+
+
+def without_parameters(name):
+    """Suite.Case of Prefix/Suite.Case/0."""
+    prefix, _, rest = name.rpartition(".")
+    return f"{prefix.split('/')[-1]}.{rest.split('/')[0]}"
 
 
 def test_sources(ending):
@@ -65,23 +75,27 @@ class Reliability(unittest.TestCase):
             with self.subTest(promise=row[0]):
                 self.assertEqual(len(row), ROW)
                 self.assertTrue(row[0] and row[1])
-                self.assertTrue(quoted(row[3]) or row[3] in WITHOUT_A_COMMAND)
+                self.assertTrue(row[3])
 
     def test_no_figure_was_forgotten(self):
         self.assertNotRegex(read("docs/reliability.md"), r"FIGURE|TODO|\?\?")
 
     def test_every_test_that_is_named_exists(self):
         for row in rows():
-            for name in quoted(row[1]):
+            for name in (name for name in quoted(row[1]) if re.fullmatch(TEST, name)):
                 with self.subTest(promise=row[0], name=name):
                     self.assertTrue(self.is_test(name), name)
 
     def is_test(self, name):
-        """Whether a unit test, an entry or a label of ctest, a file, or what a Python test is called."""
-        name = name.removesuffix(".*")
-        known = self.unit | self.registered | self.labels
-        return (name in known or os.path.exists(os.path.join(SOURCE, name)) or
-                any(re.search(rf"(class|def) {re.escape(name)}\b", text) for text in self.python))
+        """Whether a unit test, an entry of ctest or a file is called so."""
+        if os.path.exists(os.path.join(SOURCE, name)):
+            return True
+        group, _, method = name.partition(".")
+        if any(f"class {group}(" in text and f"def {method}(" in text for text in self.python):
+            return True
+        # Parameters stand before and behind a name; a star is any rest.
+        expression = "".join(r"\w*" if c == "*" else re.escape(c) for c in without_parameters(name))
+        return any(re.fullmatch(expression, known) for known in self.unit | self.registered)
 
     def test_every_command_can_be_given(self):
         for row in rows():
@@ -91,22 +105,31 @@ class Reliability(unittest.TestCase):
 
     def assert_can_be_given(self, command):
         words = shlex.split(command)
-        while re.match(r"[A-Z_]+=", words[0]):
-            self.assertIn(words.pop(0).split("=")[0], "".join(test_sources((".cpp", ".py", ".h"))))
+        while words and re.match(r"[A-Z_]+(=|$)", words[0]):
+            self.assertTrue(self.is_read(words.pop(0).split("=")[0]), command)
+        if not words:
+            return
         script = os.path.join(SOURCE, words[0])
+        if "-R" in words:
+            for alternative in words[words.index("-R") + 1].split("|"):
+                expression = alternative.split("/")[-1]
+                self.assertTrue(any(re.search(expression, name) for name in
+                                    self.unit | self.registered), alternative)
         if words[0] == "ctest":
-            pattern = words[words.index("-R") + 1] if "-R" in words else words[words.index("-L") + 1]
-            known = self.labels if "-L" in words else self.unit | self.registered
-            for alternative in pattern.split("|"):
-                self.assertTrue(any(re.search(alternative, name) for name in known), alternative)
-        elif words[0].startswith("build/"):
+            pass
+        elif words[0].startswith("build/") or "/" not in words[0]:
             self.assert_is_target(os.path.basename(words[0]))
         else:
             self.assertTrue(os.access(script, os.X_OK), f"{words[0]} is no program")
-            for option in (word for word in words if word.startswith("--")):
+            # What stands behind -R goes to ctest.
+            own = words[:words.index("-R")] if "-R" in words else words
+            for option in (word for word in own if word.startswith("--")):
                 self.assertIn(option.split("=")[0], read(words[0]))
         if "--only" in words:
             self.assertIn(words[words.index("--only") + 1], self.labels)
+
+    def is_read(self, variable):
+        return any(variable in text for text in test_sources((".cpp", ".py", ".h")))
 
     def assert_is_target(self, name):
         cmake = [read(path) for path in files() if path.endswith("CMakeLists.txt")]

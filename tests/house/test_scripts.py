@@ -397,11 +397,16 @@ class Gate(ScriptTest):
             self.assertRegex(line, r"^ci: .*: passed in \d+ min \d+ s$")
 
     def test_a_stage_that_fails_fails_the_run_and_stops_none_of_the_others(self):
-        for stage in ("", "--asan --only memory", "--lint clang-tidy"):
+        for stage in ("", "--asan --only memory", "--lint cppcheck"):
             with self.subTest(stage=stage):
                 status, told = self.gate(BAD=stage)
                 self.assertEqual((status, len(told)), (1, self.STAGES))
                 self.assertEqual(sum("FAILED with status 1" in line for line in told), 1)
+
+    def test_what_a_checker_of_taste_finds_is_told_and_fails_nothing(self):
+        status, told = self.gate(BAD="--lint clang-tidy")
+        self.assertEqual((status, len(told)), (0, self.STAGES))
+        self.assertEqual(sum("FAILED with status 1" in line for line in told), 1)
 
     def test_what_the_time_does_not_suffice_for_is_left_out_and_named(self):
         status, told = self.gate(CI_SECONDS="60")
