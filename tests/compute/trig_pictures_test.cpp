@@ -97,6 +97,23 @@ TEST_P(TrigPictures, AreTheYardsticksOverWideViews) {
     }
 }
 
+// On the real axis one part of the state returns at every step, and says nothing of the orbit.
+TEST_P(TrigPictures, AreTheYardsticksOfRealOrbitsThatEscapeLate) {
+    View v;
+    v.doublePrecision = true;
+    v.yMin = v.yMax = 0;
+    v.maxIters = 400;
+    v.height = 3;
+    v.type = 4;
+    v.xMin = 0.001;
+    v.xMax = 0.005;
+    EXPECT_TRUE(drawsTheYardsticksPicture(v));
+    v.type = 5;
+    v.xMin = -0.5325;
+    v.xMax = -0.530;
+    EXPECT_TRUE(drawsTheYardsticksPicture(v));
+}
+
 INSTANTIATE_TEST_SUITE_P(Target, TrigPictures,
                          testing::Range(std::size_t{0}, trig_claims::targets().size()),
                          [](const testing::TestParamInfo<std::size_t>& target) {

@@ -148,7 +148,7 @@ struct Size {
 class LargestPicture : public testing::TestWithParam<Size> {};
 
 TEST_P(LargestPicture, IsDrawnToTheByteAtItsCornersAndInItsMiddle) {
-    const auto [width, height] = GetParam();
+    const int width = GetParam().width, height = GetParam().height;
     const Mapping actual(std::size_t{1} * static_cast<unsigned>(width) *
                          static_cast<unsigned>(height));
     const Mapping expected(std::size_t{1} * static_cast<unsigned>(width) *
