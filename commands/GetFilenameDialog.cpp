@@ -114,19 +114,20 @@ ErrorHandlers exchange(const ErrorHandlers& handlers) {
     return {XSetErrorHandler(handlers.error), XSetIOErrorHandler(handlers.ioError)};
 }
 
-// The handlers that the toolkit installed. Written at its start, GLUT thread only.
-ErrorHandlers panelHandlers;
+// The handler of X errors that the toolkit installed. Written at its start, GLUT thread only.
+XErrorHandler panelErrorHandler = nullptr;
 
-// Lets the toolkit handle X errors while a panel is open and no longer.
+// Lets the toolkit handle X errors while a panel is open and no longer. A lost display stays
+// Xlib's, which tells of it, as the toolkit does not.
 class PanelErrorHandling {
   public:
-    PanelErrorHandling() : previous(exchange(panelHandlers)) {}
-    ~PanelErrorHandling() { exchange(previous); }
+    PanelErrorHandling() : previous(XSetErrorHandler(panelErrorHandler)) {}
+    ~PanelErrorHandling() { XSetErrorHandler(previous); }
     PanelErrorHandling(const PanelErrorHandling&) = delete;
     PanelErrorHandling& operator=(const PanelErrorHandling&) = delete;
 
   private:
-    ErrorHandlers previous;
+    XErrorHandler previous;
 };
 
 // Keeps what a closed pipe does as it was: libraries behind the toolkit have it ignored from their
@@ -164,7 +165,7 @@ std::string startToolkit() {
 
     const ErrorHandlers before = exchange({});
     const bool started = toolkit.gtk_init_check(&argc, &argv) != FALSE;
-    panelHandlers = exchange(before);
+    panelErrorHandler = exchange(before).error;
     return started ? "" : "cannot open display " + display;
 }
 
