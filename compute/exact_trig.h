@@ -3,7 +3,7 @@
 #pragma once
 
 #include "compute/quick_trig.h"
-#include "compute/rounded_trig.h"
+#include "compute/sine_cosine.h"
 
 namespace exact_trig {
 

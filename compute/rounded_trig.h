@@ -3,9 +3,7 @@
 // give the same bits everywhere.
 #pragma once
 
-struct SineCosine {
-    double sine, cosine;
-};
+#include "compute/sine_cosine.h"
 
 // sin(x) and cos(x), x in radians, any double. sineCosine(-0) has the sine -0; infinities and NaN
 // give NaN. Any thread; allocates nothing and takes no lock.

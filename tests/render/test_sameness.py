@@ -9,7 +9,7 @@ import unittest
 from render_command import RENDER, SOURCE, RenderTest, pixels, record
 
 TOUR = os.path.join(SOURCE, "share", "tour.frac")
-# Formulas whose pixels are this program's own arithmetic in double precision too.
+TRIGONOMETRIC = range(7, 11)
 POLYNOMIALS = [1, 2, *range(11, 19)]
 
 
@@ -55,9 +55,30 @@ class Processors(RenderTest):
         with self.subTest(processor="qemu64", arguments=arguments):
             self.assertTrue((pixels(self.on("qemu64", *arguments)) == pixels(here)).all())
 
+    def numbers(self, *arguments, prefix=()):
+        done = self.run_render(*arguments, "-", prefix=[*prefix], stderr=subprocess.DEVNULL)
+        self.assertEqual(done.returncode, 0)
+        return done.stdout
+
+    def same_numbers(self, *arguments):
+        here = self.numbers(*arguments)
+        for processor in ("qemu64", "Nehalem", "Haswell", "max"):
+            with self.subTest(processor=processor, arguments=arguments):
+                self.assertEqual(self.numbers(*arguments,
+                                              prefix=["qemu-x86_64", "-cpu", processor]), here)
+
     def test_every_polynomial_is_the_same_file_in_double_precision(self):
         for entry in POLYNOMIALS:
             self.same_everywhere(TOUR, "--entry", entry, "--size", "64x48")
+
+    def test_trigonometric_formulas_are_the_same_file_in_double_precision(self):
+        for entry in TRIGONOMETRIC:
+            self.same_everywhere(TOUR, "--entry", entry, "--size", "64x48")
+
+    def test_so_are_their_values(self):
+        for entry in TRIGONOMETRIC:
+            for number in ("--counts", "--values"):
+                self.same_numbers(TOUR, "--entry", entry, "--size", "32x24", number)
 
     def test_every_formula_is_the_same_file_in_single_precision(self):
         for entry in range(1, 19):
