@@ -15,6 +15,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include "compute/rounded_trig.h"
 #include "compute/vector_tile-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -89,8 +90,9 @@ bool render(const VectorTile<double>& tile, int type) {
 
 vector_control::TrigValues evaluate(double trigonometric, double hyperbolic) {
     if (!scalarAlone) return HWY_DYNAMIC_DISPATCH(trigValues)(trigonometric, hyperbolic);
-    return {std::sin(trigonometric), std::cos(trigonometric), std::sinh(hyperbolic),
-            std::cosh(hyperbolic)};
+    const SineCosine t = sineCosine(trigonometric);
+    const SineCosine h = hyperbolicSineCosine(hyperbolic);
+    return {t.sine, t.cosine, h.sine, h.cosine};
 }
 
 }  // namespace tessary_vector
