@@ -15,6 +15,7 @@
 #include <hwy/highway.h>
 
 #include "compute/vector_colours-inl.h"
+#include "compute/vector_renderer.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
@@ -55,7 +56,11 @@ int colours(const ValueColours& how, const double* roundings, const double* valu
 
 int colourValues(const ValueColours& how, const double* roundings, const double* values, int n,
                  unsigned char* out, std::int32_t* left) {
-    return tessary_vector::colours(how, roundings, values, n, out, left);
+    if (vector_control::usesVectors()) {
+        return tessary_vector::colours(how, roundings, values, n, out, left);
+    }
+    std::iota(left, left + n, 0);
+    return n;
 }
 
 #endif  // HWY_ONCE

@@ -61,12 +61,20 @@ class Parallel(ClusterTest):
         self.assert_film()
 
     def test_the_poster_of_the_page_is_that_of_one_run(self):
-        (command,) = [c for c in shown("seq") if "--film" not in c]
-        (join,) = shown("tessary-render --join")
-        self.run_shell(self.as_test(command))
-        self.run_shell(join)
+        self.run_bands("-o band")
         self.render("stdin.frac", "--entry", 1, "--size", "40x30", "-o", "whole.png")
         self.assertEqual(self.read("poster.png"), self.read("whole.png"))
+
+    def test_the_numbers_of_the_page_are_those_of_one_run(self):
+        self.run_bands("--values band")
+        self.render("stdin.frac", "--entry", 1, "--size", "40x30", "--values", "whole.npy")
+        self.assertEqual(self.read("values.npy"), self.read("whole.npy"))
+
+    def run_bands(self, what):
+        (shares,) = [c for c in shown("seq") if what in c]
+        (join,) = [c for c in shown("tessary-render --join") if ("npy" in c) == ("npy" in shares)]
+        self.run_shell(self.as_test(shares))
+        self.run_shell(join)
 
 
 class Slurm(ClusterTest):
