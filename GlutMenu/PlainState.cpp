@@ -23,10 +23,10 @@ namespace GlutMenu {
 
 namespace {
 
-// What changes the look of a plain shape while it is on.
+// What changes the look of a plain shape while it is on. Colour material is not among them: it
+// follows the current colour, also back to the one found.
 constexpr GLenum effects[] = {GL_ALPHA_TEST,
                               GL_COLOR_LOGIC_OP,
-                              GL_COLOR_MATERIAL,
                               GL_COLOR_SUM,
                               GL_CULL_FACE,
                               GL_FOG,
@@ -97,7 +97,6 @@ PlainState::PlainState() {
     ReadBlending();
 }
 
-// The effects last: colour material takes the current colour over when it is turned on.
 PlainState::~PlainState() {
     if (!HasAll()) return;
     RestoreBlending();

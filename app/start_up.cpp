@@ -13,6 +13,7 @@
 #include <string>
 #include <thread>
 
+#include "GlutMenu/GlutKeys.h"
 #include "app/signals.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
@@ -188,7 +189,7 @@ void openWindow() {
     glutCreateWindow(title.c_str());
     setWindowClass();
     if (hasXWindow()) setWindowIcon(drawWindowIcons());
-    enableShiftTab();
+    GlutMenu::EnableShiftTab();
 }
 
 void registerCallbacks() {
