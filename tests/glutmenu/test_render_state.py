@@ -18,6 +18,7 @@ class RenderState(unittest.TestCase):
     def test_a_look_and_a_state_that_nothing_of_the_program_s_own_changes(self):
         with harness.Screen(wm=False) as screen:
             program = harness.Program(screen, ["--gtest_brief=1"], program=PROGRAM)
+            self.addCleanup(program.stop)
             status = program.process.wait(60 * harness.PATIENCE)
             told = "\n".join(program.lines[-200:])
             self.assertEqual(status, 0, told + program.errors)
