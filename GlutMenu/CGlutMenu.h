@@ -102,8 +102,9 @@ class CGlutMenu {
     // Destroys the child at item i; the item still counts as one with a (null) submenu.
     void DeleteSubMenu(int i);
 
-    // Draws this menu, its open submenus and the open dialog. The root also sets the projection up
-    // and takes it down; blending is off and depth testing on when it returns.
+    // Draws this menu, its open submenus and the open dialog over the whole viewport. The root
+    // draws the same whatever OpenGL state the program has set, and leaves that as it found it,
+    // except that blending is off and depth testing on when it returns.
     void Render();
 
     // The handlers return whether the event was consumed; an open dialog consumes every event.
@@ -230,6 +231,7 @@ class CGlutMenu {
     bool HighlightNext(int i);
     bool HighlightPrevious(int i);
 
+    void RenderLevel();
     void RenderTree();
     void RenderBackground() const;
     void RenderItem(int i) const;

@@ -6,6 +6,7 @@
 #include "GlutMenu/Colour.h"
 #include "GlutMenu/Font.h"
 #include "GlutMenu/LineWidth.h"
+#include "GlutMenu/PlainState.h"
 #include "GlutMenu/Truncate.h"
 
 namespace GlutMenu {
@@ -56,23 +57,27 @@ void UseDimmedColour(const float (&colour)[4]) {
 }  // namespace
 
 void CGlutMenu::Render() {
-    float colour_before[4] = {1.0F, 1.0F, 1.0F, 1.0F};
-    const bool is_root = parent == nullptr;
-    if (is_root) {
-        glGetFloatv(GL_CURRENT_COLOR, colour_before);
-        setOrthographicProjection();
-        glDisable(GL_DEPTH_TEST);
-        glEnable(GL_BLEND);
-        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    if (parent != nullptr) {
+        RenderLevel();
+        return;
     }
+    const PlainState plain;
+    float colour_before[4] = {1.0F, 1.0F, 1.0F, 1.0F};
+    glGetFloatv(GL_CURRENT_COLOR, colour_before);
+    setOrthographicProjection();
+    glDisable(GL_DEPTH_TEST);
+    glEnable(GL_BLEND);
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    RenderLevel();
+    UseColour(colour_before);
+    glDisable(GL_BLEND);
+    glEnable(GL_DEPTH_TEST);
+    restorePersectionProjection();
+}
+
+void CGlutMenu::RenderLevel() {
     if (active) RenderTree();
     if (input_field != nullptr) input_field->Render();
-    if (is_root) {
-        UseColour(colour_before);
-        glDisable(GL_BLEND);
-        glEnable(GL_DEPTH_TEST);
-        restorePersectionProjection();
-    }
 }
 
 void CGlutMenu::RenderTree() {

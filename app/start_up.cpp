@@ -11,6 +11,7 @@
 #include <string>
 #include <thread>
 
+#include "GlutMenu/GlutKeys.h"
 #include "app/signals.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
@@ -186,7 +187,7 @@ void openWindow() {
     glutCreateWindow(title.c_str());
     setWindowClass();
     if (hasXWindow()) setWindowIcon(drawWindowIcons());
-    enableShiftTab();
+    GlutMenu::EnableShiftTab();
 }
 
 void registerCallbacks() {

@@ -14,7 +14,8 @@ endif()
 
 function(tessary_harden target)
   # What goes into a program is compiled for its place in one: -fPIC instead would keep functions from
-  # being drawn into each other. Plug-ins of the tests say -fPIC themselves.
+  # being drawn into each other. Plug-ins of the tests say -fPIC themselves, and so does the toolkit,
+  # which goes into libraries of others.
   set(type $<TARGET_PROPERTY:TYPE>)
   set(plugin $<OR:$<STREQUAL:${type},SHARED_LIBRARY>,$<STREQUAL:${type},MODULE_LIBRARY>>)
   # Without optimisation the C library warns that it cannot check. Tests put functions of their own in
@@ -22,7 +23,7 @@ function(tessary_harden target)
   set(tests $<PATH:IS_PREFIX,${PROJECT_SOURCE_DIR}/tests,$<TARGET_PROPERTY:SOURCE_DIR>>)
   set(fortified $<NOT:$<OR:$<CONFIG:Debug>,${tests}>>)
   target_compile_options(${target} INTERFACE
-    $<$<NOT:${plugin}>:-fPIE>
+    $<$<NOT:$<OR:${plugin},$<BOOL:$<TARGET_PROPERTY:POSITION_INDEPENDENT_CODE>>>>:-fPIE>
     -fstack-protector-strong
     ${TESSARY_MARKED_PLACES}
     # Compilers of some distributions bring a level of their own.

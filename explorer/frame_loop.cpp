@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "GlutMenu/DialogKind.h"
+#include "GlutMenu/GlutKeys.h"
 #include "backends/image.h"
 #include "backends/opencl_backend.h"
 #include "backends/palette.h"
@@ -162,12 +163,6 @@ void startBlinking() {
     glutTimerFunc(BLINK_MILLISECONDS, blink, BLINK_VALUE);
 }
 
-// GLUT reports a bare modifier as a special key; a Shift on the way to Shift+Tab must not act on
-// the menu that it is meant for.
-bool isModifierKey(int key) {
-    return key == GLUT_KEY_NUM_LOCK || (key >= GLUT_KEY_SHIFT_L && key <= GLUT_KEY_SUPER_R);
-}
-
 }  // namespace
 
 void renderScene() {
@@ -195,7 +190,8 @@ void keyboard(unsigned char key, int, int) {
 }
 
 void special_keyboard(int key, int, int) {
-    if (isModifierKey(key)) return;
+    // A Shift on the way to Shift+Tab must not act on the menu that it is meant for.
+    if (GlutMenu::IsModifierKey(key)) return;
     menu.special_key_callback(key);
     glutPostRedisplay();
 }

@@ -1,12 +1,10 @@
 #include "explorer/platform_x11.h"
 
 #include <GL/glx.h>
-#include <X11/XKBlib.h>
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/cursorfont.h>
-#include <X11/keysym.h>
 
 #include <array>
 #include <cstdlib>
@@ -80,25 +78,6 @@ bool windowIsToEnd() {
     XEvent event;
     XCheckIfEvent(display, &event, note, reinterpret_cast<XPointer>(&search));
     return search.found || destroyed;
-}
-
-void enableShiftTab() {
-    Display* display = glXGetCurrentDisplay();
-    if (display == nullptr) return;
-    // libX11 1.8 deadlocks in XRebindKeysym unless its keyboard tables were loaded before.
-    XkbKeysymToModifiers(display, XK_Shift_L);
-    const KeySym keys[] = {XK_Shift_L, XK_Num_Lock, XK_Caps_Lock, XK_Control_L, XK_Alt_L};
-    unsigned char tab[] = "\t";
-    // All subsets, also those without Shift: X no longer counts a Shift that took part in choosing
-    // the key's symbol.
-    for (unsigned subset = 0; subset < 32; ++subset) {
-        std::vector<KeySym> modifiers;
-        for (unsigned bit = 0; bit < 5; ++bit) {
-            if (subset & (1u << bit)) modifiers.push_back(keys[bit]);
-        }
-        XRebindKeysym(display, XK_ISO_Left_Tab, modifiers.data(),
-                      static_cast<int>(modifiers.size()), tab, 1);
-    }
 }
 
 void setUtf8Title(const std::string& text) {

@@ -15,9 +15,6 @@ void setWindowClass();
 // or another client has destroyed it. The events all stay where they are.
 bool windowIsToEnd();
 
-// Lets Shift+Tab arrive as Tab with the shift bit; freeglut drops the key symbol that X sends.
-void enableShiftTab();
-
 // Titles the window with `text`, which must be valid UTF-8; freeglut alone declares every title to
 // be Latin-1.
 void setUtf8Title(const std::string& text);

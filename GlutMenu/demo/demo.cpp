@@ -4,7 +4,7 @@
 #include <GL/glut.h>
 
 #include "GlutMenu/CGlutMenu.h"
-#include "GlutMenu/demo/back_tab.h"
+#include "GlutMenu/GlutKeys.h"
 #include "GlutMenu/demo/menus.h"
 
 namespace {
@@ -52,10 +52,8 @@ void Keyboard(unsigned char key, int /*x*/, int /*y*/) {
     glutPostRedisplay();
 }
 
-// The modifier keys arrive here, too, above Insert. They would close an open menu like any key it
-// has no use for.
 void Special(int key, int /*x*/, int /*y*/) {
-    if (key > GLUT_KEY_INSERT) return;
+    if (GlutMenu::IsModifierKey(key)) return;
     bar.special_key_callback(key);
     glutPostRedisplay();
 }
@@ -86,7 +84,7 @@ int main(int argc, char** argv) {
     glutInit(&argc, argv);
     glutInitDisplayMode(GLUT_RGBA | GLUT_DOUBLE | GLUT_DEPTH);
     glutCreateWindow("GlutMenu demo");
-    DeliverShiftTab();
+    GlutMenu::EnableShiftTab();
     BuildMenus(bar, picture, glutGet(GLUT_WINDOW_WIDTH), glutGet(GLUT_WINDOW_HEIGHT));
     RegisterCallbacks();
     glutMainLoop();

@@ -1,4 +1,4 @@
-#include "GlutMenu/demo/back_tab.h"
+#include "GlutMenu/GlutKeys.h"
 
 #include <GL/glx.h>
 #include <X11/XKBlib.h>
@@ -6,6 +6,8 @@
 #include <X11/keysym.h>
 
 #include <vector>
+
+namespace GlutMenu {
 
 namespace {
 
@@ -23,7 +25,7 @@ std::vector<KeySym> HeldModifiers(unsigned choice) {
 
 }  // namespace
 
-void DeliverShiftTab() {
+void EnableShiftTab() {
     Display* display = glXGetCurrentDisplay();
     if (display == nullptr) return;
     // libX11 1.8 waits for itself when XRebindKeysym is the first to need the keyboard's tables;
@@ -37,3 +39,5 @@ void DeliverShiftTab() {
         XRebindKeysym(display, XK_ISO_Left_Tab, held.data(), static_cast<int>(held.size()), tab, 1);
     }
 }
+
+}  // namespace GlutMenu
