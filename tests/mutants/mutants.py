@@ -50,7 +50,7 @@ TESTS_OF = [
     ("compute/fixed_math", "fixed_math_test"),
     ("compute/", "formula_test tile_test value_test"),
     ("commands/", "commands_test"),
-    ("GlutMenu/", "toolkit_all_test"),
+    ("GlutMenu/", "toolkit_all_test toolkit_globals_test"),
 ]
 GENERATED = {"compute/trig_tables.h"}  # held by a test of its own to be what the script makes
 
@@ -83,7 +83,8 @@ NAMES = {
 }
 UNARY = {"!", "++", "--"}
 FOR_SPEED_ALONE = {"HWY_UNROLL", "HWY_ALIGN"}
-COMMUTATIVE = {"And", "Or", "Xor", "Add", "Mul", "min", "max", "length"}
+COMMUTATIVE = {"And", "Or", "Xor", "Add", "Mul", "Eq", "Ne", "min", "max", "length"}
+PRODUCT_AND_SUM = {"multiplyAdd", "MulAdd"}  # which take their first two in either order
 TAGS = {"d", "dd", "dh", "di", "du", "D()"}  # of vector types: swapped they never compile
 OPENING, CLOSING = "([{", ")]}"
 ENDS_A_TERM = {"+", "-", "?", ":", "<", ">", "<=", ">=", "==", "!=", "&&", "||", "="}
@@ -178,7 +179,7 @@ def swapped_arguments(text, tokens, at):
     name = tokens[at - 1][1]
     arguments = arguments_of(tokens, at)
     for n, ((a, b), (c, d)) in enumerate(zip(arguments, arguments[1:])):
-        same = text[a:b] == text[c:d] or name in COMMUTATIVE or name == "multiplyAdd" and n == 0
+        same = text[a:b] == text[c:d] or name in COMMUTATIVE or name in PRODUCT_AND_SUM and n == 0
         if not same and not TAGS & {text[a:b], text[c:d]}:
             yield a, d, text[c:d] + text[b:c] + text[a:b]
 
