@@ -12,6 +12,9 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include "compute/vector_certified-inl.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -34,6 +37,18 @@ vector_control::TrigValues factorsOf(double, double) {
 }
 trig_claims::FloatValue floatOf(int, trig_claims::FloatValue z, std::size_t, bool) {
     return z;
+}
+trig_claims::Slots advanceOf(int, const std::vector<trig_claims::Slot>&, double, int, int) {
+    return {};
+}
+trig_claims::Slots repeatsOf(const std::vector<trig_claims::Slot>&) {
+    return {};
+}
+trig_claims::Slots savedOf(const std::vector<trig_claims::Slot>&) {
+    return {};
+}
+trig_claims::Slots closedOf(const std::vector<trig_claims::Slot>&, bool) {
+    return {};
 }
 
 #else
@@ -104,6 +119,71 @@ trig_claims::FloatValue floatOf(int type, trig_claims::FloatValue z, std::size_t
     return {r[lane % LANES], i[lane % LANES]};
 }
 
+// The renderer's slots with these orbits in them, the padding behind them dead.
+struct FilledSlots : CertifiedSlots {
+    FilledSlots(const std::vector<trig_claims::Slot>& slots, bool saved) : CertifiedSlots{} {
+        s.used = slots.size();
+        reviveUsed(s);
+        s.alive = 0;
+        s.saved = saved;
+        s.placed = true;
+        for (std::size_t n = 0; n < slots.size(); ++n) put(n, slots[n]);
+    }
+
+    void put(std::size_t n, const trig_claims::Slot& slot) {
+        s.zr[n] = slot.now.r, s.zi[n] = slot.now.i, bound[n] = slot.now.bound;
+        s.savedR[n] = slot.saved.r, s.savedI[n] = slot.saved.i, savedBound[n] = slot.saved.bound;
+        s.cr[n] = slot.cr, s.ci[n] = slot.ci, s.count[n] = slot.count;
+        if (!slot.live) s.live[n] = 0;
+        s.alive += slot.live;
+    }
+
+    trig_claims::Slots content() const {
+        trig_claims::Slots found{{}, s.alive};
+        for (std::size_t n = 0; n < s.used; ++n) {
+            std::uint64_t live;
+            std::memcpy(&live, s.live + n, sizeof live);
+            found.slots.push_back({{s.zr[n], s.zi[n], bound[n]},
+                                   {s.savedR[n], s.savedI[n], savedBound[n]},
+                                   s.cr[n],
+                                   s.ci[n],
+                                   live != 0,
+                                   s.count[n]});
+        }
+        return found;
+    }
+};
+
+trig_claims::Slots advanceOf(int type, const std::vector<trig_claims::Slot>& slots, double limit,
+                             int steps, int stepsBefore) {
+    FilledSlots filled(slots, true);
+    visitTrig(type, [&](auto rule) HWY_ATTR {
+        for (std::size_t at = 0; at < slots.size(); at += Slots<double>::LANES) {
+            advanceCertified<typename KindOf<decltype(rule)>::Kind>(filled, at, Real(limit), steps,
+                                                                    stepsBefore);
+        }
+    });
+    return filled.content();
+}
+
+trig_claims::Slots repeatsOf(const std::vector<trig_claims::Slot>& slots) {
+    FilledSlots filled(slots, true);
+    endCertifiedRepeats(filled);
+    return filled.content();
+}
+
+trig_claims::Slots savedOf(const std::vector<trig_claims::Slot>& slots) {
+    FilledSlots filled(slots, false);
+    saveCertified(filled);
+    return filled.content();
+}
+
+trig_claims::Slots closedOf(const std::vector<trig_claims::Slot>& slots, bool saved) {
+    FilledSlots filled(slots, saved);
+    closeCertifiedRanks<SinRule>(filled, [](std::uint64_t, std::uint64_t) {});
+    return filled.content();
+}
+
 #endif
 
 }  // namespace HWY_NAMESPACE
@@ -119,6 +199,10 @@ HWY_EXPORT(decisionOn);
 HWY_EXPORT(isSafe);
 HWY_EXPORT(factorsOf);
 HWY_EXPORT(floatOf);
+HWY_EXPORT(advanceOf);
+HWY_EXPORT(repeatsOf);
+HWY_EXPORT(savedOf);
+HWY_EXPORT(closedOf);
 
 namespace {
 
@@ -168,6 +252,26 @@ vector_control::TrigValues factors(double trigonometric, double hyperbolic) {
 FloatValue floatFunction(int type, FloatValue z, std::size_t lane, bool everywhere) {
     using namespace tessary_vector;
     return HWY_DYNAMIC_DISPATCH(floatOf)(type, z, lane, everywhere);
+}
+
+Slots advance(int type, const std::vector<Slot>& slots, double limit, int steps, int stepsBefore) {
+    using namespace tessary_vector;
+    return HWY_DYNAMIC_DISPATCH(advanceOf)(type, slots, limit, steps, stepsBefore);
+}
+
+Slots endRepeats(const std::vector<Slot>& slots) {
+    using namespace tessary_vector;
+    return HWY_DYNAMIC_DISPATCH(repeatsOf)(slots);
+}
+
+Slots save(const std::vector<Slot>& slots) {
+    using namespace tessary_vector;
+    return HWY_DYNAMIC_DISPATCH(savedOf)(slots);
+}
+
+Slots closeRanks(const std::vector<Slot>& slots, bool saved) {
+    using namespace tessary_vector;
+    return HWY_DYNAMIC_DISPATCH(closedOf)(slots, saved);
 }
 
 }  // namespace trig_claims

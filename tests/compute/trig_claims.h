@@ -23,6 +23,30 @@ struct Claim {
 // What a double orbit claims one step after `claim`. type: 2 to 5.
 Claim step(int type, const Claim& claim, double cr, double ci);
 
+// An orbit in work: what is claimed of it now and was when it was saved, the constant of its rule,
+// whether it still iterates, and its count, which is `IN_DOUBT` where nobody knows.
+inline constexpr std::uint64_t IN_DOUBT = ~std::uint64_t{0};
+struct Slot {
+    Claim now, saved;
+    double cr, ci;
+    bool live;
+    std::uint64_t count;
+};
+
+// At most 32 slots, as the renderer keeps them; `alive` is how many it holds for live.
+struct Slots {
+    std::vector<Slot> slots;
+    std::size_t alive;
+};
+
+// What the renderer does to its slots, in the rule of `type`, 2 to 5: a block of steps, the first
+// of which is number `stepsBefore`; the end of orbits that repeat; the remembering of all of them;
+// and the moving together of those that live, saved claims too when there are any.
+Slots advance(int type, const std::vector<Slot>& slots, double limit, int steps, int stepsBefore);
+Slots endRepeats(const std::vector<Slot>& slots);
+Slots save(const std::vector<Slot>& slots);
+Slots closeRanks(const std::vector<Slot>& slots, bool saved);
+
 enum class Verdict { escaped, stays, doubtful };
 Verdict decide(const Claim& claim, double limit);
 

@@ -318,6 +318,19 @@ TEST_P(TrigClaims, TheFactorsKeepTheirBounds) {
     }
 }
 
+// There they are the series themselves, of which each term but the last of all counts.
+TEST_P(TrigClaims, HyperbolicFactorsWithinHalfALogarithmOfTwoAreWithinTwoUnits) {
+    Random random(7);
+    for (int i = 0; i < 20000; ++i) {
+        const double h = i % 2 == 0 ? random.uniform(-0.3465, 0.3465)
+                                    : random.among({-1, 1}) * random.uniform(0.34, 0.3465);
+        const auto f = trig_claims::factors(1, h);
+        const long double wide = h;
+        ASSERT_LE(unitsOff(f.sinh, std::sinh(wide)), 2) << h;
+        ASSERT_LE(unitsOff(f.cosh, std::cosh(wide)), 2) << h;
+    }
+}
+
 cpuComplex<float> scalarFunction(int type, const cpuComplex<float>& z) {
     switch (type) {
         case 2:

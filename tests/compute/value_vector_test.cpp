@@ -124,6 +124,33 @@ TEST(UnknownFormula, HasNoValues) {
     }
 }
 
+// Fills what the next function called has for its own variables.
+[[gnu::noinline]] void poisonTheStack() {
+    volatile unsigned char room[1 << 18];
+    for (volatile unsigned char& byte : room) byte = 0x5A;
+}
+
+// No step writes a count then, so that someone else must.
+TEST(NoIterations, LeaveCountsOfZeroWhateverTheMemoryHeld) {
+    for (const int limit : {INT_MIN, -1, 0}) {
+        for (int type = 0; type < 28; ++type) {
+            View v;
+            v.type = type % 14;
+            v.doublePrecision = type >= 14;
+            v.maxIters = limit;
+            v.width = v.height = 16;
+            const Numbers expected = value_test::scalarNumbers(v);
+            for (const vector_control::Target& target : allTargets()) {
+                const ForcedTarget forced(target.bit);
+                poisonTheStack();
+                const Numbers actual = value_test::vectorNumbers(v);
+                EXPECT_TRUE(value_test::sameNumbers(actual, expected, v.width))
+                    << target.name << ", " << v;
+            }
+        }
+    }
+}
+
 class RandomViews {
   public:
     View next() {

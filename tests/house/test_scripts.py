@@ -490,6 +490,101 @@ class Fuzzing(ScriptTest):
         self.assertEqual(self.calls("two_fuzz"), [])
 
 
+class Mutants(ScriptTest):
+    """./test --mutants on a tree of two lines, whose test notices only what is grossly wrong."""
+
+    SOURCE = "bool less(int a, int b) {\n    return a < b;\n}\n"
+    WRITES_A_TEST = """mkdir -p "$2"; source=$2/../tree/compute/pixels.h
+        grep -q 'a >= b' "$source" && [[ $UNFIT ]] && exit 1
+        printf '#!/bin/bash\\n! grep -q "a >= b" %s\\n' "$source" >"$2/$3"; chmod +x "$2/$3"
+        [[ ! $UNFIT_FROM_THE_START ]] || printf '#!/bin/bash\\nexit 1\\n' >"$2/$3" """
+
+    def setUp(self):
+        super().setUp()
+        os.makedirs(os.path.join(self.root, "tests", "mutants"))
+        os.mkdir(os.path.join(self.root, "compute"))
+        shutil.copy(os.path.join(SOURCE, "tests", "mutants", "mutants.py"),
+                    os.path.join(self.root, "tests", "mutants"))
+        self.source = os.path.join(self.root, "compute", "pixels.h")
+        self.write(self.source, self.SOURCE)
+        self.list_equivalents("")
+        self.stand_in("tools/cmake", "")
+        self.stand_in("tools/ninja", self.WRITES_A_TEST)
+        self.stand_in("tools/git", "echo compute/pixels.h")
+
+    def write(self, path, text):
+        with open(path, "w") as file:
+            file.write(text)
+
+    def list_equivalents(self, text):
+        self.write(os.path.join(self.root, "tests", "mutants", "equivalent.txt"), text)
+
+    def test_what_no_test_notices_is_told_with_its_line_and_the_sum_comes_last(self):
+        done = self.call("test", "--mutants", "compute/pixels.h")
+        self.assertEqual(done.stdout.splitlines(), [
+            "SURVIVED: compute/pixels.h:2: return a < b;  ==>  return a <= b;",
+            "2 changes: 1 killed, 1 survived, 0 listed as equivalent, 0 do not compile"])
+        self.assertEqual((done.returncode, done.stderr), (1, ""))
+
+    def test_no_survivor_is_success(self):
+        self.list_equivalents("== compute/pixels.h\n\nreturn a < b;  ==>  return a <= b;\n"
+                              "    Nobody asks for two of a kind.\n")
+        done = self.call("test", "--mutants", "compute/pixels.h")
+        self.assertEqual((done.returncode, done.stdout), (
+            0, "2 changes: 1 killed, 0 survived, 1 listed as equivalent, 0 do not compile\n"))
+
+    def test_what_does_not_compile_is_no_survivor(self):
+        done = self.call("test", "--mutants", "compute/pixels.h", UNFIT="yes")
+        self.assertEqual(done.stdout.splitlines()[-1],
+                         "2 changes: 0 killed, 1 survived, 0 listed as equivalent, 1 do not compile")
+
+    def test_lines_can_be_chosen(self):
+        done = self.call("test", "--mutants", "compute/pixels.h:1-1")
+        self.assertRegex(done.stdout, "^0 changes: ")
+
+    def test_the_tree_stays_as_it_is(self):
+        self.call("test", "--mutants", "compute/pixels.h")
+        with open(self.source) as file:
+            self.assertEqual(file.read(), self.SOURCE)
+
+    def test_the_folders_own_tests_are_built_in_a_folder_of_their_own(self):
+        self.call("test", "--mutants", "compute/pixels.h")
+        built = {tuple(call.split()[1:]) for call in self.calls("ninja")}
+        folder = os.path.join(self.root, "build", "mutants", "build")
+        self.assertEqual(built, {("-C", folder, "pixels_test"), ("-C", folder, "tile_test")})
+
+    def test_tests_that_fail_by_themselves_are_told_before_anything_is_changed(self):
+        done = self.call("test", "--mutants", "compute/pixels.h", UNFIT_FROM_THE_START="yes")
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertEqual(done.stderr, "mutants: pixels_test fails without any change\n")
+
+    def test_a_wrong_name_is_one_line_and_status_2(self):
+        self.write(os.path.join(self.root, "README.md"), "")
+        self.write(os.path.join(self.root, "lone.h"), "")
+        for name, told in (("compute/pixel.h", "there is no C++ source 'compute/pixel.h'"),
+                           ("compute", "there is no C++ source 'compute'"),
+                           ("README.md", "there is no C++ source 'README.md'"),
+                           ("lone.h", "no unit tests are known of 'lone.h'"),
+                           ("compute/pixels.h:x", "'x' is no line and no range of lines")):
+            with self.subTest(name=name):
+                done = self.call("test", "--mutants", "compute/pixels.h", name)
+                self.assertEqual((done.returncode, done.stdout), (2, ""))
+                self.assertEqual(done.stderr, f"mutants: {told}\n")
+        self.assertEqual(self.calls("ninja"), [])
+
+    def test_every_test_and_every_beginning_that_it_knows_is_there(self):
+        text = read("tests/mutants/mutants.py")
+        rows = re.findall(r'^    \("([^"]+)", "([^"]+)"\),$', text, re.MULTILINE)
+        self.assertGreater(len(rows), 10)
+        for beginning, tests in rows:
+            folder, start = beginning.split("/")
+            self.assertTrue(any(name.startswith(start)
+                                for name in os.listdir(os.path.join(SOURCE, folder))), beginning)
+            cmake = read(f"tests/{folder.lower()}/CMakeLists.txt")
+            for test in tests.split():
+                self.assertRegex(cmake, rf"(NAME |add_executable\(){test}\b")
+
+
 class Syntax(unittest.TestCase):
     def test_the_shell_accepts_every_script(self):
         for name in ("run", "test", "fuzz", ".ci/run", "packaging/setup.sh", "packaging/virtual_display.sh"):

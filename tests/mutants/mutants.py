@@ -1,22 +1,21 @@
 #!/usr/bin/env python3
 r"""Changes C++ sources one token at a time and reports the changes that no test notices.
 
-    mutants.py --build FOLDER --test TARGET[:FILTER] [--test ...] SOURCE...
+    mutants.py [SOURCE[:FIRST-LAST] ...]
+
+Without a source: all of compute/, commands/ and GlutMenu/, which takes a day or two.
 
 Every change is made in a copy of the working tree, so that the tree itself stays as it is. The
 copy is configured once, without optimisation worth the name and for one instruction set; then for
 every change the first test's target is built and run, and, if it passes, the next one's. A change
 is killed when a test fails, crashes or runs out of time. What does not compile counts for nothing.
+Which tests are a source's own says TESTS_OF below; other sources need --test.
 
 Survivors that cannot change a result are listed, with the reason, in equivalent.txt: they are
 matched by the text of their line, so that the list outlives edits elsewhere.
 
 The sources are expected in the format of this project, which puts spaces around binary operators
-and around no other. What runs in a minute or so for one change of the trigonometric renderer:
-
-    mutants.py --build /tmp/mutants --define 'TESSARY_SKIPPED_TARGETS=(HWY_SSSE3|HWY_SSE4|HWY_AVX3)' \
-        --test trig_claims_test --test trig_pictures_test --test value_vector_test \
-        compute/vector_certified-inl.h compute/vector_trig-inl.h
+and around no other.
 """
 
 import argparse
@@ -31,6 +30,29 @@ from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
 EQUIVALENT = Path(__file__).with_name("equivalent.txt")
+ONE_TARGET = "TESSARY_SKIPPED_TARGETS=(HWY_SSSE3|HWY_SSE4|HWY_AVX3)"
+
+# The tests of a source, cheapest first: those of the first line whose folder or beginning of a name
+# is the source's.
+TESTS_OF = [
+    ("compute/vector_certified-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
+    ("compute/vector_trig-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
+    ("compute/vector_log-inl.h", "value_vector_test"),
+    ("compute/vector_values-inl.h", "value_vector_test"),
+    ("compute/vector_renderer", "vector_targets_test vector_boundary_test vector_test"),
+    ("compute/vector_", "trig_pictures_test vector_test vector_boundary_test value_vector_test"),
+    ("compute/value_", "value_test value_vector_test"),
+    ("compute/exact_trig", "rounded_trig_test"),
+    ("compute/quick_trig", "rounded_trig_test"),
+    ("compute/rounded_trig", "rounded_trig_test"),
+    ("compute/palette_tables", "palette_tables_test"),
+    ("compute/pixels", "pixels_test tile_test"),
+    ("compute/fixed_math", "fixed_math_test"),
+    ("compute/", "formula_test tile_test value_test"),
+    ("commands/", "commands_test"),
+    ("GlutMenu/", "toolkit_all_test toolkit_globals_test"),
+]
+GENERATED = {"compute/trig_tables.h"}  # held by a test of its own to be what the script makes
 
 TOKEN = re.compile(
     r"""(?P<comment>//[^\n]*|/\*.*?\*/)
@@ -61,7 +83,8 @@ NAMES = {
 }
 UNARY = {"!", "++", "--"}
 FOR_SPEED_ALONE = {"HWY_UNROLL", "HWY_ALIGN"}
-COMMUTATIVE = {"And", "Or", "Xor", "Add", "Mul", "min", "max", "length"}
+COMMUTATIVE = {"And", "Or", "Xor", "Add", "Mul", "Eq", "Ne", "min", "max", "length"}
+PRODUCT_AND_SUM = {"multiplyAdd", "MulAdd"}  # which take their first two in either order
 TAGS = {"d", "dd", "dh", "di", "du", "D()"}  # of vector types: swapped they never compile
 OPENING, CLOSING = "([{", ")]}"
 ENDS_A_TERM = {"+", "-", "?", ":", "<", ">", "<=", ">=", "==", "!=", "&&", "||", "="}
@@ -156,7 +179,7 @@ def swapped_arguments(text, tokens, at):
     name = tokens[at - 1][1]
     arguments = arguments_of(tokens, at)
     for n, ((a, b), (c, d)) in enumerate(zip(arguments, arguments[1:])):
-        same = text[a:b] == text[c:d] or name in COMMUTATIVE or name == "multiplyAdd" and n == 0
+        same = text[a:b] == text[c:d] or name in COMMUTATIVE or name in PRODUCT_AND_SUM and n == 0
         if not same and not TAGS & {text[a:b], text[c:d]}:
             yield a, d, text[c:d] + text[b:c] + text[a:b]
 
@@ -276,41 +299,92 @@ class Workshop:
             path.write_text(original)
 
 
+def sources_of_the_folders():
+    """What is tried when nothing is named. The toolkit's demo is no part of the toolkit."""
+    return [path for folder in ("compute", "commands", "GlutMenu")
+            for path in sorted(str(p.relative_to(ROOT)) for p in (ROOT / folder).iterdir())
+            if path.endswith((".cpp", ".h")) and path not in GENERATED]
+
+
+def tests_of(path):
+    """(target, filter) of the tests of a source."""
+    found = next((tests for beginning, tests in TESTS_OF if path.startswith(beginning)), "")
+    return [(target, "") for target in found.split()]
+
+
+def problem_with(source, any_test):
+    """What is wrong with the name of a source, if anything."""
+    path, colon, lines = source.partition(":")
+    if not path.endswith((".cpp", ".h")) or not (ROOT / path).is_file():
+        return f"there is no C++ source '{path}'"
+    if colon and not re.fullmatch(r"[1-9]\d*(-[1-9]\d*)?", lines):
+        return f"'{lines}' is no line and no range of lines"
+    if not any_test and not tests_of(path):
+        return f"no unit tests are known of '{path}'"
+    return ""
+
+
 def arguments():
-    parser = argparse.ArgumentParser(description=__doc__,
+    parser = argparse.ArgumentParser(prog="mutants", description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("sources", nargs="+", metavar="SOURCE[:FIRST-LAST]",
+    parser.add_argument("sources", nargs="*", metavar="SOURCE[:FIRST-LAST]",
                         help="relative to the top folder; perhaps some lines alone")
-    parser.add_argument("--build", type=Path, required=True, help="folder for the copy, kept")
-    parser.add_argument("--test", action="append", required=True, metavar="TARGET[:FILTER]")
-    parser.add_argument("--define", action="append", default=[], help="a -D for CMake")
+    parser.add_argument("--build", type=Path, default=ROOT / "build" / "mutants",
+                        help="folder for the copy, kept")
+    parser.add_argument("--test", action="append", default=[], metavar="TARGET[:FILTER]",
+                        help="instead of the tests that are known of a source")
+    parser.add_argument("--define", action="append", default=[ONE_TARGET], help="a -D for CMake")
     parser.add_argument("--seconds", type=float, default=60, help="most that a test may run")
     parser.add_argument("--part", default="1/1", metavar="K/N", help="every N-th change, from K")
     parser.add_argument("--list", action="store_true", help="only print the changes")
     parser.add_argument("--all", action="store_true", help="try listed equivalents too")
-    return parser.parse_args()
+    parser.add_argument("--verbose", action="store_true", help="print every change's end")
+    options = parser.parse_args()
+    for source in options.sources:
+        if problem := problem_with(source, options.test):
+            print(f"mutants: {problem}", file=sys.stderr)
+            sys.exit(2)
+    return options
+
+
+def chosen_tests(options, path):
+    return [(t.partition(":")[0], t.partition(":")[2]) for t in options.test] or tests_of(path)
+
+
+def try_without_change(workshop, tests, seconds):
+    for target, filter_ in tests:
+        if not workshop.builds(target) or not workshop.passes(target, filter_, seconds):
+            sys.exit(f"mutants: {target} fails without any change")
+
+
+def total(counts):
+    killed = sum(n for verdict, n in counts.items() if verdict.startswith("killed"))
+    return (f"{sum(counts.values())} changes: {killed} killed, {counts.get('SURVIVED', 0)} survived, "
+            f"{counts.get('listed', 0)} listed as equivalent, "
+            f"{counts.get('does not compile', 0)} do not compile")
 
 
 def main():
     options = arguments()
-    tests = [(t.partition(":")[0], t.partition(":")[2]) for t in options.test]
-    known = set() if options.all else known_equivalents()
     part, parts = map(int, options.part.split("/"))
-    mutants = [m for source in options.sources for m in mutants_of(source)][part - 1::parts]
+    sources = options.sources or sources_of_the_folders()
+    mutants = [m for source in sources for m in mutants_of(source)][part - 1::parts]
     if options.list:
         print(*mutants, sep="\n")
         return 0
+    known = set() if options.all else known_equivalents()
     workshop = Workshop(options.build, ["-D" + d for d in options.define])
-    for target, filter_ in tests:
-        if not workshop.builds(target) or not workshop.passes(target, filter_, options.seconds):
-            sys.exit(f"{target} fails without any change")
+    tests = {path: chosen_tests(options, path) for path in {m.path for m in mutants}}
+    try_without_change(workshop, sorted(set(sum(tests.values(), []))), options.seconds)
     counts = {}
     for mutant in mutants:
         listed = (mutant.path, in_one_line(mutant.before), in_one_line(mutant.after)) in known
-        verdict = "listed" if listed else workshop.verdict(mutant, tests, options.seconds)
+        verdict = "listed" if listed else workshop.verdict(mutant, tests[mutant.path],
+                                                           options.seconds)
         counts[verdict] = counts.get(verdict, 0) + 1
-        print(f"{verdict}: {mutant}", flush=True)
-    print(", ".join(f"{n} {verdict}" for verdict, n in sorted(counts.items())))
+        if verdict == "SURVIVED" or options.verbose:
+            print(f"{verdict}: {mutant}", flush=True)
+    print(total(counts))
     return 1 if counts.get("SURVIVED") else 0
 
 
