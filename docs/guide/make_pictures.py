@@ -262,7 +262,10 @@ def window_information(program):
 
 
 def window_palette(program):
-    zoomed(program)
+    program.wait_for_frames(1)
+    settle(program)
+    program.key(*BAR, "Return", "Return", "Down", "Return", "Return")  # the default Julia set
+    settle(program)
     program.key(*BAR, "Right", "Return", "Down", "Return")
     settle(program)
     program.key(*BAR, "Right", "Return")
