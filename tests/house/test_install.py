@@ -98,6 +98,19 @@ class Install(unittest.TestCase):
                 with self.subTest(page=os.path.basename(page), link=target):
                     self.assertTrue(os.path.exists(os.path.join(os.path.dirname(page), target)))
 
+    def test_the_guide_is_installed_with_its_pictures(self):
+        if not os.path.exists(os.path.join(harness.BUILD, "docs", "guide", "html", "index.html")):
+            self.skipTest("the guide was not made: no pandoc")
+        folder = self.path("share", "doc", "tessary", "guide")
+        pages = [name for name in os.listdir(folder) if name.endswith(".html")]
+        self.assertGreater(len(pages), 10)
+        for page in pages:
+            with open(os.path.join(folder, page), encoding="utf-8") as file:
+                targets = re.findall(r'(?:src|href)="([^"#]+)', file.read())
+            for target in set(targets):
+                with self.subTest(page=page, target=target):
+                    self.assertTrue(os.path.exists(os.path.join(folder, target)))
+
     def test_every_catalogue_is_installed(self):
         shipped = [n for n in os.listdir(os.path.join(harness.SOURCE, "share")) if n.endswith(".frac")]
         for name in shipped:
