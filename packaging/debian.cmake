@@ -19,7 +19,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TESSARY_PACKAGE_NAME tessary)
 set(CPACK_DEBIAN_TESSARY_PACKAGE_SECTION graphics)
 set(CPACK_COMPONENT_TESSARY_DESCRIPTION
-  "fractal explorer with posters, films and catalogues\n Computes fractals of fourteen formulas in a window, on graphics cards by\n OpenCL and on all cores of the processor. Views are zoomed by dragging, kept\n in catalogues, and glided between.\n .\n tessary-render draws posters, films and thumbnails without a window;\n tessary-frac lists, checks and edits catalogues.")
+  "fractal explorer with posters, films and catalogues\nComputes fractals of fourteen formulas in a window, on graphics cards by\nOpenCL and on all cores of the processor. Views are zoomed by dragging, kept\nin catalogues, and glided between.\n\ntessary-render draws posters, films and thumbnails without a window;\n tessary-frac lists, checks and edits catalogues.")
 # GTK is loaded for the file panels, and OpenCL's loader looks for devices, when they are needed.
 set(CPACK_DEBIAN_TESSARY_PACKAGE_RECOMMENDS "libgtk-3-0t64 | libgtk-3-0, pocl-opencl-icd | opencl-icd")
 set(CPACK_DEBIAN_TESSARY_PACKAGE_SUGGESTS "ffmpeg")
@@ -27,8 +27,8 @@ set(CPACK_DEBIAN_TESSARY_PACKAGE_SUGGESTS "ffmpeg")
 set(CPACK_DEBIAN_GLUTMENU_PACKAGE_NAME libglutmenu-dev)
 set(CPACK_DEBIAN_GLUTMENU_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_GLUTMENU_PACKAGE_DEPENDS
-  "freeglut3-dev, libgl1-mesa-dev | libgl-dev, libglu1-mesa-dev | libglu-dev")
+  "libglut-dev | freeglut3-dev, libgl-dev, libglu1-mesa-dev | libglu-dev, libx11-dev")
 set(CPACK_COMPONENT_GLUTMENU_DESCRIPTION
-  "menus and dialogs inside a GLUT window\n Menu bars, nested menus and modal dialogs drawn by OpenGL over whatever a\n GLUT program shows. A header and a static library, found by CMake and\n pkg-config.")
+  "menus and dialogs inside a GLUT window\nMenu bars, nested menus and modal dialogs drawn by OpenGL over whatever a\nGLUT program shows. A header and a static library, found by CMake and\npkg-config.")
 
 include(CPack)

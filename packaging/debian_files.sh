@@ -13,7 +13,6 @@ find "$root" -path '*/share/man/*' -type f ! -name '*.gz' -exec gzip -9n {} +
 date=$(LC_ALL=C date -u -R -d "@${SOURCE_DATE_EPOCH:-0}")
 awk -v debian=1 -v version="$version" -v date="$date" -f "$here/releases.awk" "$here/../CHANGELOG.md" |
     sed "1s/^tessary /$package /" | gzip -9n >"$doc/changelog.gz"
-rm -f "$doc/CHANGELOG.md" "$doc/LICENSE"
 {
     printf 'Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n'
     printf 'Upstream-Name: Tessary\nSource: https://tessary.example.org\n\n'
@@ -21,9 +20,7 @@ rm -f "$doc/CHANGELOG.md" "$doc/LICENSE"
     sed -n '/^Permission/,$s/^$/./;/^Permission/,$s/^/ /p' "$here/../LICENSE"
 } >"$doc/copyright"
 if [ "$package" = tessary ]; then
-    # Pages that are not of use without the sources stay out, but for what other pages link to.
-    ln -s copyright "$doc/LICENSE"
-    ln -s changelog.gz "$doc/CHANGELOG.md"
+    ln -sf copyright "$doc/LICENSE" # which pages link to
 fi
 if [ -f "$here/$package.lintian-overrides" ]; then
     mkdir -p "$root/usr/share/lintian/overrides"

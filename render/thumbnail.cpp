@@ -24,7 +24,7 @@ namespace render {
 namespace {
 
 constexpr std::size_t BEGINNING = 4096;  // bytes; far more than the numbers of a record
-constexpr std::chrono::milliseconds TIME_LIMIT{2000};
+constexpr std::chrono::milliseconds TIME_LIMIT{1500};
 // Steps of all pixels together that the slowest formula makes in far less than that.
 constexpr std::int64_t FEW_STEPS = std::int64_t{1} << 23;
 constexpr std::int32_t LIMIT_FACTOR = 8;  // from one attempt to the next

@@ -8,7 +8,7 @@ namespace render {
 // Writes the first entry of the catalogue in the one input, a plain file, to the output: a PNG
 // without text chunks, its longer side options.thumbnail pixels. Of the file only the beginning is
 // read. What takes too long at the entry's own iteration limit is drawn with the largest of some
-// smaller limits that about two seconds are enough for: always some picture, computed by one
+// smaller limits that a second and a half is enough for: always some picture, computed by one
 // thread in some seconds at most. Failure when there is no entry to draw, and nothing is left.
 void makeThumbnail(const Options& options);
 
