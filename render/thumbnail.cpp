@@ -1,5 +1,7 @@
 #include "render/thumbnail.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -12,13 +14,14 @@
 #include <utility>
 
 #include "frac/byte_reader.h"
+#include "frac/file_descriptor.h"
 #include "frac/frac_record.h"
 #include "frac/input.h"
 #include "render/encoder.h"
 #include "render/failure.h"
+#include "render/output_file.h"
 #include "render/plan.h"
 #include "render/rows.h"
-#include "render/run.h"
 
 namespace render {
 namespace {
@@ -142,6 +145,47 @@ class Attempts {
     std::atomic<bool> timeIsUp{false};
 };
 
+// All of the file.
+std::string encoded(const Job& job, const Encoder& encoder) {
+    const std::atomic<bool> never{false};
+    Workshop workshop(never);
+    std::string bytes = encoder.head(job);
+    std::uint32_t adler = 1;
+    for (int n = 0; n < bandCount(job.size); ++n) {
+        const EncodedBand band = encoder.band(job, bandRows(job.size, n), workshop);
+        bytes += band.bytes;
+        adler = joinAdler(adler, band.adler, band.length);
+    }
+    return bytes + encoder.tail(job, adler);
+}
+
+FileError writeInto(FileDescriptor& file, const std::string& bytes) {
+    if (const FileError error = writeAll(file.get(), bytes)) return error;
+    return file.close();
+}
+
+// File managers hand over an empty file that they have open already: another one in its place would
+// never be seen. A file that cannot be filled is emptied, and removed where there was none.
+void writeInPlace(const std::string& path, const std::string& bytes) {
+    FileDescriptor file;
+    FileError error = file.open(path, O_WRONLY | O_CREAT | O_EXCL, 0666);
+    const bool isNew = error == 0;
+    if (error == EEXIST) error = file.open(path, O_WRONLY | O_TRUNC);
+    if (error == 0) {
+        error = writeInto(file, bytes);
+        if (error != 0 && isNew) unlink(path.c_str());
+        if (error != 0 && !isNew) truncateTo(file.get(), 0);
+    }
+    if (error != 0) throw Failure(path + " cannot be written: " + std::strerror(error));
+}
+
+void write(const std::string& path, const std::string& bytes) {
+    if (path != "-") return writeInPlace(path, bytes);
+    OutputFile output(path);
+    output.write(bytes);
+    output.publish();
+}
+
 }  // namespace
 
 void makeThumbnail(const Options& options) {
@@ -149,9 +193,8 @@ void makeThumbnail(const Options& options) {
     const Source source{{entry}, {}, {}, {}};
     const Planner planner(options, source);
     Job job = planner.jobFor(entry, sizeOf(entry, *options.thumbnail));
-    job.output = options.output;
     job.stored = Attempts(job).make();
-    makePictures({job}, PngEncoder(options.compression, false), {1, true});
+    write(options.output, encoded(job, PngEncoder(options.compression, false)));
 }
 
 }  // namespace render

@@ -9,7 +9,8 @@ namespace render {
 // without text chunks, its longer side options.thumbnail pixels. Of the file only the beginning is
 // read. What takes too long at the entry's own iteration limit is drawn with the largest of some
 // smaller limits that a second and a half is enough for: always some picture, computed by one
-// thread in some seconds at most. Failure when there is no entry to draw, and nothing is left.
+// thread in some seconds at most. A file that is there is filled rather
+// than replaced. Failure when there is no entry to draw, and nothing is left.
 void makeThumbnail(const Options& options);
 
 }  // namespace render

@@ -96,6 +96,18 @@ class Thumbnail(RenderTest):
         self.fails(1, "--thumbnail", 256, "-o", "out.png", "in.frac", preexec_fn=limit)
         self.assertEqual(self.names(), ["in.frac"])
 
+        self.write("out.png", b"")
+        self.fails(1, "--thumbnail", 256, "-o", "out.png", "in.frac", preexec_fn=limit)
+        self.assertEqual(self.read("out.png"), b"")
+
+    def test_a_file_that_is_open_already_is_filled(self):
+        """As file managers read it, who made it empty and hold it."""
+        self.write("in.frac", record())
+        with open(self.path("out.png"), "w+b") as held:
+            self.render("--thumbnail", 64, "-o", "out.png", "in.frac")
+            held.seek(0)
+            self.assertEqual(pixels(held.read()).shape, (48, 64, 3))
+
     def test_it_stands_nearly_alone(self):
         for option in (["--size", "5"], ["--limit", "5"], ["--film"], ["--join"], ["--entry", "2"]):
             with self.subTest(option=option):
