@@ -42,7 +42,7 @@ xdotool windowmove "$window" 0 0 windowfocus "$window"
 sleep 2
 look before
 (($(od -An -v -w4 -tx4 before | sort -u | wc -l) > 100)) || fail "the window shows no picture"
-xdotool key Down Down
+xdotool key --delay 40 Right Return
 for _ in {1..300}; do
     look after
     cmp -s before after || break
