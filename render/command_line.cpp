@@ -149,6 +149,10 @@ void CommandLine::addPicture() {
 void CommandLine::addOutput() {
     add(app, "-o,--output", "WHERE", "FILE, folder DIR/, or - for standard output",
         [this](const std::string& text) { options.output = text; });
+    add(app, "--thumbnail", "SIDE", "Only a small picture of the first entry, for file managers",
+        [this](const std::string& text) {
+            options.thumbnail = number("--thumbnail", text, 1, LARGEST_THUMBNAIL);
+        });
     add(app, "--compress", "HOW", "fast or small (fast)", [this](const std::string& text) {
         options.compression = choose<Compression>(
             "--compress", text, {{"fast", Compression::fast}, {"small", Compression::small}});

@@ -2,7 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <iterator>
+#include <span>
 
 #include "render/failure.h"
 #include "render/option_values.h"
@@ -17,6 +17,7 @@ constexpr double LONGEST = 86400, FASTEST = 1000;
 constexpr const char* NEEDS_FILM[] = {"--fade", "--glide", "--steps",  "--seconds",
                                       "--fps",  "--hold",  "--dry-run"};
 constexpr const char* WITH_JOIN[] = {"--join", "--output", "--quiet", "--threads", "FILE"};
+constexpr const char* WITH_THUMBNAIL[] = {"--thumbnail", "--output", "--quiet", "FILE"};
 
 Shard shard(const std::string& text) {
     const std::size_t slash = text.find('/');
@@ -40,16 +41,18 @@ bool isGiven(const CLI::App& app, const std::string& name) {
     return option != nullptr && option->count() > 0;
 }
 
-void checkJoin(const CLI::App& app, const Options& options) {
+// An option that stands nearly alone: with those allowed, and -o.
+void checkAlone(const CLI::App& app, const Options& options, std::span<const char* const> with) {
+    const std::string name = with.front();
     for (const CLI::Option* option : app.get_options()) {
-        const bool allowed =
-            std::any_of(std::begin(WITH_JOIN), std::end(WITH_JOIN),
-                        [&](const char* name) { return option == app.get_option_no_throw(name); });
+        const bool allowed = std::any_of(with.begin(), with.end(), [&](const char* allowedName) {
+            return option == app.get_option_no_throw(allowedName);
+        });
         if (option->count() > 0 && !allowed) {
-            throw UsageError(option->get_name() + ": not with --join");
+            throw UsageError(option->get_name() + ": not with " + name);
         }
     }
-    if (options.output.empty()) throw UsageError("--join: -o FILE is missing");
+    if (options.output.empty()) throw UsageError(name + ": -o FILE is missing");
 }
 
 void checkGlide(const CLI::App& app, const FlightOptions& film) {
@@ -99,7 +102,8 @@ void addShareOptions(CLI::App& app, Options& options) {
 }
 
 void checkFilmOptions(const CLI::App& app, const Options& options) {
-    if (options.join) checkJoin(app, options);
+    if (options.join) checkAlone(app, options, WITH_JOIN);
+    if (options.thumbnail) checkAlone(app, options, WITH_THUMBNAIL);
     for (const char* name : NEEDS_FILM) {
         if (!options.film && isGiven(app, name)) {
             throw UsageError(std::string(name) + ": only with --film");

@@ -17,6 +17,7 @@
 #include "render/resume.h"
 #include "render/run.h"
 #include "render/swatch.h"
+#include "render/thumbnail.h"
 
 namespace {
 
@@ -99,6 +100,10 @@ void run(const render::Options& options) {
     const render::RunOptions how{options.threads, options.quiet};
     if (options.join) {
         render::joinBands(options.inputs, options.output, how);
+        return;
+    }
+    if (options.thumbnail) {
+        render::makeThumbnail(options);
         return;
     }
     if (!options.colour.swatch.empty()) {

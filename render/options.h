@@ -27,6 +27,7 @@ struct WantedSize {
 };
 
 inline constexpr int DEFAULT_WIDTH = 2048;
+inline constexpr int LARGEST_THUMBNAIL = 1024;
 
 // --palette: a built-in one by its number, or the path of a .map file.
 struct WantedPalette {
@@ -63,12 +64,13 @@ struct Options {
     Compression compression = Compression::fast;
     bool metadata = true;
     bool quiet = false;
-    bool film = false;           // one film rather than stills
-    FlightOptions flight;        // of the film
-    bool dryRun = false;         // only list the frames of the film
-    std::optional<Shard> shard;  // all of it
-    bool join = false;           // make one picture of the inputs, which are bands
-    bool resume = false;         // leave pictures that are there already
+    bool film = false;             // one film rather than stills
+    FlightOptions flight;          // of the film
+    bool dryRun = false;           // only list the frames of the film
+    std::optional<Shard> shard;    // all of it
+    bool join = false;             // make one picture of the inputs, which are bands
+    std::optional<int> thumbnail;  // only a small picture of the first entry: its longer side
+    bool resume = false;           // leave pictures that are there already
 };
 
 }  // namespace render

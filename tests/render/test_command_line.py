@@ -8,7 +8,7 @@ from render_command import RENDER, RenderTest, record
 OPTIONS = ["--entry", "--size", "--fit", "--supersample", "--single", "--double", "--palette",
            "--limit", "--colour", "--escape", "--gradient", "--blend", "--scale", "--period",
            "--range", "--offset", "--inside", "--depth", "--dither", "--counts", "--values", "--swatch",
-           "--output", "--compress", "--metadata", "--threads", "--quiet", "--help", "--version"]
+           "--output", "--thumbnail", "--compress", "--metadata", "--threads", "--quiet", "--help", "--version"]
 
 
 class Help(RenderTest):
@@ -63,6 +63,7 @@ class Mistakes(RenderTest):
             "--inside": ["black", "#12345", "#1234567", "#12345g", "123456", ""],
             "--depth": ["0", "12", "16.0", ""],
             "--dither": ["noise", ""],
+            "--thumbnail": ["0", "-1", "1025", "x", "64x64", ""],
             "--counts": [""],
             "--values": [""],
         }
