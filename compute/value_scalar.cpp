@@ -67,7 +67,7 @@ double valueOf(const Escape<T>& e, double logLimit) {
     const double value = smoothValue<double>(e.count, static_cast<double>(e.before),
                                              static_cast<double>(e.after), logLimit);
     constexpr bool ROUNDED = IS_TRIGONOMETRIC<R> && std::is_same_v<T, double>;
-    return ROUNDED ? rounded34(value) : value;
+    return ROUNDED ? rounded32(value) : value;
 }
 
 template <class T>

@@ -2,7 +2,7 @@
 // keeping |z|^2 before and after the step at which a pixel escapes.
 //
 // The certified renderer does not know the scalar rule's states, only that they are near. Values
-// that are rounded to 34 bits hide the difference nearly always; where they may not, the scalar
+// that are rounded to 32 bits hide the difference nearly always; where they may not, the scalar
 // rule follows the pixel from its start.
 //
 // Included once for each instruction set (see compute/value_renderer.cpp).
@@ -282,7 +282,7 @@ struct CertifiedValue {
 //     q' - q = -(b (1 - q) + a q) / D',   a = l'after - l after, b = l'before - l before,
 // so that |q' - q| <= S / (D - S) for q in [0, 1]. As computed both have 4 u of their own, and the
 // sums with n - 1 round by u n each; 8 u (n + 1) covers these, the two ends below and the bound's
-// own roundings. Where both ends round to one number of 34 bits every value between them does, and
+// own roundings. Where both ends round to one number of 32 bits every value between them does, and
 // where q is further from 0 and 1 than that, q' is no more cut than q.
 HWY_INLINE CertifiedValue certifiedValue(Real count, Real before, Real after, Real spread,
                                          Real logLimit) {
@@ -295,7 +295,7 @@ HWY_INLINE CertifiedValue certifiedValue(Real count, Real before, Real after, Re
     const Real q = (logLimit - logBefore) / difference;
     const Real off = sum / (difference - sum) * Real(1.0 + 0x1p-30) + tiny * (count + one);
     const Real value = (count - one) + q;
-    const Real low = rounded34(value - off), high = rounded34(value + off);
+    const Real low = rounded32(value - off), high = rounded32(value + off);
     const RealMask between = hn::And(q > off, one - q > off);
     return {low, hn::And(hn::And(between, difference > sum + sum), hn::Eq(low.v, high.v))};
 }
@@ -354,7 +354,7 @@ class CertifiedChunk {
         count = static_cast<std::uint64_t>(e.count);
         values[n] = e.count == limit
                         ? std::numeric_limits<double>::quiet_NaN()
-                        : ::rounded34(::smoothValue<double>(e.count, e.before, e.after, ln));
+                        : ::rounded32(::smoothValue<double>(e.count, e.before, e.after, ln));
         return true;
     }
 
