@@ -130,4 +130,12 @@ inline N smoothValue(N count, N before, N after, N logLimit) {
     return (count - one) + select(q >= N(0.0), select(one >= q, q, one), one);
 }
 
+// The nearest number of 32 significant bits, for |x| < 2^1000: of 53 bits the product cuts off 21
+// (Veltkamp's splitting). Never less for a greater x.
+template <class N>
+inline N rounded32(N x) {
+    const N product = x * N(0x1p21 + 1.0);
+    return product - (product - x);
+}
+
 #endif

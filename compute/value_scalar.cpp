@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <limits>
+#include <type_traits>
 
 #include "compute/fixed_math.h"
 #include "compute/formulas.h"
@@ -56,6 +57,19 @@ void writePixel(const ValueTile<T>& tile, int x, int y, int count, double value)
     if (tile.values != nullptr) tile.values[at] = value;
 }
 
+template <class R>
+constexpr bool IS_TRIGONOMETRIC = std::is_same_v<R, SinRule> || std::is_same_v<R, CosRule> ||
+                                  std::is_same_v<R, SinhRule> || std::is_same_v<R, CoshRule>;
+
+// The value of a pixel that escaped under rule R.
+template <class R, class T>
+double valueOf(const Escape<T>& e, double logLimit) {
+    const double value = smoothValue<double>(e.count, static_cast<double>(e.before),
+                                             static_cast<double>(e.after), logLimit);
+    constexpr bool ROUNDED = IS_TRIGONOMETRIC<R> && std::is_same_v<T, double>;
+    return ROUNDED ? rounded32(value) : value;
+}
+
 template <class T>
 void renderPixels(const ValueTile<T>& tile, int type) {
     constexpr double INSIDE = std::numeric_limits<double>::quiet_NaN();
@@ -63,12 +77,10 @@ void renderPixels(const ValueTile<T>& tile, int type) {
     const double logLimit = fixedLog(static_cast<double>(tile.limit));
     const bool known = visitRule(type, [&](auto rule) {
         forEachPixel(tile, [&](int x, int y) {
-            const Escape<T> e = followPixel<decltype(rule)>(tile, x, y, maxIters);
+            using R = decltype(rule);
+            const Escape<T> e = followPixel<R>(tile, x, y, maxIters);
             if (e.count == GIVEN_UP) return;
-            const double value = e.count == maxIters
-                                     ? INSIDE
-                                     : smoothValue<double>(e.count, static_cast<double>(e.before),
-                                                           static_cast<double>(e.after), logLimit);
+            const double value = e.count == maxIters ? INSIDE : valueOf<R>(e, logLimit);
             writePixel(tile, x, y, e.count, value);
         });
     });

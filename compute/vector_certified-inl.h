@@ -65,12 +65,6 @@ struct KindOf<CoshRule> {
     using Kind = HyperbolicCosineKind;
 };
 
-// The slots of a chunk and the bound of each orbit, now and when its state was saved.
-struct CertifiedSlots {
-    Slots<double> s;
-    HWY_ALIGN double bound[Slots<double>::ROOM], savedBound[Slots<double>::ROOM];
-};
-
 // The length of (a, b), |a| and |b| below 2^500. A cheaper bound from above, even one that is 2 %
 // too long, would let bounds grow on orbits that contract by less, and cost those pixels a second
 // count. Squares that vanish do so beside an evaluation error that is far larger: where the slope
@@ -100,11 +94,16 @@ struct CertifiedOrbits {
         bound = multiplyAdd(bound, growth, evaluation) * Real(1.0 + 0x1p-30);
     }
 
+    // How far |z|^2 may be from the scalar rule's, both as they were rounded.
+    HWY_INLINE Real marginOf(Real size) const {
+        const Real reach = multiplyAdd(Real(2.01), sumOfMagnitudes(z), bound);
+        return multiplyAdd(bound, reach, size * Real(0x1p-50));
+    }
+
     // Lanes that surely escaped at this state, and those of which nobody knows.
     HWY_INLINE void decide(Real limit, RealMask& escaped, RealMask& doubtful) const {
         const Real size = magnitudeSquared(z);
-        const Real reach = multiplyAdd(Real(2.01), sumOfMagnitudes(z), bound);
-        const Real margin = multiplyAdd(bound, reach, size * Real(0x1p-50));
+        const Real margin = marginOf(size);
         const RealMask certain = hn::Le(bound.v, hn::Set(RealTag(), 0x1p-10));
         escaped = hn::And(certain, size - margin > limit);
         const RealMask stays = hn::And(certain, limit >= size + margin);
@@ -113,9 +112,20 @@ struct CertifiedOrbits {
     }
 };
 
-// Takes `steps` steps with one vector of slots. Lanes that escape or fall into doubt end.
-template <class Kind>
-HWY_NOINLINE void advanceCertified(CertifiedSlots& slots, std::size_t at, Real limit, int steps,
+// The slots of a chunk and the bound of each orbit, now and when its state was saved.
+struct CertifiedSlots {
+    Slots<double> s;
+    HWY_ALIGN double bound[Slots<double>::ROOM], savedBound[Slots<double>::ROOM];
+
+    // Told of lanes that surely escaped, with the orbits before and after that step.
+    template <class Orbits>
+    HWY_INLINE void noteEscape(std::size_t, RealMask, const Orbits&, const Orbits&) {}
+};
+
+// Takes `steps` steps with one vector of slots. Lanes that escape or fall into doubt end. S:
+// CertifiedSlots, or what derives from it with a noteEscape() of its own.
+template <class Kind, class S>
+HWY_NOINLINE void advanceCertified(S& slots, std::size_t at, Real limit, int steps,
                                    int stepsBefore) {
     const RealTag d;
     const Slots<double>::DU du;
@@ -125,6 +135,7 @@ HWY_NOINLINE void advanceCertified(CertifiedSlots& slots, std::size_t at, Real l
                                  Real(hn::Load(d, slots.bound + at)),
                                  hn::MaskFromVec(hn::Load(d, s.live + at))};
     for (int i = 0; i < steps; ++i) {
+        const CertifiedOrbits<Kind> before = orbits;
         orbits.step();
         RealMask escaped, doubtful;
         orbits.decide(limit, escaped, doubtful);
@@ -133,6 +144,7 @@ HWY_NOINLINE void advanceCertified(CertifiedSlots& slots, std::size_t at, Real l
         const auto count = static_cast<std::uint64_t>(std::int64_t{stepsBefore} + i);
         hn::BlendedStore(hn::Set(du, count), hn::RebindMask(du, escaped), du, s.count + at);
         hn::BlendedStore(hn::Set(du, IN_DOUBT), hn::RebindMask(du, doubtful), du, s.count + at);
+        slots.noteEscape(at, escaped, before, orbits);
         s.alive -= hn::CountTrue(d, ended);
         orbits.live = hn::AndNot(ended, orbits.live);
         if (hn::AllFalse(d, orbits.live)) break;
@@ -183,22 +195,15 @@ struct ScalarEscape {
     double before = 0, after = 0;
 };
 
-// A state of the scalar rule's orbit and how many steps led there.
-struct ScalarState {
-    cpuComplex<double> z{0.0, 0.0};
-    int steps = 0;
-};
-
-// Follows the pixel at point c with the scalar rule, from a state that has not
-// escaped up to the iteration limit. `detect` looks for an orbit that returns to a saved state. The
-// count is GIVEN_UP once `stop` is set.
+// Follows the pixel at point c with the scalar rule, up to the iteration limit. `detect` looks for
+// an orbit that returns to a saved state. The count is GIVEN_UP once `stop` is set.
 template <class Kind>
-ScalarEscape followScalar(const ScalarState& start, const cpuComplex<double>& c,
-                          double maxSizeSquared, int limit, bool detect, StopFlag stop) {
-    cpuComplex<double> z = start.z, saved = z;
-    double before = z.r * z.r + z.i * z.i;
+ScalarEscape followScalar(const cpuComplex<double>& c, double maxSizeSquared, int limit,
+                          bool detect, StopFlag stop) {
+    cpuComplex<double> z{0.0, 0.0}, saved = z;
+    double before = 0;
     int saveAt = 8;
-    for (int count = start.steps; count < limit; ++count) {
+    for (int count = 0; count < limit; ++count) {
         if (count % STEPS_BETWEEN_LOOKS == 0 && isSet(stop)) return {GIVEN_UP};
         z = Kind::exact(z) + c;
         const double after = z.r * z.r + z.i * z.i;
@@ -225,11 +230,11 @@ inline cpuComplex<double> constantAt(const VectorTile<double>& tile, const Chunk
     return {p.r, p.i};
 }
 
-// As iterateSlots, for the trigonometric rules in double; finish(place, count) takes each pixel
-// whose slot is given up, and the count may be IN_DOUBT.
-template <class R, class Finish>
-HWY_INLINE bool iterateCertified(CertifiedSlots& slots, const VectorTile<double>& tile, int limit,
-                                 bool detect, Finish&& finish) {
+// As iterateSlots, for the trigonometric rules in double; close() closes ranks, and counts may be
+// IN_DOUBT.
+template <class R, class S, class Close>
+HWY_INLINE bool iterateCertified(S& slots, const VectorTile<double>& tile, int limit, bool detect,
+                                 Close&& close) {
     using Kind = typename KindOf<R>::Kind;
     constexpr int DETECT_CERTIFIED_FROM = 24;
     Slots<double>& s = slots.s;
@@ -250,7 +255,7 @@ HWY_INLINE bool iterateCertified(CertifiedSlots& slots, const VectorTile<double>
             }
         }
         const std::size_t needed = (s.alive + Slots<double>::LANES - 1) / Slots<double>::LANES;
-        if (s.alive > 0 && 8 * needed <= 7 * s.vectors()) closeCertifiedRanks<R>(slots, finish);
+        if (s.alive > 0 && 8 * needed <= 7 * s.vectors()) close();
     }
     return true;
 }
@@ -267,13 +272,14 @@ void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bo
     const auto finish = [&](std::uint64_t place, std::uint64_t count) {
         if (count == IN_DOUBT) {
             const auto c = constantAt(tile, chunk, place, static_cast<std::uint64_t>(tile.width));
-            const int exact = followScalar<Kind>({}, c, tile.limit, limit, detect, tile.stop).count;
+            const int exact = followScalar<Kind>(c, tile.limit, limit, detect, tile.stop).count;
             if (exact == GIVEN_UP) return;
             count = static_cast<std::uint64_t>(exact);
         }
         paint(place, count);
     };
-    if (iterateCertified<R>(slots, tile, limit, detect, finish)) finishAll(slots.s, finish);
+    const auto close = [&]() HWY_ATTR { closeCertifiedRanks<R>(slots, finish); };
+    if (iterateCertified<R>(slots, tile, limit, detect, close)) finishAll(slots.s, finish);
 }
 
 }  // namespace HWY_NAMESPACE

@@ -1,11 +1,9 @@
 // Smooth values on vectors: the renderers of compute/vector_tile-inl.h and vector_certified-inl.h,
 // keeping |z|^2 before and after the step at which a pixel escapes.
 //
-// The certified renderer does not know the scalar rule's states, only that they are near. The
-// counts of its pixels are sure, their magnitudes are not; so the scalar rule follows each pixel
-// that escapes, for as many steps as it took. The first two steps cost next to nothing: from zero
-// every orbit goes to c and a constant, so that the four factors of the second step depend on the
-// column or on the row alone.
+// The certified renderer does not know the scalar rule's states, only that they are near. Values
+// that are rounded to 32 bits hide the difference nearly always; where they may not, the scalar
+// rule follows the pixel from its start.
 //
 // Included once for each instruction set (see compute/value_renderer.cpp).
 #if defined(TESSARY_COMPUTE_VECTOR_VALUES_INL_H) == defined(HWY_TARGET_TOGGLE)
@@ -149,27 +147,37 @@ HWY_NOINLINE HWY_FLATTEN void smoothValues(const KnownView<T>& known, std::size_
     }
 }
 
-// Writes the pixels of a chunk to where the tile wants them.
+// Writes the pixels of a chunk, which lie row by row without gaps, to where the tile wants them.
 template <class T>
-void writeChunk(const ValueTile<T>& tile, const Chunk& chunk, const KnownView<T>& known,
-                int limit) {
+void writeChunk(const ValueTile<T>& tile, const Chunk& chunk, const typename Slots<T>::Word* counts,
+                const double* values) {
     const auto columns = static_cast<std::size_t>(chunk.x1 - chunk.x0);
-    const auto rows = static_cast<std::size_t>(chunk.y1 - chunk.y0);
+    const auto pixels = columns * static_cast<std::size_t>(chunk.y1 - chunk.y0);
     std::ptrdiff_t to = (std::ptrdiff_t{chunk.y0} - tile.yOrigin) * tile.stride +
                         (std::ptrdiff_t{chunk.x0} - tile.xOrigin);
-    HWY_ALIGN double values[Known<double>::ROOM];
-    if (tile.values != nullptr) {
-        smoothValues(known, rows * columns, limit, ::fixedLog(static_cast<double>(tile.limit)),
-                     values);
-    }
-    for (std::size_t from = 0; from < rows * columns; from += columns, to += tile.stride) {
+    for (std::size_t from = 0; from < pixels; from += columns, to += tile.stride) {
         if (tile.values != nullptr) std::copy_n(values + from, columns, tile.values + to);
         if (tile.counts == nullptr) continue;
         for (std::size_t x = 0; x < columns; ++x) {
             tile.counts[to + static_cast<std::ptrdiff_t>(x)] =
-                static_cast<std::int32_t>(known.count[from + x]);
+                static_cast<std::int32_t>(counts[from + x]);
         }
     }
+}
+
+template <class T>
+double logOfLimit(const ValueTile<T>& tile) {
+    return ::fixedLog(static_cast<double>(tile.limit));
+}
+
+template <class T>
+void finishChunk(const ValueTile<T>& tile, const Chunk& chunk, const KnownView<T>& known,
+                 std::size_t pixels) {
+    HWY_ALIGN double values[Known<T>::ROOM];
+    if (tile.values != nullptr) {
+        smoothValues(known, pixels, std::max(tile.maxIters, 0), logOfLimit(tile), values);
+    }
+    writeChunk(tile, chunk, known.count, values);
 }
 
 template <class T>
@@ -180,15 +188,21 @@ HWY_INLINE void moveKnown(const ValueSlots<T>& s, std::size_t slot, Known<T>& kn
     known.after[place] = s.after[slot];
 }
 
-// Closes ranks; what the ended slots hold goes to the places of their pixels.
-template <class R, class T>
-void closeValueRanks(ValueSlots<T>& s, Known<T>& known) {
+// Calls move(n) for every slot that has ended.
+template <class T, class Move>
+HWY_INLINE void forEachEnded(Slots<T>& s, Move&& move) {
     if (!s.placed) writePlaces(s);
     for (std::size_t n = 0; n < s.used; ++n) {
         typename Slots<T>::Word live;
         std::memcpy(&live, s.live + n, sizeof live);
-        if (live == 0) moveKnown(s, n, known);
+        if (live == 0) move(n);
     }
+}
+
+// Closes ranks; what the ended slots hold goes to the places of their pixels.
+template <class R, class T>
+void closeValueRanks(ValueSlots<T>& s, Known<T>& known) {
+    forEachEnded(s, [&](std::size_t n) { moveKnown(s, n, known); });
     closeRanks<R>(s, [](std::size_t, std::size_t) {});
 }
 
@@ -208,88 +222,170 @@ void renderValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometry, c
     Known<T> known;
     takePixels(s, geometry, chunk);
     s.stride = s.columns;
+    const std::size_t pixels = s.used;
     const auto close = [&]() HWY_ATTR { closeValueRanks<R>(s, known); };
     if (!iterateSlots<KeepMagnitudes, R>(s, geometry, limit, detect, close)) return;
-    if (!s.placed) return writeChunk<T>(tile, chunk, {s.count, s.before, s.after}, limit);
+    if (!s.placed) return finishChunk<T>(tile, chunk, {s.count, s.before, s.after}, pixels);
     for (std::size_t n = 0; n < s.used; ++n) moveKnown(s, n, known);
-    writeChunk<T>(tile, chunk, {known.count, known.before, known.after}, limit);
+    finishChunk<T>(tile, chunk, {known.count, known.before, known.after}, pixels);
 }
 
-// The scalar orbits of a chunk in their first two steps. Factors are evaluated once for each
-// column and row, when first asked for.
-template <class Kind>
-class FirstSteps {
-  public:
-    cpuComplex<double> afterOne(const cpuComplex<double>& c) const { return fromZero + c; }
+// Certified slots that hold |z|^2 before and after the step at which their orbit surely escaped,
+// and how far both logarithms together may be from the scalar rule's: |z|^2 within a margin M of
+// another has its logarithm within M / (|z|^2 - M) of the other's.
+struct CertifiedValueSlots : CertifiedSlots {
+    HWY_ALIGN double before[Slots<double>::ROOM], after[Slots<double>::ROOM];
+    HWY_ALIGN double spread[Slots<double>::ROOM];
 
-    // z: the state after one step of the pixel at column x and row y.
-    cpuComplex<double> afterTwo(std::size_t x, std::size_t y, const cpuComplex<double>& z,
-                                const cpuComplex<double>& c) {
-        if (!columns[x].known) columns[x] = factorsOf<Kind::REAL_IS_TRIGONOMETRIC>(z.r);
-        if (!rows[y].known) rows[y] = factorsOf<!Kind::REAL_IS_TRIGONOMETRIC>(z.i);
-        const Pair& trigonometric = Kind::REAL_IS_TRIGONOMETRIC ? columns[x] : rows[y];
-        const Pair& hyperbolic = Kind::REAL_IS_TRIGONOMETRIC ? rows[y] : columns[x];
-        return Kind::value(FactorsOf<double>{trigonometric.sine, trigonometric.cosine,
-                                             hyperbolic.sine, hyperbolic.cosine}) +
-               c;
+    template <class Orbits>
+    HWY_INLINE void noteEscape(std::size_t at, RealMask escaped, const Orbits& last,
+                               const Orbits& now) {
+        const RealTag d;
+        const Real sizeBefore = magnitudeSquared(last.z), sizeAfter = magnitudeSquared(now.z);
+        const Real both = spreadOf(last, sizeBefore) + spreadOf(now, sizeAfter);
+        hn::BlendedStore(sizeBefore.v, escaped, d, before + at);
+        hn::BlendedStore(sizeAfter.v, escaped, d, after + at);
+        hn::BlendedStore(both.v, escaped, d, spread + at);
+    }
+
+    // Infinite where |z|^2 may be 0 or lose bits to underflow.
+    template <class Orbits>
+    static HWY_INLINE Real spreadOf(const Orbits& orbits, Real size) {
+        const Real margin = orbits.marginOf(size) + Real(0x1p-1000);
+        return margin / Real(hn::Max((size - margin).v, hn::Zero(RealTag())));
+    }
+};
+
+struct CertifiedKnown : Known<double> {
+    HWY_ALIGN double spread[ROOM];
+};
+
+inline void moveKnown(const CertifiedValueSlots& slots, std::size_t slot, CertifiedKnown& known) {
+    const std::size_t place = slots.s.place[slot];
+    known.count[place] = slots.s.count[slot];
+    known.before[place] = slots.before[slot];
+    known.after[place] = slots.after[slot];
+    known.spread[place] = slots.spread[slot];
+}
+
+// A vector of values, and the lanes where the scalar rule's own is certain to be the same.
+struct CertifiedValue {
+    Real value;
+    RealMask certain;
+};
+
+// The values of pixels that escaped at `count`, 1 or later.
+//
+// Write l for the computed logarithms here and l' for the scalar rule's; that of the limit is the
+// same. Each is within 3 u of the true one, so both pairs differ by no more than S = spread + 8 u
+// (|l before| + |l after|) in sum. For the exact quotients q = N / D of these numbers
+//     q' - q = -(b (1 - q) + a q) / D',   a = l'after - l after, b = l'before - l before,
+// so that |q' - q| <= S / (D - S) for q in [0, 1]. As computed both have 4 u of their own, and the
+// sums with n - 1 round by u n each; 8 u (n + 1) covers these, the two ends below and the bound's
+// own roundings. Where both ends round to one number of 32 bits every value between them does, and
+// where q is further from 0 and 1 than that, q' is no more cut than q.
+HWY_INLINE CertifiedValue certifiedValue(Real count, Real before, Real after, Real spread,
+                                         Real logLimit) {
+    const RealTag d;
+    const Real one(1.0), tiny(0x1p-50);
+    const Real logBefore = fixedLog(before), logAfter = fixedLog(after);
+    const Real logs = Real(hn::Abs(logBefore.v)) + Real(hn::Abs(logAfter.v));
+    const Real sum = (spread + tiny * logs) * Real(1.0 + 0x1p-30);
+    const Real difference = logAfter - logBefore;
+    const Real q = (logLimit - logBefore) / difference;
+    const Real off = sum / (difference - sum) * Real(1.0 + 0x1p-30) + tiny * (count + one);
+    const Real value = (count - one) + q;
+    const Real low = rounded32(value - off), high = rounded32(value + off);
+    const RealMask between = hn::And(q > off, one - q > off);
+    return {low, hn::And(hn::And(between, difference > sum + sum), hn::Eq(low.v, high.v))};
+}
+
+// The values of n pixels, and some behind them; `certain` has all bits set where they are.
+HWY_NOINLINE HWY_FLATTEN void certifiedValues(const CertifiedKnown& known, std::size_t n, int limit,
+                                              double logLimit, double* values, double* certain) {
+    const RealTag d;
+    const Real stays(static_cast<double>(limit)), zero(0.0);
+    const Real inside(std::numeric_limits<double>::quiet_NaN()), ln(logLimit);
+    for (std::size_t at = 0; at < n; at += hn::Lanes(d)) {
+        const Real count = promoted(known.count + at);
+        const CertifiedValue v =
+            certifiedValue(count, promoted(known.before + at), promoted(known.after + at),
+                           promoted(known.spread + at), ln);
+        // From 0 every orbit starts, and has the value 0 where it escapes at once.
+        const RealMask first = count == zero, last = count >= stays;
+        hn::Store(select(last, inside, select(first, zero, v.value)).v, d, values + at);
+        hn::Store(hn::VecFromMask(d, hn::Or(v.certain, hn::Or(first, last))), d, certain + at);
+    }
+}
+
+// A chunk of certified orbits at their end. Pixels whose count or value is in doubt are followed
+// with the scalar rule.
+template <class Kind>
+class CertifiedChunk {
+  public:
+    CertifiedChunk(const ValueTile<double>& ofTile, const VectorTile<double>& geometry,
+                   const Chunk& which, bool detect)
+        : tile(ofTile), chunk(which), points(geometry, which), detects(detect) {}
+
+    void finish(CertifiedKnown& known) {
+        const auto columns = static_cast<std::size_t>(chunk.x1 - chunk.x0);
+        const auto pixels = columns * static_cast<std::size_t>(chunk.y1 - chunk.y0);
+        const bool wanted = tile.values != nullptr;
+        if (wanted) certifiedValues(known, pixels, limit, ln, values, certain);
+        for (std::size_t n = 0; n < pixels; ++n) {
+            if (known.count[n] != IN_DOUBT && (!wanted || isCertain(n))) continue;
+            if (!follow({points.re[n % columns], points.im[n / columns]}, known.count[n], n))
+                return;
+        }
+        writeChunk(tile, chunk, known.count, values);
     }
 
   private:
-    struct Pair : SineCosine {
-        bool known = false;
-    };
-
-    template <bool TRIGONOMETRIC>
-    static Pair factorsOf(double x) {
-        return {TRIGONOMETRIC ? sineCosine(x) : hyperbolicSineCosine(x), true};
+    bool isCertain(std::size_t n) const {
+        std::uint64_t bits;
+        std::memcpy(&bits, certain + n, sizeof bits);
+        return bits != 0;
     }
 
-    const cpuComplex<double> fromZero = Kind::exact(cpuComplex<double>{0.0, 0.0});
-    Pair columns[MAX_COLUMNS], rows[MAX_PIXELS];
-};
+    // Returns whether it came to its end.
+    bool follow(const cpuComplex<double>& c, std::uint64_t& count, std::size_t n) {
+        const ScalarEscape e = followScalar<Kind>(c, tile.limit, limit, detects, tile.stop);
+        if (e.count == GIVEN_UP) return false;
+        count = static_cast<std::uint64_t>(e.count);
+        values[n] = e.count == limit
+                        ? std::numeric_limits<double>::quiet_NaN()
+                        : ::rounded32(::smoothValue<double>(e.count, e.before, e.after, ln));
+        return true;
+    }
 
-// What the scalar rule makes of a pixel at column x and row y that escapes at step `count`.
-template <class Kind>
-ScalarEscape escapeAt(std::uint64_t count, FirstSteps<Kind>& first, std::size_t x, std::size_t y,
-                      const cpuComplex<double>& c, const ValueTile<double>& tile) {
-    const cpuComplex<double> one = first.afterOne(c);
-    const double sizeOne = magnitudeSquared(one);
-    if (count == 0) return {0, 0.0, sizeOne};
-    const cpuComplex<double> two = first.afterTwo(x, y, one, c);
-    if (count == 1) return {1, sizeOne, magnitudeSquared(two)};
-    return followScalar<Kind>({two, 2}, c, tile.limit, static_cast<int>(count) + 1, false,
-                              tile.stop);
-}
+    const ValueTile<double>& tile;
+    const Chunk chunk;
+    const Points<double> points;
+    const bool detects;
+    const int limit = std::max(tile.maxIters, 0);
+    const double ln = logOfLimit(tile);
+    HWY_ALIGN double values[CertifiedKnown::ROOM], certain[CertifiedKnown::ROOM];
+};
 
 // As renderValueChunk, for the trigonometric rules in double.
 template <class R>
 void renderValueChunkCertified(const ValueTile<double>& tile, const VectorTile<double>& geometry,
                                const Chunk& chunk, bool detect) {
-    using Kind = typename KindOf<R>::Kind;
+    static_assert(R::start == Start::zero);
     const int limit = std::max(tile.maxIters, 0);
-    CertifiedSlots slots;
-    Known<double> known;
-    FirstSteps<Kind> first;
-    const Points<double> points(geometry, chunk);
+    CertifiedValueSlots slots;
+    CertifiedKnown known;
     fillSlots<R>(slots.s, geometry, chunk, limit);
     slots.s.stride = slots.s.columns;
-    bool complete = true;
-    const auto finish = [&](std::uint64_t place, std::uint64_t count) {
-        ScalarEscape e{limit};
-        if (count != static_cast<std::uint64_t>(limit)) {
-            const std::size_t x = place % slots.s.columns, y = place / slots.s.columns;
-            const cpuComplex<double> c{points.re[x], points.im[y]};
-            e = count == IN_DOUBT ? followScalar<Kind>({}, c, tile.limit, limit, detect, tile.stop)
-                                  : escapeAt<Kind>(count, first, x, y, c, tile);
-        }
-        complete &= e.count != GIVEN_UP;
-        known.count[place] = static_cast<std::uint64_t>(e.count);
-        known.before[place] = e.before;
-        known.after[place] = e.after;
+    const auto move = [&](std::size_t n) { moveKnown(slots, n, known); };
+    const auto close = [&]() HWY_ATTR {
+        forEachEnded(slots.s, move);
+        closeCertifiedRanks<R>(slots, [](std::size_t, std::size_t) {});
     };
-    if (!iterateCertified<R>(slots, geometry, limit, detect, finish)) return;
-    finishAll(slots.s, finish);
-    if (complete) writeChunk<double>(tile, chunk, {known.count, known.before, known.after}, limit);
+    if (!iterateCertified<R>(slots, geometry, limit, detect, close)) return;
+    if (!slots.s.placed) writePlaces(slots.s);
+    for (std::size_t n = 0; n < slots.s.used; ++n) move(n);
+    CertifiedChunk<typename KindOf<R>::Kind>(tile, geometry, chunk, detect).finish(known);
 }
 
 template <class R, class T>

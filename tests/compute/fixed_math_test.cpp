@@ -121,4 +121,24 @@ TEST(FixedExp, EndsInSubnormalsZeroAndInfinity) {
     EXPECT_TRUE(std::isnan(fixedExp(NOT_A_NUMBER)));
 }
 
+TEST(Rounded32, IsTheNearestNumberOf32Bits) {
+    for (const double x : positiveNumbers()) {
+        if (x < 0x1p-900 || x > 0x1p900) continue;
+        int exponent;
+        const double mantissa = std::frexp(x, &exponent);
+        const double scaled = std::ldexp(mantissa, 32), below = std::floor(scaled);
+        const double rounded = rounded32(x), units = std::ldexp(rounded, 32 - exponent);
+        ASSERT_EQ(units, std::floor(units)) << x;
+        if (scaled - below == 0.5) continue;  // either side is as near
+        ASSERT_EQ(units, std::round(scaled)) << x;
+        ASSERT_EQ(rounded32(-x), -rounded) << x;
+    }
+}
+
+TEST(Rounded32, KeepsZeroAndNoNumber) {
+    EXPECT_EQ(rounded32(0.0), 0.0);
+    EXPECT_FALSE(std::signbit(rounded32(0.0)));
+    EXPECT_TRUE(std::isnan(rounded32(NOT_A_NUMBER)));
+}
+
 }  // namespace

@@ -318,6 +318,25 @@ TEST_P(EveryRule, TakesTheMagnitudesOfThePicturesPrecision) {
     EXPECT_GE(compared, 200);
 }
 
+// Values of doubles use all their bits, save under the trigonometric rules.
+TEST_P(EveryRule, HasValuesOf32BitsUnderTrigonometricRulesInDouble) {
+    int escaped = 0, cut = 0;
+    const auto count = [&](double value) {
+        if (!(std::fabs(value) < 1e9)) return;
+        int exponent;
+        const double units = std::ldexp(std::frexp(value, &exponent), 32);
+        ++escaped;
+        cut += units == std::floor(units);
+    };
+    const int type = catalogueView(GetParam(), true).type;
+    const bool trigonometric = type >= 2 && type <= 5;
+    forEachPoint(true, [&](const View& v) { count(cornerOf<double>(v).value); });
+    EXPECT_EQ(cut == escaped, trigonometric) << cut << " of " << escaped;
+    escaped = cut = 0;
+    forEachPoint(false, [&](const View& v) { count(cornerOf<float>(v).value); });
+    EXPECT_LT(cut, escaped);
+}
+
 // Points of the plane without a pattern, the same on every machine.
 class Uniform {
   public:
