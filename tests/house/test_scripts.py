@@ -581,6 +581,8 @@ class Mutants(ScriptTest):
             self.assertTrue(any(name.startswith(start)
                                 for name in os.listdir(os.path.join(SOURCE, folder))), beginning)
             cmake = read(f"tests/{folder.lower()}/CMakeLists.txt")
+            for subject in re.findall(r"foreach\(subject ([^)]*)\)", cmake):
+                cmake += "".join(f"NAME toolkit_{name}_test\n" for name in subject.split())
             for test in tests.split():
                 self.assertRegex(cmake, rf"(NAME |add_executable\(){test}\b")
 
