@@ -2,7 +2,8 @@
 # is packaging/check_inside.sh.
 clean=$root/build/clean-root
 suite=$(. /etc/os-release && printf '%s' "${VERSION_CODENAME:-stable}")
-mirror=${TESSARY_MIRROR:-http://deb.debian.org/debian}
+# Where this system has its own packages from.
+mirror=${TESSARY_MIRROR:-$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' "Codename: $suite" | head -n 1)}
 
 lintian --fail-on error,warning --allow-root --tag-display-limit 0 "$packages"/*.deb || exit 1
 if ! command -v debootstrap >/dev/null; then
@@ -17,9 +18,9 @@ fi
 rm -rf --one-file-system "$clean"
 # What lies outside the packages and is needed to try them comes with the system.
 if ! debootstrap --variant=minbase --include=xvfb,xauth,xdotool,x11-apps,x11-utils,g++,cmake,make,pkg-config,procps \
-    "$suite" "$clean" "$mirror" >"$clean.log" 2>&1; then
+    "$suite" "$clean" ${mirror:+"$mirror"} >"$clean.log" 2>&1; then
     if ! grep -q '^I: Retrieving Packages' "$clean.log"; then
-        say "the packages are not tried: no system can be fetched from $mirror"
+        say "the packages are not tried: no system can be fetched from ${mirror:-anywhere}"
         exit 0
     fi
     tail -n 5 "$clean.log" >&2
