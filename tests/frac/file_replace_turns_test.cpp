@@ -185,7 +185,7 @@ TEST_P(EachTurn, WhicheverCallFailsNothingIsLost) {
             SCOPED_TRACE("call " + std::to_string(turn) + " fails with " + std::to_string(error));
             setUpFiles();
             const Told told = save(atTurn(turn, error));
-            if (ending == -SIGABRT) continue;  // the allocator's call
+            if (ending == -SIGABRT) continue;  // the allocator's call, or a sanitizer's
             ASSERT_TRUE(told.ended);
             expectTruth(told, readFile(path()), GetParam().exists);
             expectItsAttributes();
@@ -195,7 +195,7 @@ TEST_P(EachTurn, WhicheverCallFailsNothingIsLost) {
         }
     }
     RecordProperty("points", points);
-    EXPECT_GT(points, 4 * 15);
+    EXPECT_GT(points, 15 * static_cast<int>(errors().size()));
 }
 
 bool mayBeInterrupted(const Call& call) {
