@@ -11,8 +11,8 @@ namespace exact_trig {
 SineCosine sineCosine(double x);
 SineCosine hyperbolicSineCosine(double x);
 
-// The same with so many 64-bit limbs behind the binary point, 4 or 8, and whether that was enough
-// to decide how to round both: 4 nearly always are, more than 8 have never been seen to be needed
+// The same with so many 64-bit limbs behind the binary point, 3 or 8, and whether that was enough
+// to decide how to round both: 3 nearly always are, more than 8 have never been seen to be needed
 // and would be needed by one argument in 2^380.
 struct Attempt {
     SineCosine value;

@@ -19,7 +19,7 @@
 // Julia, too: what its own loop counts beyond the limit is no escape here, as it is none in the
 // picture.
 //
-// Under a trigonometric rule in double v is rounded to 32 significant bits, 1.2e-10 of it at most
+// Under a trigonometric rule in double v is rounded to 32 significant bits, 2.4e-10 of it at most
 // (rounded32). Magnitudes that are only near those of the rule's own arithmetic then give its very
 // value, save where it lies next to the middle between two such numbers.
 //

@@ -10,7 +10,7 @@ if ! command -v debootstrap >/dev/null; then
     say "the packages are not tried: there is no debootstrap"
     exit 0
 fi
-if ! unshare --mount --pid --fork true 2>/dev/null; then
+if ! unshare --mount --pid --fork --mount-proc true 2>/dev/null; then
     say "the packages are not tried: this machine lets nobody mount"
     exit 0
 fi
@@ -35,7 +35,7 @@ cp /etc/resolv.conf "$clean/etc/resolv.conf"
 # Mounts of its own end with it, and so do processes.
 unshare --mount --pid --fork --kill-child bash -c '
     mount -t proc proc "$1/proc" && mount --rbind /dev "$1/dev" &&
-    exec chroot "$1" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 \
+    exec chroot "$1" /usr/bin/env -i ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 \
         bash /try/check_inside.sh' - "$clean"
 status=$?
 ((status == 0)) && rm -rf --one-file-system "$clean"

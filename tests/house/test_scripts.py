@@ -150,7 +150,7 @@ class Packages(ScriptTest):
             elif not line.startswith("#"):
                 self.assertRegex(line, r"^[a-z0-9][a-z0-9+.-]+$")
                 section.append(line)
-        scripts = read("run") + read("test") + read("fuzz")
+        scripts = read("run") + read("test") + read("fuzz") + read("package")
         for name, packages in sections.items():
             with self.subTest(section=name):
                 step = name.removesuffix("-where-available")
@@ -182,7 +182,8 @@ class Building(ScriptTest):
         for path, folders, files in os.walk(SOURCE):
             folders[:] = [f for f in folders if f not in ("build", "out", ".git")]
             if "CMakeLists.txt" in files:
-                self.assertNotIn("CONFIGURE_DEPENDS", read(os.path.join(path, "CMakeLists.txt")))
+                self.assertNotRegex(read(os.path.join(path, "CMakeLists.txt")),
+                                    r"\bCONFIGURE_DEPENDS\b")
 
     def test_build_output_stays_off_standard_output(self):
         done = self.call("run", DISPLAY=":good", BUILD="yes")
