@@ -33,7 +33,7 @@ class Examples(RenderTest):
         for command in commands(text):
             # Small enough for a test.
             small = re.sub(r"--size (\d+)(x\d+)?", lambda m: "--size 64" + ("x48" if m[2] else ""), command)
-            if "--size" not in small and "--swatch" not in small and "--join" not in small:
+            if not re.search("--(size|swatch|join|thumbnail)", small):
                 small += " --size 64"
             with self.subTest(command=command):
                 done = subprocess.run(["bash", "-o", "pipefail", "-c", small], cwd=self.folder,
