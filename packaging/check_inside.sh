@@ -65,7 +65,7 @@ int main() {
     return menu.keyboard_callback('x') ? 1 : 0;
 }
 CODE
-libraries=$(pkg-config --cflags --libs --static glutmenu) || fail "pkg-config"
+libraries=$(pkg-config --cflags --libs glutmenu) || fail "pkg-config"
 quietly g++ -std=c++20 program.cpp -o program $libraries
 cat >CMakeLists.txt <<'CODE'
 cmake_minimum_required(VERSION 3.25)

@@ -1,7 +1,7 @@
 #!/bin/sh
 # debian_files.sh PACKAGE FOLDER VERSION: gives the files of a package in FOLDER what Debian asks for:
-# packed manual pages, a change log, the licence, reasons for what lintian is to overlook. All that is
-# made depends on the sources and SOURCE_DATE_EPOCH alone.
+# packed manual pages, a change log, the licence, the places it wants. All that is made depends on the
+# sources and SOURCE_DATE_EPOCH alone.
 set -eu
 package=$1 root=$2 version=$3
 here=$(cd "$(dirname "$0")" && pwd)
@@ -22,9 +22,12 @@ awk -v debian=1 -v version="$version" -v date="$date" -f "$here/releases.awk" "$
 if [ "$package" = tessary ]; then
     ln -sf copyright "$doc/LICENSE" # which pages link to
 fi
-if [ -f "$here/$package.lintian-overrides" ]; then
-    mkdir -p "$root/usr/share/lintian/overrides"
-    cp "$here/$package.lintian-overrides" "$root/usr/share/lintian/overrides/$package"
+# Debian's pkg-config for another architecture looks in that one's folder alone.
+if [ -d "$root/usr/lib/pkgconfig" ]; then
+    libraries=$root/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)
+    mkdir -p "$libraries"
+    mv "$root/usr/lib/pkgconfig" "$libraries"
+    sed -i 's|^prefix=.*|prefix=${pcfiledir}/../../..|' "$libraries"/pkgconfig/*.pc
 fi
 
 find "$root" -type d -exec chmod 755 {} +
