@@ -126,7 +126,7 @@ class Screen:
     def __init__(self, wm=True, size=SCREEN_SIZE):
         self.home = tempfile.mkdtemp(prefix="tessary-home-")
         self._processes = []
-        self.taken = set()  # the windows of the programs on it
+        self.taken = {}  # the windows of the programs on it, with their processes
         try:
             self.display = self._start_server(size)
             self.env = program_environment(self.home, self.display)
@@ -319,7 +319,7 @@ class Program:
     def wait_for_window(self, timeout=30):
         """Finds the program's window, waits until it is shown, and gives it the keyboard."""
         self.window = wait_until(self._find_window, timeout, "the window")
-        self.screen.taken.add(self.window)
+        self.screen.taken[self.window] = self.process
         self.screen.tool("xdotool", "windowactivate", self.window, check=False)
         return self.window
 
@@ -332,8 +332,13 @@ class Program:
         _, found = self.screen.tool(
             "xdotool", "search", "--onlyvisible", "--name", "^Tessary", check=False
         )
-        identifiers = [name for name in found.decode().split() if name not in self.screen.taken]
+        identifiers = [name for name in found.decode().split() if not self._is_anothers(name)]
         return identifiers[-1] if identifiers else None
+
+    def _is_anothers(self, window):
+        # The server gives the names of a program that has ended to the next one.
+        owner = self.screen.taken.get(window)
+        return owner not in (None, self.process) and owner.poll() is None
 
     def _window_id(self):
         return self.window or self.wait_for_window()
