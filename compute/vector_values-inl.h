@@ -286,7 +286,6 @@ struct CertifiedValue {
 // where q is further from 0 and 1 than that, q' is no more cut than q.
 HWY_INLINE CertifiedValue certifiedValue(Real count, Real before, Real after, Real spread,
                                          Real logLimit) {
-    const RealTag d;
     const Real one(1.0), tiny(0x1p-50);
     const Real logBefore = fixedLog(before), logAfter = fixedLog(after);
     const Real logs = Real(hn::Abs(logBefore.v)) + Real(hn::Abs(logAfter.v));

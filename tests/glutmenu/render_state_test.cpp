@@ -189,8 +189,9 @@ State state() {
     State found;
     for (const GLenum name : capabilities) found.push_back(switchOf(0, name));
     for (const GLenum name : values) found.push_back(valueOf(name));
-    for (const GLenum name : {GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR, GL_EMISSION}) {
-        found.push_back(materialOf(static_cast<GLenum>(name)));
+    for (const GLenum name :
+         std::array<GLenum, 4>{GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR, GL_EMISSION}) {
+        found.push_back(materialOf(name));
     }
     const GLenum active = activeUnit();
     for (GLenum unit = GL_TEXTURE0; unit < GL_TEXTURE0 + 4; ++unit) {
@@ -316,7 +317,7 @@ void depth() {
 }
 
 void matrices(GLenum mode) {
-    for (const GLenum each : {GL_MODELVIEW, GL_PROJECTION}) {
+    for (const GLenum each : std::array<GLenum, 2>{GL_MODELVIEW, GL_PROJECTION}) {
         glMatrixMode(each);
         glRotatef(30.0F, 0.0F, 1.0F, 1.0F);
     }
