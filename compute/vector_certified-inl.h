@@ -29,6 +29,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "compute/vector_ball-inl.h"
+#include "compute/vector_claims-inl.h"
 #include "compute/vector_number-inl.h"
 #include "compute/vector_slots-inl.h"
 #include "compute/vector_tile.h"
@@ -41,29 +43,6 @@ namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
 using RealMask = hn::Mask<RealTag>;
-
-// The count of a pixel whose orbit could not be followed to its end.
-inline constexpr std::uint64_t IN_DOUBT = ~std::uint64_t{0};
-
-// The function of each rule.
-template <class R>
-struct KindOf;
-template <>
-struct KindOf<SinRule> {
-    using Kind = SineKind;
-};
-template <>
-struct KindOf<CosRule> {
-    using Kind = CosineKind;
-};
-template <>
-struct KindOf<SinhRule> {
-    using Kind = HyperbolicSineKind;
-};
-template <>
-struct KindOf<CoshRule> {
-    using Kind = HyperbolicCosineKind;
-};
 
 // The length of (a, b), |a| and |b| below 2^500. A cheaper bound from above, even one that is 2 %
 // too long, would let bounds grow on orbits that contract by less, and cost those pixels a second
@@ -112,16 +91,6 @@ struct CertifiedOrbits {
     }
 };
 
-// The slots of a chunk and the bound of each orbit, now and when its state was saved.
-struct CertifiedSlots {
-    Slots<double> s;
-    HWY_ALIGN double bound[Slots<double>::ROOM], savedBound[Slots<double>::ROOM];
-
-    // Told of lanes that surely escaped, with the orbits before and after that step.
-    template <class Orbits>
-    HWY_INLINE void noteEscape(std::size_t, RealMask, const Orbits&, const Orbits&) {}
-};
-
 // Takes `steps` steps with one vector of slots. Lanes that escape or fall into doubt end. S:
 // CertifiedSlots, or what derives from it with a noteEscape() of its own.
 template <class Kind, class S>
@@ -143,7 +112,8 @@ HWY_NOINLINE void advanceCertified(S& slots, std::size_t at, Real limit, int ste
         if (HWY_LIKELY(hn::AllFalse(d, ended))) continue;
         const auto count = static_cast<std::uint64_t>(std::int64_t{stepsBefore} + i);
         hn::BlendedStore(hn::Set(du, count), hn::RebindMask(du, escaped), du, s.count + at);
-        hn::BlendedStore(hn::Set(du, IN_DOUBT), hn::RebindMask(du, doubtful), du, s.count + at);
+        hn::BlendedStore(hn::Set(du, IN_DOUBT<double>), hn::RebindMask(du, doubtful), du,
+                         s.count + at);
         slots.noteEscape(at, escaped, before, orbits);
         s.alive -= hn::CountTrue(d, ended);
         orbits.live = hn::AndNot(ended, orbits.live);
@@ -178,15 +148,6 @@ inline void saveCertified(CertifiedSlots& slots) {
         hn::Store(raised, d, slots.bound + at);
         hn::Store(raised, d, slots.savedBound + at);
     }
-}
-
-// Moves the live slots together, bounds included.
-template <class R, class Finish>
-void closeCertifiedRanks(CertifiedSlots& slots, Finish&& finish) {
-    const RealTag d;
-    packRow(d, slots.bound, slots.s);
-    if (slots.s.saved) packRow(d, slots.savedBound, slots.s);
-    closeRanks<R>(slots.s, finish);
 }
 
 // Where an orbit escaped, and |z|^2 before and after that step; a count alone for one that stays.
@@ -238,6 +199,11 @@ HWY_INLINE bool iterateCertified(S& slots, const VectorTile<double>& tile, int l
     using Kind = typename KindOf<R>::Kind;
     constexpr int DETECT_CERTIFIED_FROM = 24;
     Slots<double>& s = slots.s;
+#if TESSARY_HAS_LEAN
+    if (tile.limit <= LEAN_LIMIT) {
+        return iterateLean<Kind, double>(slots, tile.limit, limit, detect, tile.stop, close);
+    }
+#endif
     fill(RealTag(), slots.bound, s.used, hn::Zero(RealTag()));
     int saveAt = DETECT_CERTIFIED_FROM;
     for (int steps = 0; steps < limit && s.alive > 0;) {
@@ -270,7 +236,7 @@ void renderChunkCertified(const VectorTile<double>& tile, const Chunk& chunk, bo
     fillSlots<R>(slots.s, tile, chunk, limit);
     const Painter paint(tile.buffer + 4 * corner, limit, tile.palette);
     const auto finish = [&](std::uint64_t place, std::uint64_t count) {
-        if (count == IN_DOUBT) {
+        if (count == IN_DOUBT<double>) {
             const auto c = constantAt(tile, chunk, place, static_cast<std::uint64_t>(tile.width));
             const int exact = followScalar<Kind>(c, tile.limit, limit, detect, tile.stop).count;
             if (exact == GIVEN_UP) return;

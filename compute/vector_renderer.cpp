@@ -17,6 +17,7 @@
 
 #include "compute/rounded_trig.h"
 #include "compute/vector_tile-inl.h"
+#include "compute/vector_trig_tile-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {

@@ -390,6 +390,12 @@ void renderChunk(const VectorTile<T>& tile, const Chunk& chunk, bool detect) {
     if (iterateSlots<KeepCounts, R>(s, tile, limit, detect, close)) finishAll(s, paint);
 }
 
+// As renderChunk, for the trigonometric rules: see compute/vector_trig_tile-inl.h.
+template <class R>
+void renderTrigChunk(const VectorTile<float>& tile, const Chunk& chunk, bool detect);
+template <class R>
+void renderTrigChunk(const VectorTile<double>& tile, const Chunk& chunk, bool detect);
+
 // The end of the first of `parts` nearly equal pieces of [from, to).
 inline int firstPiece(int from, int to, int most) {
     const int parts = (to - from - 1) / most + 1;
@@ -416,8 +422,8 @@ HWY_INLINE void forEachChunk(const VectorTile<T>& tile, RenderChunk&& render) {
 template <class R, class T>
 void renderTile(const VectorTile<T>& tile, bool detect) {
     forEachChunk(tile, [&](const Chunk& chunk) HWY_ATTR {
-        if constexpr (usesTrig<R> && std::is_same_v<T, double>) {
-            renderChunkCertified<R>(tile, chunk, detect);
+        if constexpr (usesTrig<R>) {
+            renderTrigChunk<R>(tile, chunk, detect);
         } else {
             renderChunk<R>(tile, chunk, detect);
         }

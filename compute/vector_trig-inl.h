@@ -231,6 +231,13 @@ struct HalfValue {
 template <class Kind, class V>
 HWY_INLINE HalfValue halfValue(V r, V i) {
     const RealTag d;
+    const hn::Rebind<float, RealTag> narrow;
+    const auto zero = hn::Zero(narrow);
+    // The start of every orbit, and lanes that ended: these mostly fill the upper half.
+    if (hn::AllTrue(narrow, hn::And(hn::Eq(r, zero), hn::Eq(i, zero)))) {
+        const Real none(0.0), one(1.0);
+        return {Kind::value(Factors{none, one, none, one}), hn::Eq(none.v, none.v)};
+    }
     const cpuComplex<Real> value =
         Kind::value(Kind::factors(Real(hn::PromoteTo(d, r)), Real(hn::PromoteTo(d, i))));
     return {value, hn::And(roundsSafely(value.r), roundsSafely(value.i))};

@@ -332,7 +332,7 @@ class CertifiedChunk {
         const bool wanted = tile.values != nullptr;
         if (wanted) certifiedValues(known, pixels, limit, ln, values, certain);
         for (std::size_t n = 0; n < pixels; ++n) {
-            if (known.count[n] != IN_DOUBT && (!wanted || isCertain(n))) continue;
+            if (known.count[n] != IN_DOUBT<double> && (!wanted || isCertain(n))) continue;
             if (!follow({points.re[n % columns], points.im[n / columns]}, known.count[n], n))
                 return;
         }

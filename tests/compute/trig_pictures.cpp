@@ -13,6 +13,7 @@
 #include <hwy/highway.h>
 
 #include "compute/vector_tile-inl.h"
+#include "compute/vector_trig_tile-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
