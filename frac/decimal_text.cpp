@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
 
 namespace {
 
@@ -62,6 +63,14 @@ std::optional<std::int64_t> decimalMagnitude(std::string_view text) {
     const auto zeros = parts ? leadingZeros(*parts) : std::nullopt;
     if (!zeros) return {};
     return parts->exponent + static_cast<std::int64_t>(parts->whole.size()) - 1 - *zeros;
+}
+
+bool isPlaceDecimal(std::string_view text) {
+    const auto parts = decimalParts(text);
+    const auto isModest = [](std::int64_t exponent) {
+        return std::abs(exponent) <= LARGEST_PLACE_EXPONENT;
+    };
+    return parts && isModest(parts->exponent) && isModest(decimalMagnitude(text).value_or(0));
 }
 
 bool isPositiveDecimal(std::string_view text) {

@@ -29,5 +29,10 @@ inline bool isDecimal(std::string_view text) {
 // The n with 10^n <= |number| < 10^(n + 1). Nothing for zero and for what is no decimal.
 std::optional<std::int64_t> decimalMagnitude(std::string_view text);
 
+// Whether the text is a decimal that a view may lie at: beyond such exponents numbers take more
+// memory than pictures.
+constexpr std::int64_t LARGEST_PLACE_EXPONENT = 1000000;
+bool isPlaceDecimal(std::string_view text);
+
 // Whether the text is a decimal above 0.
 bool isPositiveDecimal(std::string_view text);

@@ -57,4 +57,12 @@ TEST(DecimalText, IsPositiveAboveZeroAlone) {
     }
 }
 
+TEST(DecimalText, NamesAPlaceWithAReasonableExponent) {
+    EXPECT_TRUE(isPlaceDecimal("-1e1000000"));
+    EXPECT_TRUE(isPlaceDecimal("0.1e-999999"));
+    for (const char* text : {"1e1000001", "10e1000000", "0.1e-1000000", "0e1000001", "inf"}) {
+        EXPECT_FALSE(isPlaceDecimal(text)) << text;
+    }
+}
+
 }  // namespace
