@@ -1,0 +1,175 @@
+#!/usr/bin/python3
+"""Writes places.txt: views in which counts are hard to get right, at all depths.
+
+    find_places.py > places.txt
+
+Needs python3-gmpy2. Points are found by Newton's method at more digits than a view needs:
+nuclei (0 has period p), Misiurewicz points (0 falls on a cycle after k steps), repelling points of
+Julia sets. Minibrots at any depth: about a Misiurewicz point, at distance r from it, there are
+nuclei whose minibrots have a size of about r^2.
+
+A line is: name, formula (-: Mandelbrot), re, im, width, c's re and im (-: none), escape limit,
+iteration limit.
+"""
+
+import gmpy2
+from gmpy2 import mpc, mpfr
+
+MISIUREWICZ = {  # near enough for Newton: preperiod, period, about where
+    "spike": (3, 1, "-1.5436890126920763+0j"),
+    "branch": (4, 1, "-0.1010963638456222+0.9562865108091415j"),
+    "spiral": (24, 2, "-0.77568377+0.13646737j"),
+    "antenna": (2, 2, "0+1j"),
+}
+
+
+def bits_for(width):
+    """Digits for the view and for Newton's last steps."""
+    return int(-2 * gmpy2.log2(mpfr(width))) + 300
+
+
+def orbit(c, steps):
+    """z_n and dz_n/dc after so many steps."""
+    z, d = mpc(0), mpc(0)
+    for _ in range(steps):
+        z, d = z * z + c, 2 * z * d + 1
+    return z, d
+
+
+def newton(f, c, tries=200):
+    """A zero of f near c; f answers value and derivative."""
+    for _ in range(tries):
+        value, slope = f(c)
+        move = value / slope
+        c -= move
+        if abs(move) < mpfr(2) ** (12 - gmpy2.get_context().precision):
+            return c
+    raise RuntimeError("no convergence")
+
+
+def misiurewicz(name):
+    before, period, near = MISIUREWICZ[name]
+
+    def f(c):
+        (a, da), (b, db) = orbit(c, before), orbit(c, before + period)
+        return b - a, db - da
+
+    return newton(f, mpc(near))
+
+
+def nucleus_within(c, radius):
+    """The nucleus of lowest period in the disc: there the disc's image first holds 0."""
+    z, d, period = mpc(c), mpc(1), 1
+    while abs(z) > radius * abs(d):
+        z, d, period = z * z + c, 2 * z * d + 1, period + 1
+        if period > 100000:
+            raise RuntimeError("no nucleus")
+    return newton(lambda x: orbit(x, period), c), period
+
+
+def minibrot_size(c, period):
+    """Of the whole set's size, by how z_p near the nucleus follows the same map again."""
+    step, total, z = mpc(1), mpc(1), mpc(c)
+    for _ in range(1, period):
+        step *= 2 * z
+        total += 1 / step
+        z = z * z + c
+    return 1 / abs(total * step * step)
+
+
+def digits(x, width):
+    """x as a decimal, to a thousandth of the width; an imprecise zero is none."""
+    places = max(3, int(-gmpy2.log10(mpfr(width))) + 5)
+    scaled = int(gmpy2.rint(x * mpfr(10) ** places))
+    sign, scaled = "-" if scaled < 0 else "", abs(scaled)
+    text = str(scaled).rjust(places + 1, "0")
+    return f"{sign}{text[:-places]}.{text[-places:]}".rstrip("0").rstrip(".")
+
+
+def about(point, width, off=0):
+    """A centre at this point, or off it by so many widths."""
+    w = mpfr(width)
+    return digits(point.real + off * w, width), digits(point.imag + off * w * 3 / 4, width), width
+
+
+def with_digits(width):
+    gmpy2.get_context().precision = bits_for(width)
+
+
+def at_misiurewicz(name, width, off=0):
+    with_digits(width)
+    return about(misiurewicz(name), width, off)
+
+
+def minibrot(name, distance, widths, off=0):
+    """A minibrot near a Misiurewicz point, the view so many times its size."""
+    with_digits(f"{distance}")
+    gmpy2.get_context().precision *= 3
+    start = misiurewicz(name) + mpfr(distance) * mpc(gmpy2.exp(mpc(0, 0.7)))
+    c, period = nucleus_within(start, mpfr(distance) / 8)
+    width = "{0:.2e}".format(minibrot_size(c, period) * widths)
+    return about(c, width, off)
+
+
+def real_minibrot(period, widths):
+    """The one nearest to -2 of this period."""
+    gmpy2.get_context().precision = 12 * period + 200
+    c = newton(lambda x: orbit(x, period), mpc(-2 + 3 * gmpy2.const_pi() ** 2 / 2 * mpfr(4) ** -period))
+    width = "{0:.2e}".format(minibrot_size(c, period) * widths)
+    return about(c, width)
+
+
+def julia(point, c, width):
+    """A view of Julia's set of c, all of whose digits count."""
+    places = max(20, int(-gmpy2.log10(mpfr(width))) + 30)
+    precise = mpfr(10) ** -places
+    return about(point, width) + (digits(c.real, precise), digits(c.imag, precise))
+
+
+def julia_fixed_point(name, width):
+    with_digits(width)
+    c = misiurewicz(name)
+    return julia((1 + gmpy2.sqrt(1 - 4 * c)) / 2, c, width)
+
+
+def julia_of_minibrot(name, distance, width):
+    """About 0, where Julia's set of a c beside a minibrot repeats what c's surroundings look like."""
+    with_digits(f"{distance}")
+    gmpy2.get_context().precision *= 3
+    start = misiurewicz(name) + mpfr(distance) * mpc(gmpy2.exp(mpc(0, 0.7)))
+    c, period = nucleus_within(start, mpfr(distance) / 8)
+    c += minibrot_size(c, period) * mpc("0.4+0.9j")
+    return julia(mpc(0), c, width)
+
+
+PLACES = [
+    ("spiral-1e-5", at_misiurewicz("spiral", "1e-5"), 4, 1000),
+    ("cusp-beside", ("0.250001", "0", "1e-6"), 4, 1000000),
+    ("cusp", ("0.25", "0", "1e-7"), 4, 20000),
+    ("valley", ("-0.75", "0.0003", "1e-7"), 4, 20000),
+    ("minibrot-million", minibrot("branch", "1e-4", 9), 4, 1000000),
+    ("spiral-2e-13", at_misiurewicz("spiral", "2e-13", 0.3), 65536, 50000),
+    ("spike-1e-18", at_misiurewicz("spike", "1e-18"), 4, 10000),
+    ("tip-1e-30", ("-2", "0", "1e-30"), 4, 10000),
+    ("minibrot-1e-25", minibrot("spiral", "1e-11", 10), 4, 50000),
+    ("minibrot-off", minibrot("antenna", "1e-20", 40, 0.3), 100, 20000),
+    ("minibrot-inside", minibrot("spike", "1e-30", 3), 4, 2000),
+    ("spiral-1e-77", at_misiurewicz("spiral", "1.7e-77"), 4, 20000),
+    ("spiral-1e-100-off", at_misiurewicz("spiral", "1e-100", 0.4), 65536, 50000),
+    ("minibrot-1e-100", minibrot("branch", "1e-50", 12), 4, 50000),
+    ("antenna-1e-150", at_misiurewicz("antenna", "1e-150"), 4, 5000),
+    ("tip-needle-1e-200", real_minibrot(166, 30), 4, 20000),
+    ("branch-1e-320", at_misiurewicz("branch", "1e-320", 0.2), 4, 10000),
+    ("minibrot-1e-400", minibrot("antenna", "1e-200", 20), 65536, 10000),
+    ("spike-1e-600", at_misiurewicz("spike", "1e-600", 0.1), 4, 10000),
+    ("tip-needle-1e-1000", real_minibrot(830, 30), 4, 5000),
+    ("spiral-1e-1000", at_misiurewicz("antenna", "1e-1000", 0.3), 4, 20000),
+    ("julia-fixed-1e-40", julia_fixed_point("branch", "1e-40"), 4, 10000),
+    ("julia-minibrot-1e-50", julia_of_minibrot("spiral", "1e-45", "1e-45"), 65536, 20000),
+    ("julia-minibrot-1e-160", julia_of_minibrot("antenna", "1e-160", "1e-160"), 4, 10000),
+    ("julia-fixed-1e-500", julia_fixed_point("antenna", "1e-500"), 4, 5000),
+]
+
+if __name__ == "__main__":
+    for name, (re, im, width, *c), limit, steps in PLACES:
+        print(name, "julia" if c else "-", re, im, width, *(c or "--"), limit, steps)
