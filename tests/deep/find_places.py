@@ -144,8 +144,8 @@ def julia_of_minibrot(name, distance, width):
 
 PLACES = [
     ("spiral-1e-5", at_misiurewicz("spiral", "1e-5"), 4, 1000),
-    ("cusp-beside", ("0.250001", "0", "1e-6"), 4, 1000000),
-    ("cusp", ("0.25", "0", "1e-7"), 4, 20000),
+    ("cusp-channel", ("0.250001", "0", "3e-9"), 4, 1000000),
+    ("cusp", ("0.25", "0", "1e-6"), 4, 5000),
     ("valley", ("-0.75", "0.0003", "1e-7"), 4, 20000),
     ("minibrot-million", minibrot("branch", "1e-4", 9), 4, 1000000),
     ("spiral-2e-13", at_misiurewicz("spiral", "2e-13", 0.3), 65536, 50000),
