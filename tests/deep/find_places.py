@@ -93,7 +93,7 @@ def about(point, width, off=0):
 
 
 def with_digits(width):
-    gmpy2.get_context().precision = bits_for(width)
+    gmpy2.get_context().precision = bits_for(width) + 200
 
 
 def at_misiurewicz(name, width, off=0):
@@ -142,6 +142,30 @@ def julia_of_minibrot(name, distance, width):
     return julia(mpc(0), c, width)
 
 
+def escape_step(c, limit):
+    z, steps = mpc(c), 1
+    while gmpy2.norm(z) <= limit:
+        z, steps = z * z + c, steps + 1
+    return steps
+
+
+def on_the_limit(start, limit, width):
+    """Near start, where it leaves: there |z| is the limit's root to 60 digits more than are seen."""
+    with_digits(width)
+    c = mpc(start)
+    steps, root = escape_step(c, limit), gmpy2.sqrt(mpfr(limit))
+    for _ in range(200):  # along the gradient of ln |z|
+        z, d = orbit(c, steps)
+        c += gmpy2.log(root / abs(z)) * z / d
+    assert escape_step(c, limit * mpfr("1.000001")) == steps + 1
+    return about(c, mpfr(width) * mpfr("1e-60"))[:2] + (width,)
+
+
+def beside_zero(name, distance, width):
+    """A nucleus to many more digits than the view shows: its orbit comes as near to 0."""
+    return minibrot(name, distance, 1)[:2] + (width,)
+
+
 PLACES = [
     ("spiral-1e-5", at_misiurewicz("spiral", "1e-5"), 4, 1000),
     ("cusp-channel", ("0.250001", "0", "3e-9"), 4, 1000000),
@@ -168,6 +192,12 @@ PLACES = [
     ("julia-minibrot-1e-50", julia_of_minibrot("spiral", "1e-45", "1e-45"), 65536, 20000),
     ("julia-minibrot-1e-160", julia_of_minibrot("antenna", "1e-160", "1e-160"), 4, 10000),
     ("julia-fixed-1e-500", julia_fixed_point("antenna", "1e-500"), 4, 5000),
+    # Built so that one term of a bound decides.
+    ("limit-reached-40", on_the_limit("-0.7756835+0.1364670j", 4, "1e-40"), 4, 1000),
+    ("limit-reached-15", on_the_limit("-0.10109-0.95629j", 4, "1e-15"), 4, 1000),
+    ("far-limit-reached", on_the_limit("-0.7756835+0.1364670j", 65536, "1e-60"), 65536, 1000),
+    ("zero-within-1e-160", beside_zero("antenna", "1e-80", "1e-30"), 4, 1000),
+    ("zero-within-1e-400", beside_zero("branch", "1e-200", "1e-150"), 4, 5000),
 ]
 
 if __name__ == "__main__":
