@@ -2,6 +2,7 @@
 """Writes places.txt: views in which counts are hard to get right, at all depths.
 
     find_places.py > places.txt
+    find_places.py edges > edges.txt
 
 Needs python3-gmpy2. Points are found by Newton's method at more digits than a view needs:
 nuclei (0 has period p), Misiurewicz points (0 falls on a cycle after k steps), repelling points of
@@ -9,8 +10,12 @@ Julia sets. Minibrots at any depth: about a Misiurewicz point, at distance r fro
 nuclei whose minibrots have a size of about r^2.
 
 A line is: name, formula (-: Mandelbrot), re, im, width, c's re and im (-: none), escape limit,
-iteration limit.
+iteration limit. In edges.txt the name is a pixel, x,y: there an orbit meets the limit but for a
+tiny part, 1e-6 to 1e-36, of how far a picture's width would move it.
 """
+
+import random
+import sys
 
 import gmpy2
 from gmpy2 import mpc, mpfr
@@ -166,40 +171,115 @@ def beside_zero(name, distance, width):
     return minibrot(name, distance, 1)[:2] + (width,)
 
 
-PLACES = [
-    ("spiral-1e-5", at_misiurewicz("spiral", "1e-5"), 4, 1000),
-    ("cusp-channel", ("0.250001", "0", "3e-9"), 4, 1000000),
-    ("cusp", ("0.25", "0", "1e-6"), 4, 5000),
-    ("valley", ("-0.75", "0.0003", "1e-7"), 4, 20000),
-    ("minibrot-million", minibrot("branch", "1e-4", 9), 4, 1000000),
-    ("spiral-2e-13", at_misiurewicz("spiral", "2e-13", 0.3), 65536, 50000),
-    ("spike-1e-18", at_misiurewicz("spike", "1e-18"), 4, 10000),
-    ("tip-1e-30", ("-2", "0", "1e-30"), 4, 10000),
-    ("minibrot-1e-25", minibrot("spiral", "1e-11", 10), 4, 50000),
-    ("minibrot-off", minibrot("antenna", "1e-20", 40, 0.3), 100, 20000),
-    ("minibrot-inside", minibrot("spike", "1e-30", 3), 4, 2000),
-    ("spiral-1e-77", at_misiurewicz("spiral", "1.7e-77"), 4, 20000),
-    ("spiral-1e-100-off", at_misiurewicz("spiral", "1e-100", 0.4), 65536, 50000),
-    ("minibrot-1e-100", minibrot("branch", "1e-50", 12), 4, 50000),
-    ("antenna-1e-150", at_misiurewicz("antenna", "1e-150"), 4, 5000),
-    ("tip-needle-1e-200", real_minibrot(166, 30), 4, 20000),
-    ("branch-1e-320", at_misiurewicz("branch", "1e-320", 0.2), 4, 10000),
-    ("minibrot-1e-400", minibrot("antenna", "1e-200", 20), 65536, 10000),
-    ("spike-1e-600", at_misiurewicz("spike", "1e-600", 0.1), 4, 10000),
-    ("tip-needle-1e-1000", real_minibrot(830, 30), 4, 5000),
-    ("spiral-1e-1000", at_misiurewicz("antenna", "1e-1000", 0.3), 4, 20000),
-    ("julia-fixed-1e-40", julia_fixed_point("branch", "1e-40"), 4, 10000),
-    ("julia-minibrot-1e-50", julia_of_minibrot("spiral", "1e-45", "1e-45"), 65536, 20000),
-    ("julia-minibrot-1e-160", julia_of_minibrot("antenna", "1e-160", "1e-160"), 4, 10000),
-    ("julia-fixed-1e-500", julia_fixed_point("antenna", "1e-500"), 4, 5000),
-    # Built so that one term of a bound decides.
-    ("limit-reached-40", on_the_limit("-0.7756835+0.1364670j", 4, "1e-40"), 4, 1000),
-    ("limit-reached-15", on_the_limit("-0.10109-0.95629j", 4, "1e-15"), 4, 1000),
-    ("far-limit-reached", on_the_limit("-0.7756835+0.1364670j", 65536, "1e-60"), 65536, 1000),
-    ("zero-within-1e-160", beside_zero("antenna", "1e-80", "1e-30"), 4, 1000),
-    ("zero-within-1e-400", beside_zero("branch", "1e-200", "1e-150"), 4, 5000),
-]
+def all_places():
+    return [
+        ("spiral-1e-5", at_misiurewicz("spiral", "1e-5"), 4, 1000),
+        ("cusp-channel", ("0.250001", "0", "3e-9"), 4, 1000000),
+        ("cusp", ("0.25", "0", "1e-6"), 4, 5000),
+        ("valley", ("-0.75", "0.0003", "1e-7"), 4, 20000),
+        ("minibrot-million", minibrot("branch", "1e-4", 40), 4, 1000000),
+        ("spiral-2e-13", at_misiurewicz("spiral", "2e-13", 0.3), 65536, 50000),
+        ("spike-1e-18", at_misiurewicz("spike", "1e-18"), 4, 10000),
+        ("tip-1e-30", ("-2", "0", "1e-30"), 4, 10000),
+        ("minibrot-1e-25", minibrot("spiral", "1e-11", 10), 4, 50000),
+        ("minibrot-off", minibrot("antenna", "1e-20", 40, 0.3), 100, 20000),
+        ("minibrot-inside", minibrot("spike", "1e-30", 3), 4, 2000),
+        ("spiral-1e-77", at_misiurewicz("spiral", "1.7e-77"), 4, 20000),
+        ("spiral-1e-100-off", at_misiurewicz("spiral", "1e-100", 0.4), 65536, 50000),
+        ("minibrot-1e-100", minibrot("branch", "1e-50", 12), 4, 50000),
+        ("antenna-1e-150", at_misiurewicz("antenna", "1e-150"), 4, 5000),
+        ("tip-needle-1e-200", real_minibrot(166, 30), 4, 20000),
+        ("branch-1e-320", at_misiurewicz("branch", "1e-320", 0.2), 4, 10000),
+        ("minibrot-1e-400", minibrot("antenna", "1e-200", 20), 65536, 10000),
+        ("spike-1e-600", at_misiurewicz("spike", "1e-600", 0.1), 4, 10000),
+        ("tip-needle-1e-1000", real_minibrot(830, 30), 4, 5000),
+        ("spiral-1e-1000", at_misiurewicz("antenna", "1e-1000", 0.3), 4, 20000),
+        ("julia-fixed-1e-40", julia_fixed_point("branch", "1e-40"), 4, 10000),
+        ("julia-minibrot-1e-50", julia_of_minibrot("spiral", "1e-45", "1e-45"), 65536, 20000),
+        ("julia-minibrot-1e-160", julia_of_minibrot("antenna", "1e-160", "1e-160"), 4, 10000),
+        ("julia-fixed-1e-500", julia_fixed_point("antenna", "1e-500"), 4, 5000),
+        # Built so that one term of a bound decides.
+        ("limit-reached-40", on_the_limit("-0.7756835+0.1364670j", 4, "1e-40"), 4, 1000),
+        ("limit-reached-15", on_the_limit("-0.10109-0.95629j", 4, "1e-15"), 4, 1000),
+        ("far-limit-reached", on_the_limit("-0.7756835+0.1364670j", 65536, "1e-60"), 65536, 1000),
+        ("zero-within-1e-160", beside_zero("antenna", "1e-80", "1e-30"), 4, 1000),
+        ("zero-within-1e-400", beside_zero("branch", "1e-200", "1e-150"), 4, 5000),
+    ]
+
+
+WIDTHS = ["1e-4", "1e-9", "1e-13", "1e-20", "3e-33", "1e-60", "1e-100", "1e-152", "1e-170", "1e-250",
+          "1e-305", "1e-318", "1e-322", "1e-325", "1e-400"]
+SIDE = 128
+
+
+def deviating(c, z, limit):
+    """The step of the escape, and how |z|^2 there moves with the pixel's point: as a gradient."""
+    julia = z is not None
+    z, d, steps = (z, mpc(1), 0) if julia else (mpc(0), mpc(0), 0)
+    while True:
+        z, d, steps = z * z + c, 2 * z * d + (0 if julia else 1), steps + 1
+        if gmpy2.norm(z) > limit or steps > 3000:
+            return steps, z, 2 * z * d.conjugate()
+
+
+def orbit_from(c, z, steps):
+    d = mpc(0) if z is None else mpc(1)
+    z, one = (mpc(0), 1) if z is None else (z, 0)
+    for _ in range(steps):
+        z, d = z * z + c, 2 * z * d + one
+    return z, d
+
+
+def edge(chance, width, julia):
+    """A view and a pixel of it on the limit, or None where that random start is no good."""
+    depth = -int(gmpy2.log10(mpfr(width)))
+    gmpy2.get_context().precision = int(3.4 * depth) + 400
+    name = chance.choice(sorted(MISIUREWICZ))
+    limit = chance.choice([4, 4, 4, 100, 65536])
+    c = misiurewicz(name)
+    away = mpfr(10) ** -chance.uniform(1, max(2, min(14, 0.6 * depth)))
+    away *= gmpy2.exp(mpc(0, chance.uniform(0, 6.3)))
+    if julia:
+        c = mpc(mpfr(digits(c.real, "1e-40")), mpfr(digits(c.imag, "1e-40")))
+        point = (1 + gmpy2.sqrt(1 - 4 * c)) / 2 + away
+    else:
+        point = c + away
+    steps, _, slope = deviating(*((c, point) if julia else (point, None)), limit)
+    if steps > 3000 or abs(slope) * mpfr(width) > 0.01:
+        return None
+    part = chance.choice([-1, 1]) * mpfr(10) ** -chance.uniform(6, 36)
+    wanted = limit + part * abs(slope) * mpfr(width)
+    for _ in range(60):
+        z, d = orbit_from(*((c, point) if julia else (point, None)), steps)
+        gradient = 2 * z * d.conjugate()
+        move = (wanted - gmpy2.norm(z)) * gradient / gmpy2.norm(gradient)
+        point += move
+        if abs(move) < mpfr(10) ** -(depth + 45):
+            break
+    else:
+        return None
+    x, y = chance.randrange(SIDE), chance.randrange(SIDE)
+    w = mpfr(width)
+    centre = point - mpc((mpfr(x) / SIDE - 0.5) * w, (mpfr(y) / SIDE - 0.5) * w)
+    exact = w * mpfr("1e-42")
+    constant = (digits(c.real, "1e-40"), digits(c.imag, "1e-40")) if julia else "--"
+    return (f"{x},{y}", "julia" if julia else "-", digits(centre.real, exact),
+            digits(centre.imag, exact), width, *constant, limit, steps + 100)
+
+
+def edges(number):
+    chance = random.Random(1)
+    while number > 0:
+        found = edge(chance, chance.choice(WIDTHS), chance.random() < 0.25)
+        if found:
+            print(*found)
+            number -= 1
+
+
+def places():
+    for name, (re, im, width, *c), limit, steps in all_places():
+        print(name, "julia" if c else "-", re, im, width, *(c or "--"), limit, steps)
+
 
 if __name__ == "__main__":
-    for name, (re, im, width, *c), limit, steps in PLACES:
-        print(name, "julia" if c else "-", re, im, width, *(c or "--"), limit, steps)
+    edges(400) if sys.argv[1:] == ["edges"] else places()

@@ -24,15 +24,15 @@ Place read(const std::string& line) {
     std::istringstream words(line);
     words >> place.name >> formula >> v.re >> v.im >> v.width >> v.cRe >> v.cIm >> v.limit >>
         v.maxIters;
-    if (!words) throw std::runtime_error("places.txt: " + line.substr(0, 40));
+    if (!words) throw std::runtime_error("damaged: " + line.substr(0, 40));
     if (formula == "-") v.cRe = v.cIm = std::string();
     v.pixelsWide = v.pixelsHigh = SIDE;
     return place;
 }
 
-std::vector<Place> readAll() {
+std::vector<Place> readAll(const std::string& name) {
     std::vector<Place> all;
-    std::ifstream file = opened("places.txt");
+    std::ifstream file = opened(name);
     for (std::string line; std::getline(file, line);) all.push_back(read(line));
     return all;
 }
@@ -40,7 +40,16 @@ std::vector<Place> readAll() {
 }  // namespace
 
 const std::vector<Place>& places() {
-    static const std::vector<Place> all = readAll();
+    static const std::vector<Place> all = readAll("places.txt");
+    return all;
+}
+
+std::vector<Edge> edges() {
+    std::vector<Edge> all;
+    for (const Place& place : readAll("edges.txt")) {
+        const std::size_t comma = place.name.find(',');
+        all.push_back({place.view, std::stoi(place.name), std::stoi(place.name.substr(comma + 1))});
+    }
     return all;
 }
 

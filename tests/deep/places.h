@@ -1,4 +1,4 @@
-// The views of places.txt, and what the yardstick found there (pictures.txt).
+// The views of places.txt and edges.txt, and what the yardstick found there (pictures.txt).
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,14 @@ struct Place {
 
 // In the file's order. A file that cannot be read or is damaged: std::runtime_error.
 const std::vector<Place>& places();
+
+// A pixel whose orbit meets the limit almost exactly (edges.txt).
+struct Edge {
+    View view;
+    int x, y;
+};
+
+std::vector<Edge> edges();
 
 // Of a whole picture of SIDE x SIDE counts, row by row.
 struct Picture {

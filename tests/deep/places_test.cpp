@@ -120,6 +120,18 @@ INSTANTIATE_TEST_SUITE_P(Deep, LargePicture,
                          testing::Values("spiral-2e-13", "minibrot-1e-25", "minibrot-off",
                                          "spiral-1e-100-off", "julia-fixed-1e-40"));
 
+// The signs of the bits that decide here are below what doubles, and often pairs of them, know.
+TEST(AnEdge, IsDecidedAsInExactArithmetic) {
+    for (const oracle::Edge& edge : oracle::edges()) {
+        const deep::Picture picture(toDeep(edge.view));
+        const Numbers drawn = renderPart(picture, edge.x / 8 * 8, edge.y / 8 * 8, 8, 8);
+        const auto n = static_cast<std::size_t>(edge.y % 8 * 8 + edge.x % 8);
+        const Answer right = Oracle(edge.view).pixel(edge.x, edge.y);
+        expectAnswer(right, drawn.counts[n], drawn.values[n],
+                     edge.view.width + " " + edge.view.re.substr(0, 30));
+    }
+}
+
 oracle::View point(const char* re, const char* im, double limit, int maxIters) {
     return {re, im, "1e-40", "", "", 8, 8, limit, maxIters};
 }
@@ -150,6 +162,20 @@ TEST(ALimitBelowFour, IsComparedAsItStands) {
                 EXPECT_EQ(drawn.counts[static_cast<std::size_t>(k)], here.pixel(k % 8, k / 8).count)
                     << limit << " " << re << " " << k;
             }
+        }
+    }
+}
+
+// Far from the origin a point's own digits weigh more than the width's.
+TEST(ALargeLimit, IsComparedAsItStands) {
+    for (const auto& view : {point("1000", "0", 1e6, 5), point("-600", "800", 1e6, 5),
+                             oracle::View{"0", "0", "1e-20", "30000", "40000", 8, 8, 2.5e9, 5},
+                             oracle::View{"3", "4", "1e-20", "24", "-18", 8, 8, 325, 5}}) {
+        const Numbers drawn = renderWhole(view);
+        const Oracle here(view);
+        for (int k = 0; k < 64; ++k) {
+            EXPECT_EQ(drawn.counts[static_cast<std::size_t>(k)], here.pixel(k % 8, k / 8).count)
+                << view.re << " " << k;
         }
     }
 }
