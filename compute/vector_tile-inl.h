@@ -17,6 +17,7 @@
 
 #include "compute/vector_blocks-inl.h"
 #include "compute/vector_certified-inl.h"
+#include "compute/vector_discs-inl.h"
 #include "compute/vector_paint-inl.h"
 #include "compute/vector_slots-inl.h"
 #include "compute/vector_tile.h"
@@ -60,6 +61,13 @@ bool worthClosing(const Slots<T>& s) {
     return 2 * costOf(needed) <= costOf(s.vectors());
 }
 
+// Gives every pixel of a chunk that has just been taken the limit for its count.
+template <class T>
+void reachLimit(Slots<T>& s, int limit) {
+    const typename Slots<T>::DU du;
+    fill(du, s.count, s.used, hn::Set(du, static_cast<typename Slots<T>::Word>(limit)));
+}
+
 // Iterates the pixels in the slots to their end. With `detect`, Brent's algorithm looks for orbits
 // that return to a saved state: states are saved at steps that double. Saves wait for calm blocks,
 // which are rare where no orbit stays. Returns whether all came to their end, rather than being
@@ -70,10 +78,12 @@ HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool de
     int saveAt = detectFrom<R>();
     bool repeated = false, calm = false, asked = false, noReturn = false;
     s.stride = s.columns;  // counts lie by pixel
-    // Counts are written by the first block of steps; without one, all pixels have reached the
-    // limit.
-    if (limit == 0)
-        fill(typename Slots<T>::DU(), s.count, s.used, hn::Zero(typename Slots<T>::DU()));
+    const ChunkDiscs<R, T> discs(s, tile, detect);
+    if (limit == 0 || discs.holdAll(s)) {
+        reachLimit(s, limit);
+        lastChunkRepeated = limit > 0;
+        return true;
+    }
     for (int steps = 0; steps < limit && s.alive > 0;) {
         if (isSet(tile.stop)) return false;
         const int block = std::min(blockLength<R>(steps), limit - steps);
@@ -85,6 +95,7 @@ HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool de
         advance<Keep, R>(s, view, {block, steps, limit, calm && !usesTrig<R>, calm && noReturn});
         steps += block;
         calm = s.alive == alive;
+        if (discs.any()) repeated |= discs.end(s);
         if (s.suspect) repeated |= endRepeats(s);
         if (detect && calm && steps >= saveAt) {
             // What is not a number comes from the view's own numbers, within a few steps.
