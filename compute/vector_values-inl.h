@@ -24,6 +24,7 @@
 #include "compute/value_tile.h"
 #include "compute/vector_certified-inl.h"
 #include "compute/vector_log-inl.h"
+#include "compute/vector_rounded-inl.h"
 #include "compute/vector_tile-inl.h"
 
 #if HWY_TARGET != HWY_SCALAR
@@ -348,11 +349,12 @@ class CertifiedChunk {
         const auto pixels = columns * static_cast<std::size_t>(chunk.y1 - chunk.y0);
         const bool wanted = tile.values != nullptr;
         if (wanted) certifiedValues(known, pixels, limit, ln, values, certain);
+        FollowedPixels doubtful;
         for (std::size_t n = 0; n < pixels; ++n) {
             if (known.count[n] != IN_DOUBT && (!wanted || isCertain(n))) continue;
-            if (!follow({points.re[n % columns], points.im[n / columns]}, known.count[n], n))
-                return;
+            doubtful.add(n, points.re[n % columns], points.im[n / columns]);
         }
+        if (doubtful.used > 0 && !follow(doubtful, known)) return;
         writeChunk(tile, chunk, known.count, values);
     }
 
@@ -363,14 +365,17 @@ class CertifiedChunk {
         return bits != 0;
     }
 
-    // Returns whether it came to its end.
-    bool follow(const cpuComplex<double>& c, std::uint64_t& count, std::size_t n) {
-        const ScalarEscape e = followScalar<Kind>(c, tile.limit, limit, detects, tile.stop);
-        if (e.count == GIVEN_UP) return false;
-        count = static_cast<std::uint64_t>(e.count);
-        values[n] = e.count == limit
-                        ? std::numeric_limits<double>::quiet_NaN()
-                        : ::rounded32(::smoothValue<double>(e.count, e.before, e.after, ln));
+    // Returns whether all came to their end.
+    bool follow(FollowedPixels& doubtful, CertifiedKnown& known) {
+        if (!followAll<Kind>(doubtful, tile.limit, limit, detects, tile.stop)) return false;
+        HWY_ALIGN double followed[FollowedPixels::ROOM];
+        smoothValues<double>({doubtful.count, doubtful.before, doubtful.after}, doubtful.used,
+                             limit, ln, followed);
+        for (std::size_t n = 0; n < doubtful.used; ++n) {
+            const std::size_t at = doubtful.place[n];
+            known.count[at] = doubtful.count[n];
+            values[at] = ::rounded32(followed[n]);
+        }
         return true;
     }
 
