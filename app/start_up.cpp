@@ -271,9 +271,9 @@ int runTessary(int argc, char** argv) {
     winY = roundImageSide(winY);
     max_threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     std::cout << "Maximum CPU threads: " << max_threads << std::endl;
-    startWorkers(max_threads);
     const CThreadShutdown shutdown;
     try {
+        startWorkers(max_threads);
         return openAndRun(argc, argv);
     } catch (const std::bad_alloc&) {
         leaveMainLoopAlone();

@@ -128,6 +128,21 @@ HWY_INLINE Real promoted(const std::uint32_t* from) {
         RealTag(), hn::BitCast(di, hn::Load(hn::RebindToUnsigned<decltype(di)>(), from))));
 }
 
+// Where fixedLogs2() will do. What comes before an escape is no greater than the limit.
+HWY_INLINE RealMask areNormal(Real before, Real after) {
+    const Real smallest(std::numeric_limits<double>::min()),
+        largest(std::numeric_limits<double>::max());
+    return hn::And(hn::And(before >= smallest, after >= smallest), largest >= after);
+}
+
+// smoothValue(), quicker where all numbers that matter are normal.
+HWY_INLINE Real valueAt(RealMask matters, Real count, Real before, Real after, Real logLimit) {
+    if (HWY_LIKELY(hn::AllFalse(RealTag(), hn::AndNot(areNormal(before, after), matters)))) {
+        return valueBetween(count, fixedLogs2(before, after), logLimit);
+    }
+    return smoothValue(count, before, after, logLimit);
+}
+
 // The values of n pixels, and some behind them.
 template <class T>
 HWY_NOINLINE HWY_FLATTEN void smoothValues(const KnownView<T>& known, std::size_t n, int limit,
@@ -140,7 +155,8 @@ HWY_NOINLINE HWY_FLATTEN void smoothValues(const KnownView<T>& known, std::size_
         const auto escaped = stays > count;
         Real value = inside;
         if (!hn::AllFalse(d, escaped)) {
-            value = smoothValue(count, promoted(known.before + at), promoted(known.after + at), ln);
+            value = valueAt(escaped, count, promoted(known.before + at), promoted(known.after + at),
+                            ln);
             value = select(escaped, value, inside);
         }
         hn::Store(value.v, d, values + at);
@@ -167,7 +183,7 @@ void writeChunk(const ValueTile<T>& tile, const Chunk& chunk, const typename Slo
 
 template <class T>
 double logOfLimit(const ValueTile<T>& tile) {
-    return ::fixedLog(static_cast<double>(tile.limit));
+    return ::fixedLog2(static_cast<double>(tile.limit));
 }
 
 template <class T>
@@ -276,9 +292,10 @@ struct CertifiedValue {
 
 // The values of pixels that escaped at `count`, 1 or later.
 //
-// Write l for the computed logarithms here and l' for the scalar rule's; that of the limit is the
-// same. Each is within 3 u of the true one, so both pairs differ by no more than S = spread + 8 u
-// (|l before| + |l after|) in sum. For the exact quotients q = N / D of these numbers
+// Write l for the computed logarithms to base 2 here and l' for the scalar rule's; that of the
+// limit is the same. Each is within 10 u of the true one, and `spread` is of natural logarithms, so
+// both pairs differ by no more than S = 1.45 spread + 32 u (|l before| + |l after|) in sum. For the
+// exact quotients q = N / D of these numbers
 //     q' - q = -(b (1 - q) + a q) / D',   a = l'after - l after, b = l'before - l before,
 // so that |q' - q| <= S / (D - S) for q in [0, 1]. As computed both have 4 u of their own, and the
 // sums with n - 1 round by u n each; 8 u (n + 1) covers these, the two ends below and the bound's
@@ -286,13 +303,13 @@ struct CertifiedValue {
 // where q is further from 0 and 1 than that, q' is no more cut than q.
 HWY_INLINE CertifiedValue certifiedValue(Real count, Real before, Real after, Real spread,
                                          Real logLimit) {
-    const Real one(1.0), tiny(0x1p-50);
-    const Real logBefore = fixedLog(before), logAfter = fixedLog(after);
-    const Real logs = Real(hn::Abs(logBefore.v)) + Real(hn::Abs(logAfter.v));
-    const Real sum = (spread + tiny * logs) * Real(1.0 + 0x1p-30);
-    const Real difference = logAfter - logBefore;
-    const Real q = (logLimit - logBefore) / difference;
-    const Real off = sum / (difference - sum) * Real(1.0 + 0x1p-30) + tiny * (count + one);
+    const Real one(1.0);
+    const LogPair<Real> logs = fixedLogs2(before, after);
+    const Real sizes = Real(hn::Abs(logs.first.v)) + Real(hn::Abs(logs.second.v));
+    const Real sum = Real(1.45) * spread + Real(0x1p-48) * sizes;
+    const Real difference = logs.second - logs.first;
+    const Real q = (logLimit - logs.first) / difference;
+    const Real off = sum / (difference - sum) * Real(1.0 + 0x1p-30) + Real(0x1p-50) * (count + one);
     const Real value = (count - one) + q;
     const Real low = rounded32(value - off), high = rounded32(value + off);
     const RealMask between = hn::And(q > off, one - q > off);
