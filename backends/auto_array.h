@@ -25,7 +25,7 @@ using auto_array = std::unique_ptr<T[], FreeArray>;
 template <class T>
 auto_array<T> makeArray(std::size_t count) {
     static_assert(std::is_trivial_v<T> && CACHE_LINE % sizeof(T) == 0);
-    const std::size_t lines = (count * sizeof(T) + CACHE_LINE - 1) / CACHE_LINE;
-    void* memory = ::operator new[](lines* CACHE_LINE, std::align_val_t{CACHE_LINE});
+    const std::size_t wholeLines = (count * sizeof(T) + CACHE_LINE - 1) & ~(CACHE_LINE - 1);
+    void* memory = ::operator new[](wholeLines, std::align_val_t{CACHE_LINE});
     return auto_array<T>(new (memory) T[count]());
 }

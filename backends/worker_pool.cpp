@@ -60,9 +60,10 @@ void pauseFor(int turns) {
 // A tile changes hands in far less time than a sleep takes, so a lock that is held is tried for
 // again until SPIN is over: time and not tries, for a pause is ten times as long on one processor
 // as on another. A holder that is not done by then has lost its processor, or more workers wait
-// than the lock can serve; whoever waits in vain time after time sleeps longer each time.
+// than the lock can serve; whoever waits in vain time after time sleeps longer each time,
+// but not so long that a frame is begun late when the lock was held to queue it.
 constexpr auto SPIN = 400ns;
-constexpr auto SHORTEST_NAP = 50us, LONGEST_NAP = 800us;
+constexpr auto SHORTEST_NAP = 50us, LONGEST_NAP = 200us;
 
 // Tries for the lock until SPIN is over, with longer pauses each time.
 bool lockSoon(Lock& lock) {
