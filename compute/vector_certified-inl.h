@@ -32,6 +32,7 @@
 #include "compute/vector_ball-inl.h"
 #include "compute/vector_claims-inl.h"
 #include "compute/vector_number-inl.h"
+#include "compute/vector_paint-inl.h"
 #include "compute/vector_slots-inl.h"
 #include "compute/vector_tile.h"
 #include "compute/vector_trig-inl.h"

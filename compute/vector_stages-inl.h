@@ -21,6 +21,8 @@
 
 #include "compute/vector_ball-inl.h"
 #include "compute/vector_claims-inl.h"
+#include "compute/vector_paint-inl.h"
+#include "compute/vector_rounded-inl.h"
 #include "compute/vector_slots-inl.h"
 
 #if TESSARY_HAS_LEAN
@@ -29,11 +31,12 @@ HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
-// The counts of a chunk's pixels, row by row without gaps, and what paints them.
+// The counts of a chunk's pixels, row by row without gaps.
 template <class T>
 class ChunkCounts {
   public:
     static constexpr std::uint32_t DOUBT = ~std::uint32_t{0};
+    static constexpr std::size_t ROOM = Slots<float>::ROOM;
 
     ChunkCounts(const VectorTile<T>& ofTile, const Chunk& which)
         : tile(ofTile),
@@ -41,7 +44,7 @@ class ChunkCounts {
           columns(static_cast<std::size_t>(which.x1 - which.x0)),
           pixels(columns * static_cast<std::size_t>(which.y1 - which.y0)) {}
 
-    // Keeps what slots of the first or second stage found.
+    // Keeps what was found of the pixel at a place.
     template <class Word>
     void operator()(std::size_t place, Word found) {
         count[place] = static_cast<std::uint32_t>(found);
@@ -49,30 +52,15 @@ class ChunkCounts {
 
     bool anyInDoubt() const { return std::find(count, count + pixels, DOUBT) != count + pixels; }
 
-    // Calls visit(x, row, count) for every pixel in doubt, x and row counted from the chunk's first
-    // pixel, until it returns false; returns whether it never did.
+    // Calls visit(place, r, i) for every pixel in doubt.
     template <class Visit>
-    bool forDoubtful(Visit&& visit) {
-        for (std::size_t n = 0, row = 0; n < pixels; ++row) {
-            for (std::size_t x = 0; x < columns; ++x, ++n) {
-                if (count[n] == DOUBT && !visit(x, row, count[n])) return false;
+    void forDoubtful(Visit&& visit) const {
+        const Points<T> points(tile, chunk);
+        for (std::size_t place = 0, row = 0; place < pixels; ++row) {
+            for (std::size_t x = 0; x < columns; ++x, ++place) {
+                if (count[place] == DOUBT) visit(place, points.re[x], points.im[row]);
             }
         }
-        return true;
-    }
-
-    // Gives a slot to every pixel in doubt, and to no other.
-    void takeDoubtful(Slots<T>& s) {
-        const Points<T> points(tile, chunk);
-        std::size_t n = 0;
-        forDoubtful([&](std::size_t x, std::size_t row, std::uint32_t&) {
-            s.cr[n] = points.re[x];
-            s.ci[n] = points.im[row];
-            s.place[n++] = static_cast<typename Slots<T>::Word>(row * columns + x);
-            return true;
-        });
-        holdFirst(s, n);
-        s.placed = true;
     }
 
     // Gives every pixel a slot with its point rounded to float.
@@ -85,15 +73,28 @@ class ChunkCounts {
             }
         }
         holdFirst(s, pixels);
-        s.placed = false;
     }
 
-    void paint(const Painter& painter) const {
-        std::size_t row = 0;
-        for (std::size_t n = 0; n < pixels;
-             n += columns, row += static_cast<std::size_t>(tile.width)) {
-            for (std::size_t x = 0; x < columns; ++x) painter(row + x, count[n + x]);
-        }
+    // Gives a slot to each pixel in doubt and to no other, writes which to `places` and returns how
+    // many they are. To the slots they are one row.
+    std::size_t takeDoubtful(Slots<T>& s, std::size_t (&places)[ROOM]) const {
+        std::size_t n = 0;
+        forDoubtful([&](std::size_t place, T r, T i) {
+            s.cr[n] = r;
+            s.ci[n] = i;
+            places[n++] = place;
+        });
+        holdFirst(s, n);
+        s.columns = s.stride = n;
+        return n;
+    }
+
+    void paint() const {
+        HWY_ALIGN std::uint32_t colours[ROOM];
+        unsigned char* corner =
+            tile.buffer + 4 * (std::ptrdiff_t{chunk.y0} * tile.width + std::ptrdiff_t{chunk.x0});
+        colourCounts(count, pixels, std::max(tile.maxIters, 0), tile.palette, colours);
+        writeRows(colours, columns, pixels / columns, corner, static_cast<std::size_t>(tile.width));
     }
 
   private:
@@ -103,7 +104,7 @@ class ChunkCounts {
         constexpr std::size_t GROUP_LANES = GROUP * Slots<U>::LANES;
         const typename Slots<U>::D d;
         s.used = s.alive = n;
-        s.saved = s.suspect = false;
+        s.saved = s.suspect = s.placed = false;
         s.columns = s.stride = columns;
         fill(d, s.cr + n, GROUP_LANES, hn::Zero(d));
         fill(d, s.ci + n, GROUP_LANES, hn::Zero(d));
@@ -112,7 +113,7 @@ class ChunkCounts {
     const VectorTile<T>& tile;
     const Chunk chunk;
     const std::size_t columns, pixels;
-    std::uint32_t count[MAX_PIXELS];
+    HWY_ALIGN std::uint32_t count[ROOM];
 };
 
 // Puts every orbit at its start, zero. limit: the iteration limit.
@@ -126,18 +127,18 @@ void startAtZero(Slots<T>& s, int limit) {
     reviveUsed(s);
 }
 
-// Counts the orbits of slots that hold a pixel each. Returns whether all came to their end, rather
-// than being told to stop.
-template <class R, class T, class U>
-bool countLean(CertifiedSlotsOf<T>& slots, ChunkCounts<U>& counts, const VectorTile<U>& tile,
-               bool detect) {
+// Counts the orbits of slots that hold a pixel each and hands place and count to finish(). Returns
+// whether all came to their end, rather than being told to stop.
+template <class R, class T, class U, class Finish>
+bool countLean(CertifiedSlotsOf<T>& slots, const VectorTile<U>& tile, bool detect,
+               Finish&& finish) {
     using Kind = typename KindOf<R>::Kind;
     const int limit = std::max(tile.maxIters, 0);
     startAtZero(slots.s, limit);
-    const auto close = [&]() HWY_ATTR { closeCertifiedRanks<R>(slots, counts); };
+    const auto close = [&]() HWY_ATTR { closeCertifiedRanks<R>(slots, finish); };
     const bool done = iterateLean<Kind, T>(slots, static_cast<double>(tile.limit), limit, detect,
                                            tile.stop, close);
-    if (done) finishAll(slots.s, counts);
+    if (done) finishAll(slots.s, finish);
     return done;
 }
 
@@ -146,25 +147,36 @@ template <class R, class T>
 bool countInFloat(ChunkCounts<T>& counts, const VectorTile<T>& tile, bool detect) {
     CertifiedSlotsOf<float> slots;
     counts.takeAll(slots.s);
-    return countLean<R>(slots, counts, tile, detect);
+    return countLean<R>(slots, tile, detect, counts);
 }
 
-// The second stage of a float picture: exact(slots, counts) iterates the slots by the way that
-// leaves no doubt.
+// The second stage of a float picture: exact(slots) iterates the slots by the way that leaves no
+// doubt, and leaves their counts in their first order.
 template <class R, class Exact>
 bool countDoubtful(ChunkCounts<float>& counts, const VectorTile<float>&, bool, Exact&& exact) {
     Slots<float> s;
-    counts.takeDoubtful(s);
-    return exact(s, counts);
+    std::size_t places[ChunkCounts<float>::ROOM];
+    const std::size_t n = counts.takeDoubtful(s, places);
+    if (!exact(s)) return false;
+    for (std::size_t k = 0; k < n; ++k) counts(places[k], s.count[k]);
+    return true;
 }
 
-// The second and third of a double picture: exact(x, row, count) counts one pixel.
+// The second and third of a double picture: exact(pixels) follows pixels by the scalar rule.
 template <class R, class Exact>
 bool countDoubtful(ChunkCounts<double>& counts, const VectorTile<double>& tile, bool detect,
                    Exact&& exact) {
     CertifiedSlots slots;
-    counts.takeDoubtful(slots.s);
-    return countLean<R>(slots, counts, tile, detect) && counts.forDoubtful(exact);
+    std::size_t places[ChunkCounts<double>::ROOM];
+    counts.takeDoubtful(slots.s, places);
+    const auto finish = [&](std::size_t k, std::uint64_t found) { counts(places[k], found); };
+    if (!countLean<R>(slots, tile, detect, finish)) return false;
+    FollowedPixels left;
+    counts.forDoubtful([&](std::size_t place, double r, double i) { left.add(place, r, i); });
+    if (left.used == 0) return true;
+    if (!exact(left)) return false;
+    for (std::size_t k = 0; k < left.used; ++k) counts(left.place[k], left.count[k]);
+    return true;
 }
 
 // Renders a chunk. exact() is for what is in doubt at last, and returns whether it came to an end.
@@ -172,10 +184,11 @@ template <class R, class T, class Exact>
 void renderChunkInStages(const VectorTile<T>& tile, const Chunk& chunk, bool detect,
                          Exact&& exact) {
     ChunkCounts<T> counts(tile, chunk);
+    const std::ptrdiff_t corner = std::ptrdiff_t{chunk.y0} * tile.width + chunk.x0;
+    prefetchRows(tile.buffer + 4 * corner, chunk.y1 - chunk.y0, tile.width);
     if (!countInFloat<R>(counts, tile, detect)) return;
     if (counts.anyInDoubt() && !countDoubtful<R>(counts, tile, detect, exact)) return;
-    const std::int64_t corner = std::int64_t{chunk.y0} * tile.width + chunk.x0;
-    counts.paint(Painter(tile.buffer + 4 * corner, std::max(tile.maxIters, 0), tile.palette));
+    counts.paint();
 }
 
 }  // namespace HWY_NAMESPACE

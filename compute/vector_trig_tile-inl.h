@@ -27,42 +27,14 @@ HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
-#if TESSARY_HAS_LEAN
-
-// Iterates the slots to their end by exact steps. Returns whether it was not told to stop.
-template <class R, class Finish>
-bool iterateExactly(Slots<float>& s, Finish& finish, const VectorTile<float>& tile, bool detect) {
-    const auto close = [&]() HWY_ATTR { closeRanks<R>(s, finish); };
-    const int limit = std::max(tile.maxIters, 0);
-    const bool done = iterateSlots<KeepCounts, R>(s, tile, limit, detect, close);
-    if (done) finishAll(s, finish);
-    return done;
-}
-
-// The count of a pixel by the scalar rule, x and row counted from the chunk's first one; returns
-// whether it was not told to stop.
-template <class R>
-bool countExactly(const VectorTile<double>& tile, const Chunk& chunk, bool detect, std::size_t x,
-                  std::size_t row, std::uint32_t& count) {
-    using Kind = typename KindOf<R>::Kind;
-    const auto p = pixelPoint(chunk.x0 + static_cast<int>(x), chunk.y0 + static_cast<int>(row),
-                              tile.width, tile.height, tile.xMin, tile.xMax, tile.yMin, tile.yMax);
-    const int limit = std::max(tile.maxIters, 0);
-    const int found = followScalar<Kind>({p.r, p.i}, tile.limit, limit, detect, tile.stop).count;
-    count = static_cast<std::uint32_t>(found);
-    return found != GIVEN_UP;
-}
-
-#endif  // TESSARY_HAS_LEAN
-
 template <class R>
 void renderTrigChunk(const VectorTile<float>& tile, const Chunk& chunk, bool detect) {
 #if TESSARY_HAS_LEAN
     if (static_cast<double>(tile.limit) <= LEAN_LIMIT) {
-        return renderChunkInStages<R>(tile, chunk, detect,
-                                      [&](Slots<float>& s, auto& finish) HWY_ATTR {
-                                          return iterateExactly<R>(s, finish, tile, detect);
-                                      });
+        const int limit = std::max(tile.maxIters, 0);
+        return renderChunkInStages<R>(tile, chunk, detect, [&](Slots<float>& s) HWY_ATTR {
+            return iterateSlots<KeepCounts, R>(s, tile, limit, detect);
+        });
     }
 #endif
     renderChunk<R>(tile, chunk, detect);
@@ -72,10 +44,11 @@ template <class R>
 void renderTrigChunk(const VectorTile<double>& tile, const Chunk& chunk, bool detect) {
 #if TESSARY_HAS_LEAN
     if (tile.limit <= LEAN_LIMIT) {
-        return renderChunkInStages<R>(
-            tile, chunk, detect, [&](std::size_t x, std::size_t row, std::uint32_t& count) {
-                return countExactly<R>(tile, chunk, detect, x, row, count);
-            });
+        using Kind = typename KindOf<R>::Kind;
+        const int limit = std::max(tile.maxIters, 0);
+        return renderChunkInStages<R>(tile, chunk, detect, [&](FollowedPixels& pixels) HWY_ATTR {
+            return followAll<Kind>(pixels, tile.limit, limit, detect, tile.stop);
+        });
     }
 #endif
     renderChunkCertified<R>(tile, chunk, detect);
