@@ -89,10 +89,13 @@ class ChunkCounts {
         return n;
     }
 
-    void paint() const {
+    void paint() {
         HWY_ALIGN std::uint32_t colours[ROOM];
         unsigned char* corner =
             tile.buffer + 4 * (std::ptrdiff_t{chunk.y0} * tile.width + std::ptrdiff_t{chunk.x0});
+        // The last vector may reach behind the pixels, and looks up what it finds there.
+        const hn::ScalableTag<std::uint32_t> d;
+        hn::StoreU(hn::Zero(d), d, count + pixels);
         colourCounts(count, pixels, std::max(tile.maxIters, 0), tile.palette, colours);
         writeRows(colours, columns, pixels / columns, corner, static_cast<std::size_t>(tile.width));
     }
