@@ -148,6 +148,7 @@ Situation situation(Random& random, const std::vector<int>& exponents) {
     s.claim = {circularArgument(random), hyperbolicArgument(random),
                std::ldexp(LARGEST_BOUND, -exponent), 0};
     if (s.type > 3) std::swap(s.claim.r, s.claim.i);
+    if (random.pick(0, 3) == 0) s.cr *= 10, s.ci *= 10;  // most of what a sum rounds away
     if (random.pick(0, 5) == 0) s.claim.bound = 0;
     s.claim.ball = std::max(s.claim.bound, random.among({0.0, LARGEST_BOUND, 0x1p-8, 0x1p-5}));
     const Wide value = function(s.type, {s.claim.r, s.claim.i});
