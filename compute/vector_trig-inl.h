@@ -233,7 +233,8 @@ HWY_INLINE HalfValue halfValue(V r, V i) {
     const RealTag d;
     const hn::Rebind<float, RealTag> narrow;
     const auto zero = hn::Zero(narrow);
-    // The start of every orbit, and lanes that ended: these mostly fill the upper half.
+    // The start of every orbit, and lanes that ended: these mostly fill the upper half. -0 counts
+    // as 0: states that differ in signs of zeros alone have the same |z|^2 for ever.
     if (hn::AllTrue(narrow, hn::And(hn::Eq(r, zero), hn::Eq(i, zero)))) {
         const Real none(0.0), one(1.0);
         return {Kind::value(Factors{none, one, none, one}), hn::Eq(none.v, none.v)};
