@@ -93,7 +93,7 @@ inline double fixedCubeRoot(double x) {
     if (x < TINY) return fixedCubeRoot(x * 0x1p54) * 0x1p-18;
     if (x > 0x1p1000) return fixedCubeRoot(x * 0x1p-54) * 0x1p18;  // lest t * t * t overflow
     // A third of the exponent: good to a twentieth. Halley's iteration cubes the error.
-    double t = std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) / 3 + 0x2A9F789300000000u);
+    auto t = std::bit_cast<double>(std::bit_cast<std::uint64_t>(x) / 3 + 0x2A9F789300000000u);
     for (int i = 0; i < 2; ++i) {
         const double ratio = t * t * t / x;
         t = t * ((ratio + 2.0) / (ratio + ratio + 1.0));

@@ -27,7 +27,8 @@ HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
-// Slots that hold |z|^2 before and after the step at which their orbit escaped.
+// Slots with |z|^2 before and after the step at which an orbit escaped, kept by pixel as counts
+// are.
 template <class T>
 struct ValueSlots : Slots<T> {
     HWY_ALIGN T before[Slots<T>::ROOM], after[Slots<T>::ROOM];
@@ -54,13 +55,18 @@ struct ValueGroup : CountingGroup<R, K, T> {
         if (steps == 1) stepAndCount();
     }
 
-    HWY_INLINE void stepAndCount() {
+    HWY_INLINE void begin() { advance<R>(); }
+    HWY_INLINE void stepAndCount() { advance<Form<R>>(); }
+
+    // Steps: the rule, or a form of it.
+    template <class Steps>
+    HWY_INLINE void advance() {
         const typename S::D d;
         HWY_UNROLL(4)
         for (std::size_t k = 0; k < K; ++k) {
             if constexpr (usesTrig<R>) this->clearEnded(k);
             auto& live = this->live[k];
-            this->z[k] = R::step(this->z[k], this->c[k]);
+            this->z[k] = Steps::step(this->z[k], this->c[k]);
             const Number<T> size = magnitudeSquared(this->z[k]);
             before[k] = select(live, after[k], before[k]);
             after[k] = select(live, size, after[k]);
@@ -72,8 +78,8 @@ struct ValueGroup : CountingGroup<R, K, T> {
 
     HWY_INLINE void storeEnded(S& s, std::size_t at, std::size_t k, MaskOf<T> ended) const {
         const typename S::D d;
-        hn::BlendedStore(before[k].v, ended, d, s.before + at);
-        hn::BlendedStore(after[k].v, ended, d, s.after + at);
+        storeByPixel(d, s, at, ended, before[k].v, s.before);
+        storeByPixel(d, s, at, ended, after[k].v, s.after);
     }
 
     Number<T> before[K], after[K];
@@ -191,14 +197,6 @@ void finishChunk(const ValueTile<T>& tile, const Chunk& chunk, const KnownView<T
     writeChunk(tile, chunk, known.count, values);
 }
 
-template <class T>
-HWY_INLINE void moveKnown(const ValueSlots<T>& s, std::size_t slot, Known<T>& known) {
-    const std::size_t place = s.place[slot];
-    known.count[place] = s.count[slot];
-    known.before[place] = s.before[slot];
-    known.after[place] = s.after[slot];
-}
-
 // Calls move(n) for every slot that has ended.
 template <class T, class Move>
 HWY_INLINE void forEachEnded(Slots<T>& s, Move&& move) {
@@ -208,13 +206,6 @@ HWY_INLINE void forEachEnded(Slots<T>& s, Move&& move) {
         std::memcpy(&live, s.live + n, sizeof live);
         if (live == 0) move(n);
     }
-}
-
-// Closes ranks; what the ended slots hold goes to the places of their pixels.
-template <class R, class T>
-void closeValueRanks(ValueSlots<T>& s, Known<T>& known) {
-    forEachEnded(s, [&](std::size_t n) { moveKnown(s, n, known); });
-    closeRanks<R>(s, [](std::size_t, std::size_t) {});
 }
 
 // The picture that the tile's pixels belong to, for the parts of the renderers that look no
@@ -230,15 +221,10 @@ void renderValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometry, c
                       bool detect) {
     const int limit = std::max(tile.maxIters, 0);
     ValueSlots<T> s;
-    Known<T> known;
     takePixels(s, geometry, chunk);
-    s.stride = s.columns;
     const std::size_t pixels = s.used;
-    const auto close = [&]() HWY_ATTR { closeValueRanks<R>(s, known); };
-    if (!iterateSlots<KeepMagnitudes, R>(s, geometry, limit, detect, close)) return;
-    if (!s.placed) return finishChunk<T>(tile, chunk, {s.count, s.before, s.after}, pixels);
-    for (std::size_t n = 0; n < s.used; ++n) moveKnown(s, n, known);
-    finishChunk<T>(tile, chunk, {known.count, known.before, known.after}, pixels);
+    if (!iterateSlots<KeepMagnitudes, R>(s, geometry, limit, detect)) return;
+    finishChunk<T>(tile, chunk, {s.count, s.before, s.after}, pixels);
 }
 
 }  // namespace HWY_NAMESPACE
