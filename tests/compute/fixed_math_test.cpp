@@ -137,6 +137,7 @@ TEST(SmoothValue, IsTheWholeStepWhereThereIsNoQuotient) {
     EXPECT_EQ(smoothValue(7.0, 0.0, INFINITE, four), 7.0);
     EXPECT_EQ(smoothValue(7.0, 5.0, 6.0, four), 7.0) << "began beyond the limit";
     EXPECT_EQ(smoothValue(7.0, 5.0, 5.0, four), 7.0) << "began beyond the limit and rests";
+    EXPECT_EQ(smoothValue(7.0, 16.0, 8.0, four), 7.0) << "began beyond the limit and came closer";
     EXPECT_EQ(smoothValue(7.0, 0x1p-1074, 5.0, fixedLog2(0.0)), 7.0);
     EXPECT_EQ(smoothValue(7.0, 3.0, 5.0, fixedLog2(-1.0)), 7.0);
 }

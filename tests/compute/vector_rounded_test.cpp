@@ -127,6 +127,17 @@ TEST_P(EverySet, FollowsOrbitsThatEscapeAndOrbitsThatStay) {
     }
 }
 
+// On an axis one part of the state stays what it is, which is no repeat yet.
+TEST_P(EverySet, FollowsOrbitsThatEscapeAlongAnAxis) {
+    const auto escape = [](int type, const Point& p) {
+        EXPECT_LT(scalarEscape(type, p, 128, 60).count, 60U) << type;
+        expectScalarOrbits(type, {p}, 128, 60);
+    };
+    escape(2, {0.0, 1.5});
+    escape(4, {1.5, 0.0});
+    escape(5, {1.5, 0.0});
+}
+
 TEST_P(EverySet, FollowsOrbitsThatAreNoNumbers) {
     const double none = std::numeric_limits<double>::quiet_NaN();
     for (int type = 2; type <= 5; ++type) {

@@ -434,6 +434,28 @@ TEST(AGimpFile, MayHaveWhatGimpWrites) {
     EXPECT_EQ(file("2\n0 0 0" + colours + "\n0 0.5 1" + colours), "none");
 }
 
+TEST(AGimpFile, MayHaveBlanksBehindItsMark) {
+    EXPECT_EQ(complaint("GIMP Gradient  \n1\n0 0.5 1 1 0 0 1 0 0 1 1 0 0\n"), "none");
+}
+
+TEST(AGimpFile, IsToldThatAMiddleOrAnEndLiesOutside) {
+    const auto ofEnds = [](const std::string& ends) {
+        return complaint("GIMP Gradient\n1\n" + ends + " 1 0 0 1 0 0 1 1 0 0\n");
+    };
+    const std::string expected = "line 3: expected a middle between the ends, up to 1";
+    EXPECT_EQ(ofEnds("0 -0.1 1"), expected);
+    EXPECT_EQ(ofEnds("0 1.1 1"), expected);
+    EXPECT_EQ(ofEnds("0 0.5 1.5"), expected);
+}
+
+// No gap is left between rounded places.
+TEST(AGimpFile, HasSegmentsThatBeginWhereTheLastOnesEnd) {
+    const std::string colours = " 1 0 0 1 0 0 1 1 0 0\n";
+    const std::string head = "GIMP Gradient\n2\n0 0.125 0.25" + colours;
+    EXPECT_EQ(render::readGradient(head + "0.250009 0.5 1" + colours).text(),
+              head + "0.25 0.5 1" + colours);
+}
+
 TEST(AGimpFile, HasBlackForegroundAndWhiteBackground) {
     const auto at = [](int kind, double place) {
         std::string file = "GIMP Gradient\n1\n0 0.5 1 0.2 0.4 0.6 1 0.3 0.5 0.7 1 0 0 k k\n";
