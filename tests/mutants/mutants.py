@@ -37,6 +37,8 @@ ONE_TARGET = "TESSARY_SKIPPED_TARGETS=(HWY_SSSE3|HWY_SSE4|HWY_AVX3)"
 TESTS_OF = [
     ("compute/vector_certified-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_trig-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
+    ("compute/vector_certified_values-inl.h", "value_vector_test"),
+    ("compute/vector_rounded-inl.h", "vector_rounded_test value_vector_test"),
     ("compute/vector_log-inl.h", "value_vector_test"),
     ("compute/vector_values-inl.h", "value_vector_test"),
     ("compute/attracting_discs", "attracting_discs_test"),
@@ -45,7 +47,7 @@ TESTS_OF = [
     ("compute/vector_", "trig_pictures_test vector_test vector_boundary_test value_vector_test"),
     ("compute/value_", "value_test value_vector_test"),
     ("compute/exact_trig", "rounded_trig_test"),
-    ("compute/quick_trig", "rounded_trig_test"),
+    ("compute/quick_", "rounded_trig_test"),
     ("compute/rounded_trig", "rounded_trig_test"),
     ("compute/palette_tables", "palette_tables_test"),
     ("compute/pixels", "pixels_test tile_test"),
