@@ -79,7 +79,7 @@ TYPED_TEST(OwnDiscs, KeepTheirOrbitsOnEveryInstructionSet) {
         if (target.name == "scalar") continue;
         SCOPED_TRACE(target.name);
         disc_claims::forceTarget(target.bit);
-        for (const std::size_t count : {1, 2}) {
+        for (const std::size_t count : {std::size_t{1}, std::size_t{2}}) {
             const int closed = expectClaimsHold<TypeParam>(count, weakest);
             EXPECT_GT(closed, 1000) << "of " << count;
         }
@@ -89,7 +89,7 @@ TYPED_TEST(OwnDiscs, KeepTheirOrbitsOnEveryInstructionSet) {
 
 TYPED_TEST(OwnDiscs, DoNotCloseWhereNothingAttracts) {
     for (const auto& [re, im] : {std::pair{0.26, 0.0}, {-2.0, 0.0}, {-1.3, 0.0}, {-0.391, -0.6}}) {
-        for (const std::size_t count : {1, 2}) {
+        for (const std::size_t count : {std::size_t{1}, std::size_t{2}}) {
             const cpuComplex<TypeParam> c{static_cast<TypeParam>(re), static_cast<TypeParam>(im)};
             EXPECT_FALSE(discsOf<TypeParam>(c, count).closed) << re;
         }
