@@ -53,8 +53,8 @@ HWY_NOINLINE HWY_FLATTEN std::size_t startOrbits(typename G::S& s, std::size_t f
     const typename S::D d;
     const typename S::DU du;
     G g(s, first, view, true, 0);
-    g.begin();
-    g.run(steps - 1);
+    if constexpr (G::FIRST_BY_RULE) g.begin();
+    g.run(G::FIRST_BY_RULE ? steps - 1 : steps);
     const auto undecided = hn::Set(du, static_cast<typename S::Word>(limit));
     std::size_t staying = 0;
     HWY_UNROLL(4)

@@ -20,6 +20,7 @@ namespace HWY_NAMESPACE {
 // limit or have a part that is not a number. Any rule without a form of its own takes its step.
 template <class R>
 struct Form {
+    static constexpr bool anywhere = true;  // whether for all other states as well
     template <class N>
     static HWY_INLINE cpuComplex<N> step(const cpuComplex<N>& z, const cpuComplex<N>& c) {
         return R::step(z, c);
@@ -31,6 +32,7 @@ struct Form {
 // within a limit below 2^32 does; a part that is not a number makes every part of the next so
 // either way.
 struct SquareForm {
+    static constexpr bool anywhere = false;
     template <class T>
     static HWY_INLINE cpuComplex<Number<T>> step(const cpuComplex<Number<T>>& z,
                                                  const cpuComplex<Number<T>>& c) {
@@ -51,6 +53,7 @@ struct Form<JuliaRule> : SquareForm {};
 // c z (1 - z), with w + -z.i * v as w - z.i * v.
 template <>
 struct Form<DragonRule> {
+    static constexpr bool anywhere = true;
     template <class N>
     static HWY_INLINE cpuComplex<N> step(const cpuComplex<N>& z, const cpuComplex<N>& c) {
         const cpuComplex<N> w = c * z;
@@ -66,6 +69,7 @@ HWY_INLINE cpuComplex<N> subtractWhere(Mask mask, const cpuComplex<N>& w, const 
 }
 template <>
 struct Form<Barnsley1Rule> {
+    static constexpr bool anywhere = true;
     template <class N>
     static HWY_INLINE cpuComplex<N> step(const cpuComplex<N>& z, const cpuComplex<N>& c) {
         return subtractWhere(z.r >= N(0.0), c * z, c);
@@ -73,6 +77,7 @@ struct Form<Barnsley1Rule> {
 };
 template <>
 struct Form<Barnsley2Rule> {
+    static constexpr bool anywhere = true;
     template <class N>
     static HWY_INLINE cpuComplex<N> step(const cpuComplex<N>& z, const cpuComplex<N>& c) {
         const cpuComplex<N> w = c * z;

@@ -48,6 +48,9 @@ struct Group {
     using D = typename S::D;
     using C = cpuComplex<Number<T>>;
 
+    // Whether the first step, from wherever an orbit begins, is for begin() to take by the rule.
+    static constexpr bool FIRST_BY_RULE = R::start == Start::pixel && !Form<R>::anywhere;
+
     // Orbits as the slots hold them, or at their start.
     HWY_INLINE Group(const S& s, std::size_t first, const Shared<T>& view, bool atStart)
         : limit(view.limit) {
@@ -167,7 +170,6 @@ struct CountingGroup : Group<R, K, T> {
         if (steps == 1) stepAndCount();
     }
 
-    // The first step, by the rule itself: an orbit may begin anywhere.
     HWY_INLINE void begin() {
         this->firstStep();
         countLive();

@@ -18,6 +18,7 @@
 #include "compute/vector_blocks-inl.h"
 #include "compute/vector_certified-inl.h"
 #include "compute/vector_discs-inl.h"
+#include "compute/vector_own_discs-inl.h"
 #include "compute/vector_paint-inl.h"
 #include "compute/vector_slots-inl.h"
 #include "compute/vector_tile.h"
@@ -100,6 +101,7 @@ HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool de
         if (detect && calm && steps >= saveAt) {
             // What is not a number comes from the view's own numbers, within a few steps.
             if (!s.saved) repeated |= endNotNumbers(s);
+            if (!discs.any()) repeated |= endInOwnDiscs<R>(s, tile.limit);
             saveStates(s);
             saveAt = steps > (1 << 29) ? steps : 2 * steps;
         }
