@@ -74,7 +74,7 @@ template <class T>
 void renderPixels(const ValueTile<T>& tile, int type) {
     constexpr double INSIDE = std::numeric_limits<double>::quiet_NaN();
     const int maxIters = std::max(tile.maxIters, 0);
-    const double logLimit = fixedLog(static_cast<double>(tile.limit));
+    const double logLimit = fixedLog2(static_cast<double>(tile.limit));
     const bool known = visitRule(type, [&](auto rule) {
         forEachPixel(tile, [&](int x, int y) {
             using R = decltype(rule);

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
+
+#include "frac/exact_place.h"
 
 // One catalogue entry. The member order (maximum before minimum, x before y) is the order in which
 // every copy of a record is made.
@@ -19,4 +22,7 @@ struct fractal {
     std::int32_t paletteType = 0;  // 0 random colours, 1 RGB cycle
     std::string name;              // shown in the window title, any bytes
     std::int32_t fractalID = 0;    // serial number; zoomed copies share their parent's
+    // Where the view lies to the last digit, if a document says so; the rectangle and c are then
+    // only near that, and the rectangle is a square. Null in whatever a catalogue file has held.
+    std::shared_ptr<const ExactPlace> exact = nullptr;
 };

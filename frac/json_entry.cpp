@@ -3,6 +3,7 @@
 #include <cmath>
 #include <limits>
 
+#include "frac/decimal_text.h"
 #include "frac/formula_names.h"
 #include "frac/number_text.h"
 #include "frac/presets.h"
@@ -45,6 +46,23 @@ std::optional<std::int32_t>* wholeOf(EntryDraft& draft, Field field) {
     }
 }
 
+std::string* exactOf(EntryDraft& draft, Field field) {
+    switch (field) {
+        case Field::centerRe:
+            return &draft.exact.re;
+        case Field::centerIm:
+            return &draft.exact.im;
+        case Field::width:
+            return &draft.exact.width;
+        case Field::cx:
+            return &draft.exact.cRe;
+        case Field::cy:
+            return &draft.exact.cIm;
+        default:
+            return nullptr;
+    }
+}
+
 // 768 may also be written 768.0 or 7.68e2: to JSON they are one number.
 std::optional<std::int32_t> wholeNumber(double value) {
     using Limits = std::numeric_limits<std::int32_t>;
@@ -78,6 +96,35 @@ bool takeName(EntryDraft& draft, std::optional<std::string> name) {
     return true;
 }
 
+bool takeDecimal(EntryDraft& draft, Field field, const std::string& text) {
+    std::string* const place = exactOf(draft, field);
+    if (place == nullptr || !isPlaceDecimal(text)) return false;
+    if (field == Field::width && !isPositiveDecimal(text)) return false;
+    *place = text;
+    return true;
+}
+
+// A square of doubles about the centre.
+void setNearRectangle(const ExactPlace& place, fractal& entry) {
+    const double re = nearestNumber(place.re), im = nearestNumber(place.im);
+    const double half = 0.5 * nearestNumber(place.width);
+    entry.xMin = re - half, entry.xMax = re + half;
+    entry.yMin = im - half, entry.yMax = im + half;
+}
+
+void setRectangle(const EntryDraft& draft, fractal& entry) {
+    entry.xMin = draft.xMin.value();
+    entry.xMax = draft.xMax.value();
+    entry.yMin = draft.yMin.value();
+    entry.yMax = draft.yMax.value();
+}
+
+// Decimals win over what the preset says.
+void setNearConstant(const ExactPlace& place, fractal& entry) {
+    if (!place.cRe.empty()) entry.cx = nearestNumber(place.cRe);
+    if (!place.cIm.empty()) entry.cy = nearestNumber(place.cIm);
+}
+
 template <class T>
 bool take(std::optional<T>* place, std::optional<T> value) {
     if (place == nullptr || !value) return false;
@@ -103,17 +150,20 @@ bool takeText(EntryDraft& draft, Field field, const std::string& text) {
         case Field::palette:
             return take(&draft.palette, numberOf(paletteNames(), text));
         default:
-            return take(realOf(draft, field), readNumberWord(text));
+            return take(realOf(draft, field), readNumberWord(text)) ||
+                   takeDecimal(draft, field, text);
     }
+}
+
+void placeExactly(fractal& entry, const ExactPlace& place) {
+    setNearRectangle(place, entry);
+    setNearConstant(place, entry);
+    entry.exact = std::make_shared<const ExactPlace>(place);
 }
 
 fractal finishedEntry(const EntryDraft& draft) {
     fractal entry = presetEntry(draft.formula.value(), 0);
     entry.fractalType = *draft.formula;
-    entry.xMin = draft.xMin.value();
-    entry.xMax = draft.xMax.value();
-    entry.yMin = draft.yMin.value();
-    entry.yMax = draft.yMax.value();
     entry.cx = draft.cx.value_or(entry.cx);
     entry.cy = draft.cy.value_or(entry.cy);
     entry.maxIters = draft.maxIters.value_or(entry.maxIters);
@@ -121,5 +171,10 @@ fractal finishedEntry(const EntryDraft& draft) {
     entry.paletteType = draft.palette.value_or(entry.paletteType);
     entry.fractalID = draft.fractalID.value_or(entry.fractalID);
     entry.name = draft.name.value_or(entry.name);
+    if (draft.exact.width.empty()) {
+        setRectangle(draft, entry);
+    } else {
+        placeExactly(entry, draft.exact);
+    }
     return entry;
 }

@@ -10,11 +10,14 @@ constexpr std::array<Key, 3> DOCUMENT = {{
     {"render", Field::render, false},
 }};
 
-constexpr std::array<Key, 9> ENTRY = {{
+// Of a view and what stands in its place, which of them are there is looked at as a whole.
+constexpr std::array<Key, 11> ENTRY = {{
     {"name", Field::name, false},
     {"nameBytes", Field::nameBytes, false},
     {"formula", Field::formula, true},
-    {"view", Field::view, true},
+    {"view", Field::view, false},
+    {"center", Field::center, false},
+    {"width", Field::width, false},
     {"c", Field::constant, false},
     {"maxIters", Field::maxIters, false},
     {"maxSize", Field::maxSize, false},
@@ -29,7 +32,19 @@ constexpr std::array<Key, 4> VIEW = {{
     {"yMax", Field::yMax, true},
 }};
 
+// The elements of an array of two.
+struct Pair {
+    Field array, first, second;
+};
+constexpr std::array<Pair, 2> PAIRS = {{
+    {Field::constant, Field::cx, Field::cy},
+    {Field::center, Field::centerRe, Field::centerIm},
+}};
+
 constexpr const char* WHOLE = "a whole number from -2147483648 to 2147483647";
+
+constexpr const char* DECIMAL =
+    "a decimal number as a text, such as \"-1.5e-30\", of an exponent from -1000000 to 1000000";
 
 bool isOneOf(Field field, std::span<const Key> keys) {
     for (const Key& key : keys) {
@@ -57,30 +72,24 @@ Field containerOf(Field field) {
     for (const Field object : {Field::document, Field::entry, Field::view}) {
         if (isOneOf(field, keysOf(object))) return object;
     }
-    if (field == Field::entry) return Field::entries;
-    return field == Field::cx || field == Field::cy ? Field::constant : Field::none;
+    for (const Pair& pair : PAIRS) {
+        if (field == pair.first || field == pair.second) return pair.array;
+    }
+    return field == Field::entry ? Field::entries : Field::none;
 }
 
 Field firstIn(Field container) {
-    switch (container) {
-        case Field::entries:
-            return Field::entry;
-        case Field::constant:
-            return Field::cx;
-        default:
-            return Field::none;
+    for (const Pair& pair : PAIRS) {
+        if (container == pair.array) return pair.first;
     }
+    return container == Field::entries ? Field::entry : Field::none;
 }
 
 Field nextAfter(Field field) {
-    switch (field) {
-        case Field::entry:
-            return Field::entry;
-        case Field::cx:
-            return Field::cy;
-        default:
-            return Field::none;
+    for (const Pair& pair : PAIRS) {
+        if (field == pair.first) return pair.second;
     }
+    return field == Field::entry ? Field::entry : Field::none;
 }
 
 std::string expectationOf(Field field) {
@@ -105,6 +114,13 @@ std::string expectationOf(Field field) {
             return R"(an object with "xMin", "xMax", "yMin" and "yMax")";
         case Field::constant:
             return "an array of two numbers";
+        case Field::center:
+            return "an array of two decimal numbers as texts";
+        case Field::centerRe:
+        case Field::centerIm:
+            return DECIMAL;
+        case Field::width:
+            return std::string("a number above 0, ") + DECIMAL;
         case Field::maxIters:
         case Field::fractalID:
             return WHOLE;

@@ -31,6 +31,10 @@ enum class Field : std::uint8_t {
     xMax,
     yMin,
     yMax,
+    center,
+    centerRe,
+    centerIm,
+    width,
     count,
 };
 

@@ -77,6 +77,8 @@ class Reader final : public nlohmann::json_sax<json> {
     bool open(bool expected);
     bool close();
     void requireKeys() const;
+    void requirePlace() const;
+    void finishEntry();
     void leave(Field field);
     FieldSet& seenIn(Field object) { return seen[static_cast<std::size_t>(object)]; }
 
@@ -94,6 +96,7 @@ class Reader final : public nlohmann::json_sax<json> {
     EntryDraft draft;
     std::vector<std::set<std::string>> renderKeys;  // of all that is open from "render" down
     std::size_t renderStart = 0;
+    std::size_t constantAt = 0;  // offset of "c", or of what stands in it, last walked to
 };
 
 void Reader::refuseAt(std::size_t offset, const std::string& message) const {
@@ -121,6 +124,7 @@ bool Reader::scalar(bool taken) {
     walk.next();
     if (inRender()) return true;
     if (!taken) refuseValue();
+    if (container == Field::constant) constantAt = walk.begin();
     leave(awaited);
     return true;
 }
@@ -154,8 +158,8 @@ bool Reader::close() {
         return true;
     }
     requireKeys();
-    if (awaited == Field::cx || awaited == Field::cy) refuseValue();
-    if (container == Field::entry) document.entries.push_back(finishedEntry(draft));
+    if (awaited != Field::none && awaited != Field::entry) refuseValue();
+    if (container == Field::entry) finishEntry();
     leave(container);
     return true;
 }
@@ -169,7 +173,35 @@ void Reader::requireKeys() const {
     }
 }
 
+void Reader::requirePlace() const {
+    const FieldSet present = seen[static_cast<std::size_t>(Field::entry)];
+    const auto has = [present](Field field) { return (present & only(field)) != 0; };
+    const std::string end = " before the end of this object";
+    if (has(Field::center) != has(Field::width)) {
+        refuse(std::string("expected ") + (has(Field::center) ? "\"width\"" : "\"center\"") + end);
+    }
+    if (!has(Field::view) && !has(Field::center)) {
+        refuse("expected \"view\", or \"center\" and \"width\"," + end);
+    }
+    if (has(Field::view) && draft.hasExactConstant()) {
+        refuseAt(constantAt, "expected " + expectationOf(Field::cx) +
+                                 "; decimal texts go with \"center\" and \"width\"");
+    }
+}
+
+void Reader::finishEntry() {
+    requirePlace();
+    document.entries.push_back(finishedEntry(draft));
+}
+
 // ---- keys
+
+// What an entry has either of.
+FieldSet besides(Field field) {
+    const FieldSet exact = only(Field::center) | only(Field::width);
+    if (field == Field::view) return exact;
+    return (only(field) & exact) != 0 ? only(Field::view) : FieldSet{0};
+}
 
 // A name has two keys, of which an entry may have one.
 FieldSet sameAs(Field field) {
@@ -191,6 +223,10 @@ bool Reader::key(string_t& name) {
     }
     if ((seenIn(container) & sameAs(found->field)) != 0) {
         refuse("a second " + shown(walk.token()) + ", expected one in an object");
+    }
+    if ((seenIn(container) & besides(found->field)) != 0) {
+        refuse(shown(walk.token()) +
+               ", expected either \"view\" or both \"center\" and \"width\" in an entry");
     }
     seenIn(container) |= only(found->field);
     awaited = found->field;

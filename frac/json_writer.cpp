@@ -47,12 +47,39 @@ std::string viewText(const fractal& entry) {
            ", \"yMin\": " + real(entry.yMin) + ", \"yMax\": " + real(entry.yMax) + "}";
 }
 
+std::string pairOf(const std::string& first, const std::string& second) {
+    return std::string(1, '[').append(first).append(", ").append(second).append(1, ']');
+}
+
+std::string quotedDecimal(const std::string& decimal) {
+    return std::string(1, '"').append(decimal).append(1, '"');
+}
+
+// The view, or what stands in its place.
+std::string placeMembers(const fractal& entry, const std::string& next) {
+    if (!entry.exact) return "\"view\": " + viewText(entry);
+    const ExactPlace& place = *entry.exact;
+    return std::string("\"center\": ")
+        .append(pairOf(quotedDecimal(place.re), quotedDecimal(place.im)))
+        .append(next)
+        .append("\"width\": ")
+        .append(quotedDecimal(place.width));
+}
+
+std::string constantText(const fractal& entry) {
+    const ExactPlace place = entry.exact ? *entry.exact : ExactPlace{};
+    const auto part = [](const std::string& decimal, double number) {
+        return decimal.empty() ? real(number) : quotedDecimal(decimal);
+    };
+    return pairOf(part(place.cRe, entry.cx), part(place.cIm, entry.cy));
+}
+
 std::string entryText(const fractal& entry, Letters letters) {
     const std::string next = ",\n      ";
     return "    {\n      " + nameMember(entry.name, letters) +  //
            next + "\"formula\": " + nameOrNumber(formulaNames(), entry.fractalType) + next +
-           "\"view\": " + viewText(entry) + next + "\"c\": [" + real(entry.cx) + ", " +
-           real(entry.cy) + "]" + next + "\"maxIters\": " + std::to_string(entry.maxIters) + next +
+           placeMembers(entry, next) + next + "\"c\": " + constantText(entry) + next +
+           "\"maxIters\": " + std::to_string(entry.maxIters) + next +
            "\"maxSize\": " + real(entry.maxSize) + next +
            "\"palette\": " + nameOrNumber(paletteNames(), entry.paletteType) + next +
            "\"fractalID\": " + std::to_string(entry.fractalID) + "\n    }";

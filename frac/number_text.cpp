@@ -73,6 +73,10 @@ std::optional<double> readNumber(std::string_view text) {
     return value;
 }
 
+double nearestNumber(const std::string& decimal) {
+    return readNumber(decimal).value_or(decimal.front() == '-' ? -HUGE_VAL : HUGE_VAL);
+}
+
 std::optional<std::int32_t> readWholeNumber(std::string_view text) {
     text = withoutPlus(text);
     std::int32_t value = 0;

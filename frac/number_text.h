@@ -18,5 +18,8 @@ std::optional<double> readNumberWord(std::string_view text);
 // of numberText. Nothing when it is none or too large for a double.
 std::optional<double> readNumber(std::string_view text);
 
+// The double nearest to a decimal of frac/decimal_text.h; what is too large for one is infinite.
+double nearestNumber(const std::string& decimal);
+
 // A whole number typed by hand, all of text; nothing when it is none or does not fit.
 std::optional<std::int32_t> readWholeNumber(std::string_view text);

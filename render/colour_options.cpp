@@ -11,10 +11,10 @@ namespace {
 constexpr double GREATEST = 1e15, LARGEST_BOUND = 1e30;
 
 constexpr const char* NOT_WITH_SWATCH[] = {
-    "--entry",  "--fit",    "--supersample", "--single", "--double", "--palette",
-    "--limit",  "--film",   "--output",      "--shard",  "--join",   "--resume",
-    "--counts", "--colour", "--escape",      "--scale",  "--period", "--offset",
-    "--values", "--inside", "--metadata",    "--range"};
+    "--entry",   "--fit",    "--supersample", "--single",   "--double", "--precision",
+    "--palette", "--limit",  "--film",        "--output",   "--shard",  "--join",
+    "--resume",  "--counts", "--colour",      "--escape",   "--scale",  "--period",
+    "--offset",  "--values", "--inside",      "--metadata", "--range"};
 constexpr const char* NOT_WITH_NUMBERS[] = {"--film",   "--output",      "--join",     "--depth",
                                             "--dither", "--supersample", "--gradient", "--blend",
                                             "--range",  "--scale",       "--period",   "--offset",

@@ -29,7 +29,7 @@ ValueRange rangeOf(const NumberRows& numbers, const Job& job) {
         }
     } else {
         for (const std::int32_t count : numbers.counts) {
-            if (count < job.view.maxIters) take(count);
+            if (!stays(job, count)) take(count);
         }
     }
     return range;
@@ -62,6 +62,7 @@ ValueRange valuesIn(const Job& job, int threads) {
     });
     ValueRange range = NOTHING;
     for (std::uint64_t band = 0; band < bands; ++band) range = joined(range, pipeline.next());
+    if (job.exact) job.exact->countAnew();
     return range.least <= range.greatest ? range : ValueRange{};
 }
 

@@ -52,7 +52,7 @@ class Samples {
         const Colouring& how = *job.colouring;
         if (how.isSmooth()) return how.of(numbers.values[n]);
         const int count = numbers.counts[n];
-        if (count >= job.view.maxIters) return how.inside();
+        if (stays(job, count)) return how.inside();
         return how.hasGradient() ? how.of(count) : ofPalette(count);
     }
 
@@ -116,7 +116,10 @@ void computeNumbers(const Job& job, RowRange rows, bool values, const std::atomi
     } else {
         out.counts.resize(elements);
     }
-    if (job.precision == Precision::doubles) {
+    if (job.precision == Precision::exact) {
+        job.exact->compute(rows, values ? nullptr : out.counts.data(),
+                           values ? out.values.data() : nullptr, &stop, out.held);
+    } else if (job.precision == Precision::doubles) {
         computeAs<double>(job, rows, values, stop, out);
     } else {
         computeAs<float>(job, rows, values, stop, out);
@@ -178,7 +181,7 @@ const double* ColourRows::valuesFrom(const Job& job, std::size_t sample) {
     row.resize(static_cast<std::size_t>(job.size.width));
     for (double& value : row) {
         const std::int32_t count = numbers.counts[sample++];
-        value = count < job.view.maxIters ? count : INSIDE;
+        value = stays(job, count) ? INSIDE : count;
     }
     return row.data();
 }

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "render/exact_picture.h"
 #include "render/job.h"
 
 namespace render {
@@ -15,7 +16,14 @@ namespace render {
 struct NumberRows {
     std::vector<std::int32_t> counts;  // empty when not asked for
     std::vector<double> values;
+    HeldPicture held;  // the exact picture that they are of, to which the next rows may belong
 };
+
+// Whether a count is that of a point that stays. One that exact arithmetic left undecided, -1, is
+// shown as such a point.
+inline bool stays(const Job& job, std::int32_t count) {
+    return count < 0 || count >= job.view.maxIters;
+}
 
 // Computes those of rows `rows` of the picture with `samples` samples a side for each pixel.
 void computeNumbers(const Job& job, RowRange rows, bool values, const std::atomic<bool>& stop,

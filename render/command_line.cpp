@@ -134,10 +134,19 @@ void CommandLine::addPicture() {
         });
     auto* single = app.add_flag_callback(
         "--single", [this] { options.precision = Precision::singles; }, "Single precision");
-    app.add_flag_callback(
-           "--double", [this] { options.precision = Precision::doubles; },
-           "Double precision (the default)")
-        ->excludes(single);
+    auto* doubles = app.add_flag_callback(
+                           "--double", [this] { options.precision = Precision::doubles; },
+                           "Double precision (the default)")
+                        ->excludes(single);
+    add(app, "--precision", "WHICH", "single, double, exact, or auto: exact where doubles fail",
+        [this](const std::string& text) {
+            options.precision = choose<Precision>("--precision", text,
+                                                  {{"single", Precision::singles},
+                                                   {"double", Precision::doubles},
+                                                   {"exact", Precision::exact},
+                                                   {"auto", Precision::automatic}});
+        })
+        ->excludes(single, doubles);
     add(app, "--palette", "NAME", "random, rgb or a .map file (default: each entry's)",
         [this](const std::string& text) { options.palette = palette(text); });
     add(app, "--limit", "N", "Iteration limit (default: each entry's)",

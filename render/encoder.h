@@ -25,6 +25,7 @@ struct Workshop {
     const std::atomic<bool>& stop;
     RowRenderer rows;
     BandPacker packer;
+    NumberRows numbers;
     std::string pixels;
 };
 

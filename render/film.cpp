@@ -106,15 +106,29 @@ Film planFilm(const Options& options, const Source& source) {
     return film;
 }
 
+namespace {
+
+std::string placeText(const fractal& view) {
+    std::string text;
+    if (view.exact) {
+        for (const auto* decimal : {&view.exact->re, &view.exact->im, &view.exact->width}) {
+            text.append(1, '\t').append(*decimal);
+        }
+        return text;
+    }
+    for (const double edge : {view.xMin, view.xMax, view.yMin, view.yMax}) {
+        text.append(1, '\t').append(shortestText(edge));
+    }
+    return text;
+}
+
+}  // namespace
+
 std::string linesOf(const std::vector<Frame>& frames) {
     std::string lines;
     for (const Frame& frame : frames) {
         lines += std::to_string(frame.number) + '\t' + std::to_string(frame.entry);
-        const fractal& v = frame.view;
-        for (const double edge : {v.xMin, v.xMax, v.yMin, v.yMax}) {
-            lines += '\t' + shortestText(edge);
-        }
-        lines += '\n';
+        lines += placeText(frame.view) + '\n';
     }
     return lines;
 }

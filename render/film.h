@@ -20,7 +20,8 @@ struct Film {
 Film planFilm(const Options& options, const Source& source);
 
 // A line for each frame, ended by a line feed: its number, that of the entry flown to, xMin, xMax,
-// yMin and yMax, each the shortest text that reads back to the same bits, with tabs between.
+// yMin and yMax, each the shortest text that reads back to the same bits, with tabs between. A
+// frame at an exact place has its centre and its width instead.
 std::string linesOf(const std::vector<Frame>& frames);
 
 }  // namespace render

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <string>
 
+#include "frac/json_entry.h"
+#include "render/exact_flight.h"
 #include "render/failure.h"
 #include "render/steady_zoom.h"
 
@@ -53,6 +55,13 @@ Side upright(const fractal& view) {
     return {view.yMin, view.yMax};
 }
 
+// The constant stays that of the entry flown to.
+void placeAt(ExactPlace place, const fractal& target, fractal& view) {
+    place.cRe = target.exact ? target.exact->cRe : std::string();
+    place.cIm = target.exact ? target.exact->cIm : std::string();
+    placeExactly(view, place);
+}
+
 // Puts frames one after another.
 class Reel {
   public:
@@ -80,8 +89,12 @@ class Planner {
             cut(fit(from), fit(to), number);
             return;
         }
+        const bool exact = from.exact || to.exact;
         if (options.glide == Glide::linear) {
+            if (exact) refuseSteps(from.exact ? number - 1 : number);
             glideBySteps(from, to, number);
+        } else if (exact) {
+            glideExactly(fit(from), fit(to), number);
         } else {
             glideSmoothly(fit(from), fit(to), number);
         }
@@ -114,6 +127,27 @@ class Planner {
             reel.add(number, fit(view), {}, n / steps);
         }
         reel.add(number, fit(to));
+    }
+
+    [[noreturn]] static void refuseSteps(std::uint64_t number) {
+        throw Failure("entry " + std::to_string(number) +
+                      ": a linear glide adds doubles, and this view lies at decimals");
+    }
+
+    void glideExactly(const fractal& from, const fractal& to, std::uint64_t number) {
+        const auto flight = ExactFlight::between(from, to);
+        const std::int64_t frames = framesOfGlide(options);
+        fractal view = to;
+        setRectangle(from, view);
+        view.exact.reset();
+        if (from.exact) placeAt(*from.exact, to, view);
+        view.maxIters = std::max(from.maxIters, to.maxIters);
+        for (std::int64_t n = 1; n < frames; ++n) {
+            const double done = progress(n, frames), left = progress(frames - n, frames);
+            if (flight) placeAt(flight->at(done, left), to, view);
+            reel.add(number, fit(view), {}, done);
+        }
+        reel.add(number, to);
     }
 
     void glideSmoothly(const fractal& from, const fractal& to, std::uint64_t number) {

@@ -62,7 +62,11 @@ using FitView = std::function<fractal(const fractal&)>;
 // Where there is no such flight (a side that is zero or not finite, or mirrored to the other one)
 // the old rectangle stays until the last frame.
 //
-// Failure when there are more than MOST_FRAMES. Any thread.
+// From or to an exact place a smooth glide flies likewise, but centre and width are decimals with
+// as many digits as each frame needs, so that it may be of any length; pixels are square.
+//
+// Failure when there are more than MOST_FRAMES, and for a linear glide from or to an exact place.
+// Any thread.
 std::vector<Frame> planFlight(const std::vector<fractal>& entries, std::uint64_t first,
                               const FlightOptions& options, const FitView& fit);
 

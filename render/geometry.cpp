@@ -36,6 +36,7 @@ bool alreadyFits(const fractal& view, double wide, double high, Size size) {
 }  // namespace
 
 int heightFor(const fractal& view, int width) {
+    if (view.exact) return width;
     const double wide = std::abs(view.xMax - view.xMin), high = std::abs(view.yMax - view.yMin);
     const double height = std::round(width * (high / wide));
     if (!(height <= LARGEST_SIDE)) {

@@ -29,7 +29,8 @@ enum class Fit {
 };
 
 // The height that gives a picture of this width the proportions of the view, rounded and at least
-// 1. A view without proportions, or one that wants more than LARGEST_SIDE rows, is a Failure.
+// 1; a square where the view lies at an exact place. A view without proportions, or one that wants
+// more than LARGEST_SIDE rows, is a Failure.
 int heightFor(const fractal& view, int width);
 
 // The record with its rectangle fitted to the picture's proportions. The side that changes does so

@@ -15,7 +15,10 @@ namespace render {
 
 inline constexpr int MOST_SUPERSAMPLE = 8;
 
-enum class Precision { singles, doubles };
+// automatic: exact where doubles do not suffice; no job has it (see render/precision.h).
+enum class Precision { singles, doubles, exact, automatic };
+
+class ExactPicture;
 
 struct Job;
 
@@ -55,6 +58,7 @@ struct Job {
     std::shared_ptr<const Palette> palette;
     std::shared_ptr<const Colouring> colouring;  // null: the palette by counts, as in the window
     std::string output;                          // path, or "-" for standard output
+    std::shared_ptr<ExactPicture> exact;         // with exact precision, unless pixels are stored
     std::optional<Fade> fade;
     std::optional<Band> band;           // `size` is that of the band
     std::shared_ptr<RowSource> stored;  // where pixels are read from rather than computed

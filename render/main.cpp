@@ -1,6 +1,7 @@
 // tessary-render: pictures of a catalogue without a window.
 #include <signal.h>
 
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -66,6 +67,12 @@ void makeNumbers(const std::vector<render::Job>& jobs, const render::Options& op
     }
 }
 
+// What no arithmetic could decide is told, and never guessed.
+void reportUnproven(const std::vector<render::Job>& jobs) {
+    const std::int64_t count = render::unprovenIn(jobs);
+    if (count > 0) say("unproven: " + std::to_string(count));
+}
+
 void stills(const render::Options& options, const render::Source& source,
             const render::RunOptions& how) {
     const auto jobs = render::planStills(options, source);
@@ -75,6 +82,7 @@ void stills(const render::Options& options, const render::Source& source,
     } else {
         makeFiles(jobs, options, how);
     }
+    reportUnproven(jobs);
 }
 
 void print(const std::string& text) {
@@ -94,6 +102,7 @@ void film(const render::Options& options, const render::Source& source,
     } else {
         makeFiles(film.jobs, options, how);
     }
+    reportUnproven(film.jobs);
 }
 
 void run(const render::Options& options) {

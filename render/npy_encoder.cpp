@@ -23,7 +23,7 @@ EncodedBand NpyEncoder::band(const Job& job, RowRange range, Workshop& workshop)
     if (sizeOfNumbers(job).height == 0) return made;
     const bool values = kind == NumberKind::values;
     const int first = job.band ? job.band->first : 0;
-    NumberRows numbers;
+    NumberRows& numbers = workshop.numbers;
     computeNumbers(job, {first + range.first, first + range.end}, values, workshop.stop, numbers);
     made.bytes = values ? bytesOf(numbers.values) : bytesOf(numbers.counts);
     if (!job.band) return made;  // only a record tells a checksum

@@ -18,7 +18,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::uint64_t LONGEST_RECORD = std::uint64_t{1} << 16;
+constexpr std::uint64_t LONGEST_RECORD = std::uint64_t{1} << 24;  // decimals have many digits
 constexpr std::size_t CHECKSUM_LINE = 9;
 
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
@@ -54,7 +54,7 @@ std::string documentOf(const Job& job, NumberKind kind) {
     view.fractalID = 0;
     const Size size = wholeSize(job);
     const json render = {{"size", {size.width, size.height}},
-                         {"precision", job.precision == Precision::doubles ? "double" : "single"},
+                         {"precision", wordOf(job.precision)},
                          {"escape", escapeBound(job.view, job.colouring->wanted())},
                          {"numbers", wordOf(kind)},
                          {"band", bandSettings(*job.band)}};

@@ -55,7 +55,7 @@ struct Options {
     std::optional<EntryRange> entries;  // all
     std::optional<WantedSize> size;     // that of a picture's own, or DEFAULT_WIDTH
     Fit fit = Fit::contain;
-    std::optional<Precision> precision;    // that of a picture's own, or double
+    std::optional<Precision> precision;    // that of a picture's own; or each entry's usual one
     std::optional<int> supersample;        // that of a picture's own, or 1
     std::optional<WantedPalette> palette;  // each entry's
     std::optional<std::int32_t> limit;     // each entry's

@@ -8,6 +8,7 @@
 #include "render/colour_options.h"
 #include "render/colour_range.h"
 #include "render/failure.h"
+#include "render/precision.h"
 #include "render/shard.h"
 
 namespace render {
@@ -88,6 +89,7 @@ std::shared_ptr<const Palette> Planner::paletteFor(std::int32_t type) const {
 }
 
 fractal Planner::fit(const fractal& view, Size size) const {
+    if (view.exact) return framed(view, size);
     return hasProportionsOfSource(size) ? view : fitted(view, size, options.fit);
 }
 
@@ -99,13 +101,23 @@ Job Planner::jobOf(const fractal& view, Size size) const {
         job.view.paletteType = options.palette->type;
     }
     job.size = size;
-    job.precision =
-        options.precision.value_or(source.settings.precision.value_or(Precision::doubles));
     job.supersample = options.supersample.value_or(source.settings.supersample.value_or(1));
     if (options.colour.wantsNumbers()) job.supersample = 1;  // numbers have no average
     job.palette = paletteFor(job.view.paletteType);
     job.colouring = colouring;
+    const Precision usual = view.exact ? Precision::automatic : Precision::doubles;
+    choosePrecision(job, options.precision.value_or(source.settings.precision.value_or(usual)));
     return job;
+}
+
+Job Planner::jobOfEntry(std::uint64_t number) const {
+    const fractal& entry = source.entries[number - 1];
+    const Size size = sizeFor(entry);
+    try {
+        return jobFor(entry, size);
+    } catch (const Failure& failure) {
+        throw Failure("entry " + std::to_string(number) + ": " + failure.what());
+    }
 }
 
 Naming::Naming(const Options& options, const Source& source, bool several)
@@ -157,8 +169,7 @@ std::vector<Job> planStills(const Options& options, const Source& source) {
     const Naming nameOf(options, source, range.last > range.first);
     std::vector<Job> jobs;
     for (std::uint64_t number = range.first; number <= range.last; ++number) {
-        const fractal& entry = source.entries[number - 1];
-        jobs.push_back(planner.jobFor(entry, planner.sizeFor(entry)));
+        jobs.push_back(planner.jobOfEntry(number));
         if (options.colour.wanted.autoRange) {
             const ValueRange values = valuesIn(jobs.back(), options.threads);
             jobs.back() = stretched(std::move(jobs.back()), values);

@@ -29,6 +29,9 @@ class Planner {
     // has its proportions: that shows the very same.
     fractal fit(const fractal& view, Size size) const;
 
+    // The picture of an entry by its number. Failure, which names it, where it cannot be made.
+    Job jobOfEntry(std::uint64_t number) const;
+
     // The picture of a view in this size, without a place; its rectangle fitted, or as it is.
     Job jobFor(const fractal& view, Size size) const { return jobOf(fit(view, size), size); }
     Job jobOf(const fractal& view, Size size) const;

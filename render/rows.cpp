@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "compute/pixels.h"
 #include "compute/saturate.h"
 #include "compute/tile_renderer.h"
 #include "render/colour_rows.h"
@@ -83,11 +84,22 @@ void fade(const unsigned char* from, unsigned char* row, std::size_t bytes, cons
 void RowRenderer::renderSamples(const Job& job, RowRange sampleRows) {
     const std::size_t stride = sampleStride(job);
     samples.resize(static_cast<std::size_t>(sampleRows.count()) * stride);
+    if (job.precision == Precision::exact) return renderExactly(job, sampleRows);
     unsigned char* picture = wholePicture(samples.data(), sampleRows.first, stride);
     if (job.precision == Precision::doubles) {
         renderAs<double>(job, sampleRows, picture, &stop);
     } else {
         renderAs<float>(job, sampleRows, picture, &stop);
+    }
+}
+
+void RowRenderer::renderExactly(const Job& job, RowRange sampleRows) {
+    computeNumbers(job, sampleRows, false, stop, numbers);
+    const int limit = job.view.maxIters;
+    unsigned char* pixel = samples.data();
+    for (const std::int32_t count : numbers.counts) {
+        colourPixel(pixel, stays(job, count) ? limit : count, limit, job.palette->table.data());
+        pixel += 4;
     }
 }
 

@@ -25,11 +25,13 @@ class RowRenderer {
     void compute(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
     void fadeRows(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
     void renderSamples(const Job& job, RowRange sampleRows);
+    void renderExactly(const Job& job, RowRange sampleRows);
     void copyRow(const Job& job, int sampleRow, unsigned char* out) const;
     void averageRow(const Job& job, int sampleRow, unsigned char* out) const;
 
     const std::atomic<bool>& stop;
     ColourRows colours;                  // of jobs with a colouring
+    NumberRows numbers;                  // counts of exact arithmetic
     std::vector<unsigned char> samples;  // four bytes each, rows of the picture N times as large
     std::vector<unsigned char> other;    // rows of the picture left by a fade
 };

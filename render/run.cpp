@@ -7,6 +7,7 @@
 #include <set>
 #include <thread>
 
+#include "render/exact_picture.h"
 #include "render/output_file.h"
 #include "render/pipeline.h"
 #include "render/progress.h"
@@ -89,6 +90,17 @@ class Writer {
 int threadCount(int wanted) {
     if (wanted > 0) return wanted;
     return std::max(static_cast<int>(std::thread::hardware_concurrency()), 1);
+}
+
+std::int64_t unprovenIn(const std::vector<Job>& jobs) {
+    std::set<const ExactPicture*> pictures;
+    for (const Job& job : jobs) {
+        pictures.insert(job.exact.get());
+        if (job.fade) pictures.insert(job.fade->from->exact.get());
+    }
+    std::int64_t sum = 0;
+    for (const ExactPicture* picture : pictures) sum += picture ? picture->unproven() : 0;
+    return sum;
 }
 
 void removeLeftoversOf(const std::vector<Job>& jobs) {

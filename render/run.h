@@ -1,6 +1,7 @@
 // Making pictures: all cores compute and pack bands, one thread writes them.
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "render/encoder.h"
@@ -15,6 +16,9 @@ struct RunOptions {
 
 // So many threads, or as many as the machine runs at once where none are wanted.
 int threadCount(int wanted);
+
+// How many samples of these pictures exact arithmetic has left undecided.
+std::int64_t unprovenIn(const std::vector<Job>& jobs);
 
 // Removes what killed runs have left in the folders of these pictures.
 void removeLeftoversOf(const std::vector<Job>& jobs);

@@ -1,6 +1,7 @@
 #include "render/settings.h"
 
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "frac/json_document.h"
 #include "render/colour_settings.h"
@@ -32,9 +33,15 @@ Size readSize(const json& value) {
             wholeNumber(value[1], 1, LARGEST_SIDE, "size")};
 }
 
+constexpr std::pair<const char*, Precision> PRECISIONS[] = {{"single", Precision::singles},
+                                                            {"double", Precision::doubles},
+                                                            {"exact", Precision::exact},
+                                                            {"auto", Precision::automatic}};
+
 Precision readPrecision(const json& value) {
-    if (value == "single") return Precision::singles;
-    if (value == "double") return Precision::doubles;
+    for (const auto& [word, precision] : PRECISIONS) {
+        if (value == word) return precision;
+    }
     refuse("precision");
 }
 
@@ -62,10 +69,17 @@ json entryOf(fractal view) {
 
 }  // namespace
 
+const char* wordOf(Precision which) {
+    for (const auto& [word, precision] : PRECISIONS) {
+        if (precision == which) return word;
+    }
+    return "";
+}
+
 json settingsOf(const Job& job) {
     const Size size = wholeSize(job);
     json object = {{"size", {size.width, size.height}},
-                   {"precision", job.precision == Precision::doubles ? "double" : "single"},
+                   {"precision", wordOf(job.precision)},
                    {"supersample", job.supersample}};
     if (!job.palette->colours.empty()) object["colours"] = job.palette->colours;
     if (job.colouring) addColourSettings(job.colouring->wanted(), object);

@@ -21,6 +21,9 @@ struct Settings {
     WantedColours colouring;
 };
 
+// What a precision is called: "single", "double", "exact" or "auto".
+const char* wordOf(Precision which);
+
 // {"size": [W, H], "precision": "double", "supersample": N, "colours": [[R, G, B], ...]}, colours
 // only where there are some, and with a colouring what render/colour_settings.h says. A band adds
 // "band" (see render/shard.h), a frame of a cross-fade "fade": [step, steps] and "from", the entry

@@ -1,5 +1,6 @@
 #include "frac/command/actions.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "frac/catalogue_bytes.h"
@@ -18,9 +19,18 @@ std::string damageText(const Damage& damage) {
     return "byte " + std::to_string(damage.offset) + ": " + damage.text;
 }
 
+bool isExact(const fractal& entry) {
+    return entry.exact != nullptr;
+}
+
+bool hasExactEntry(const Entries& entries) {
+    return std::any_of(entries.begin(), entries.end(), isExact);
+}
+
+// A catalogue, or a document that no catalogue can be made of.
 Input readCatalogueInput(const std::string& path) {
     Input input = readInput(path);
-    if (input.kind == InputKind::catalogue) return input;
+    if (input.kind == InputKind::catalogue || hasExactEntry(input.document.entries)) return input;
     const char* what = input.kind == InputKind::document ? "a JSON document" : "a picture";
     throw InputError(inputName(path) + ": it is " + what + ", which import makes a catalogue of");
 }
@@ -53,6 +63,23 @@ void appendRange(Entries& taken, EntryRange range, const Entries& entries,
     taken.insert(taken.end(), entries.begin() + first, entries.begin() + last + 1);
 }
 
+[[noreturn]] void refuseExact(const std::string& path, const Entries& entries,
+                              const std::string& advice) {
+    const auto exact = std::find_if(entries.begin(), entries.end(), isExact);
+    throw std::runtime_error(inputName(path) + ": entry " +
+                             std::to_string(exact - entries.begin() + 1) +
+                             " lies deeper than a .frac record can tell" + advice);
+}
+
+// The bytes of a catalogue for this output; of a document where records cannot tell all.
+std::string bytesFor(const std::string& output, const Entries& entries) {
+    if (!hasExactEntry(entries)) return encodeCatalogue(entries);
+    if (output != "-" && !output.ends_with(".json")) {
+        refuseExact(output, entries, ": name an output that ends in .json");
+    }
+    return writeDocument({entries, {}});
+}
+
 void append(Entries& all, const Entries& more) {
     all.insert(all.end(), more.begin(), more.end());
 }
@@ -82,7 +109,11 @@ void exportDocument(const Options& options) {
 
 void importDocuments(const Options& options) {
     Entries entries;
-    for (const std::string& path : options.files) append(entries, readDocumentFile(path).entries);
+    for (const std::string& path : options.files) {
+        const Entries more = readDocumentFile(path).entries;
+        if (hasExactEntry(more)) refuseExact(path, more, "");
+        append(entries, more);
+    }
     writeOutput(options.output.value(), encodeCatalogue(entries));
 }
 
@@ -90,7 +121,8 @@ void setEntry(const Options& options) {
     const std::string& path = options.files.at(0);
     Entries entries = entriesOf(path);
     change(entries[indexOf(options.entry, entries, path)], options.changes);
-    writeOutput(options.output.value_or(path), encodeCatalogue(entries));
+    const std::string output = options.output.value_or(path);
+    writeOutput(output, bytesFor(output, entries));
 }
 
 void newCatalogue(const Options& options) {
@@ -107,7 +139,7 @@ void mergeCatalogues(const Options& options) {
         identities.keepApart(entries);
         append(merged, entries);
     }
-    writeOutput(options.output.value(), encodeCatalogue(merged));
+    writeOutput(options.output.value(), bytesFor(*options.output, merged));
 }
 
 void takeEntries(const Options& options) {
@@ -115,5 +147,5 @@ void takeEntries(const Options& options) {
     const Entries entries = entriesOf(path);
     Entries taken;
     for (const EntryRange range : options.entries) appendRange(taken, range, entries, path);
-    writeOutput(options.output.value(), encodeCatalogue(taken));
+    writeOutput(options.output.value(), bytesFor(*options.output, taken));
 }

@@ -6,6 +6,7 @@
 #include "frac/command/actions.h"
 #include "frac/command/output.h"
 #include "frac/command/values.h"
+#include "frac/decimal_text.h"
 #include "frac/formula_names.h"
 #include "frac/number_text.h"
 
@@ -26,14 +27,16 @@ CLI::Option* addValue(CLI::App& app, const std::string& name, Target& target, Re
     return app.add_option_function<std::string>(name, take, help);
 }
 
-std::optional<double> readWidth(const std::string& text) {
+std::optional<TypedNumber> readWidth(const std::string& text) {
     const auto width = readNumber(text);
-    return width && std::isfinite(*width) && *width > 0 ? width : std::nullopt;
+    const bool above = width && std::isfinite(*width) && (*width > 0 || isPositiveDecimal(text));
+    return above ? std::optional(TypedNumber{*width, text}) : std::nullopt;
 }
 
-std::optional<std::array<double, 2>> readCenter(const std::string& text) {
+std::optional<std::array<TypedNumber, 2>> readCenter(const std::string& text) {
     const auto center = readPair(text);
-    const bool finite = center && std::isfinite((*center)[0]) && std::isfinite((*center)[1]);
+    const bool finite =
+        center && std::isfinite((*center)[0].value) && std::isfinite((*center)[1].value);
     return finite ? center : std::nullopt;
 }
 

@@ -2,6 +2,7 @@
 #include <new>
 
 #include "frac/command/command_line.h"
+#include "frac/command/options.h"
 #include "frac/command/output.h"
 
 int main(int argc, char** argv) {
@@ -12,6 +13,9 @@ int main(int argc, char** argv) {
         return 0;
     } catch (const CommandLineEnd& end) {
         return end.status;
+    } catch (const Mistake& mistake) {
+        say(mistake.what());
+        return 2;
     } catch (const std::bad_alloc&) {
         say("out of memory");
     } catch (const std::exception& error) {

@@ -27,15 +27,34 @@ std::string middleText(double low, double high) {
     return numberText(low / 2 + high / 2);
 }
 
+// A decimal, cut where it is long; its exponent is kept.
+std::string shortDecimal(const std::string& decimal) {
+    constexpr std::size_t MOST = 24;
+    const std::size_t end = std::min(decimal.find_first_of("eE"), decimal.size());
+    if (end <= MOST) return decimal;
+    return decimal.substr(0, MOST).append("...").append(decimal, end);
+}
+
+// The middle, x first, and the width.
+std::array<std::string, 3> placeOf(const fractal& entry) {
+    if (!entry.exact) {
+        return {middleText(entry.xMin, entry.xMax), middleText(entry.yMin, entry.yMax),
+                numberText(entry.xMax - entry.xMin)};
+    }
+    return {shortDecimal(entry.exact->re), shortDecimal(entry.exact->im),
+            shortDecimal(entry.exact->width)};
+}
+
 Row rowOf(const fractal& entry, std::size_t number) {
+    const auto [x, y, width] = placeOf(entry);
     return {std::to_string(number),
             nameOrNumber(formulaNames(), entry.fractalType),
             std::to_string(entry.maxIters),
             numberText(entry.maxSize),
             nameOrNumber(paletteNames(), entry.paletteType),
-            middleText(entry.xMin, entry.xMax),
-            middleText(entry.yMin, entry.yMax),
-            numberText(entry.xMax - entry.xMin),
+            x,
+            y,
+            width,
             std::to_string(entry.fractalID),
             printable(entry.name)};
 }

@@ -43,8 +43,11 @@ std::optional<EntryRange> readEntryRange(std::string_view text) {
 
 }  // namespace
 
-std::optional<std::array<double, 2>> readPair(std::string_view text) {
-    return readNumbers<2>(text);
+std::optional<std::array<TypedNumber, 2>> readPair(std::string_view text) {
+    const auto numbers = readNumbers<2>(text);
+    if (!numbers) return {};
+    const std::vector<std::string_view> parts = splitAtCommas(text);
+    return {{{{(*numbers)[0], std::string(parts[0])}, {(*numbers)[1], std::string(parts[1])}}}};
 }
 
 std::optional<std::array<double, 4>> readRectangle(std::string_view text) {

@@ -11,7 +11,7 @@
 #include "frac/command/options.h"
 
 // "X,Y" or "XMIN,XMAX,YMIN,YMAX", words for what is not finite included.
-std::optional<std::array<double, 2>> readPair(std::string_view text);
+std::optional<std::array<TypedNumber, 2>> readPair(std::string_view text);
 std::optional<std::array<double, 4>> readRectangle(std::string_view text);
 
 // One of the names, or any whole number.

@@ -39,8 +39,8 @@ TEST(BadDocuments, AGoodOneHasNoComplaint) {
 TEST(BadDocuments, AnUnknownKeyIsNamedWithThoseThatAreKnown) {
     EXPECT_EQ(aboutMember("  \"nam\": 1"),
               "line 3, column 3: unknown key \"nam\", expected one of \"name\", \"nameBytes\", "
-              "\"formula\", \"view\", \"c\", \"maxIters\", \"maxSize\", \"palette\", "
-              "\"fractalID\"");
+              "\"formula\", \"view\", \"center\", \"width\", \"c\", \"maxIters\", "
+              "\"maxSize\", \"palette\", \"fractalID\"");
     EXPECT_EQ(complaintAbout("{\"tessary\": 1, \"a\": 2}"),
               "line 1, column 16: unknown key \"a\", expected one of \"tessary\", \"entries\", "
               "\"render\"");
@@ -60,8 +60,10 @@ TEST(BadDocuments, AKeyIsTakenOnce) {
 }
 
 TEST(BadDocuments, WhatMustBeThereIsAskedFor) {
-    EXPECT_EQ(aboutEntry("\"formula\": 0"),
-              "line 2, column 14: expected \"view\" before the end of this object");
+    EXPECT_EQ(
+        aboutEntry("\"formula\": 0"),
+        "line 2, column 14: expected \"view\", or \"center\" and \"width\", before the end of "
+        "this object");
     EXPECT_THAT(aboutEntry(""), HasSubstr("expected \"formula\""));
     EXPECT_THAT(aboutEntry("\"formula\": 0, \"view\": {\"xMin\": 0, \"xMax\": 0, \"yMax\": 1}"),
                 HasSubstr("expected \"yMin\""));

@@ -52,6 +52,16 @@ def without(key):
     return {"tessary": 1, "entries": [{k: v for k, v in ENTRY.items() if k != key}]}
 
 
+def exact(**members):
+    entry = {"formula": "julia", "center": ["-0.5", "1e-30"], "width": "2.5e-100", **members}
+    return {"tessary": 1, "entries": [{k: v for k, v in entry.items() if v is not None}]}
+
+
+EXACT = [
+    exact(), exact(center=["+1", "-0"]), exact(width="+0.01"), exact(width="1E5"),
+    exact(c=["0.25", "-1.0"]), exact(c=[0.25, "1"]), exact(c=["inf", 0]),
+]
+
 GOOD = [
     {"tessary": 1, "entries": []},
     {"tessary": 1.0, "entries": [ENTRY, ENTRY]},
@@ -84,7 +94,12 @@ BAD = [
     with_member("palette", 1e10), with_member("fractalID", [0]), with_member("view", []),
     with_member("view", {"xMin": 0, "xMax": 0, "yMin": 0}),
     with_member("view", {"xMin": 0, "xMax": 0, "yMin": 0, "yMax": 0, "zMax": 0}),
-    with_edge(None), with_edge("1"),
+    with_edge(None), with_edge("1"), with_member("width", "1"),
+    with_member("center", ["0", "0"]), with_member("c", ["0.5", "1"]),
+    exact(center=None), exact(width=None), exact(view=ENTRY["view"]), exact(width="0"),
+    exact(width="-1"), exact(width="0.0e5"), exact(width=1), exact(width="1e"), exact(width=".5"),
+    exact(center=[0, 0]), exact(center=["0"]), exact(center=["0", "0", "0"]),
+    exact(center=["inf", "0"]), exact(c=["x", 0]),
     {"tessary": 1, "entries": [{**ENTRY, "name": "a", "nameBytes": "61"}]},
 ]
 
@@ -101,6 +116,13 @@ class Schema(FracTest):
             with self.subTest(document=document):
                 self.assertTrue(self.validator.is_valid(document))
                 self.frac("import", "-", "-o", "-", data=json.dumps(document).encode())
+
+    def test_it_holds_for_documents_that_no_catalogue_is_made_of(self):
+        for document in EXACT:
+            with self.subTest(document=document):
+                self.assertTrue(self.validator.is_valid(document))
+                written = self.frac("export", "-", data=json.dumps(document).encode())
+                self.validator.validate(json.loads(written))
 
     def test_it_holds_for_none_that_the_command_refuses(self):
         for document in BAD:

@@ -22,6 +22,8 @@ LIBRARIES = {
     "JSON": (r"nlohmann/.*", r"\bnlohmann::"),
     "zlib": (r"zlib\.h", r"\b(in|de)flate[A-Z]\w*\s*\("),
     "ISA-L": (r"isa-l/.*", r"\bisal_\w+\s*\("),
+    "MPFR": (r"mpfr\.h", r"\bmpfr_\w+\s*\("),
+    "GMP": (r"gmp\.h", r"\bmpz_\w+\s*\("),
     "PNG": (r"png\.h", r"\bpng_\w+\s*\("),
 }
 CODE = (".cpp", ".h", ".mm", ".inc")

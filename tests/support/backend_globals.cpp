@@ -45,10 +45,10 @@ ImageGuard::ImageGuard(int width, int height, unsigned char fill)
       savedInForce(cpuPalette) {
     winX = width;
     winY = height;
-    buffer = std::make_unique<unsigned char[]>(imageBytes());
+    buffer = makeArray<unsigned char>(imageBytes());
     std::fill_n(buffer.get(), imageBytes(), fill);
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    tempColours = makeArray<unsigned char>(PALETTE_BYTES);
+    badAssColourPalette = makeArray<unsigned char>(PALETTE_BYTES);
 }
 
 ImageGuard::~ImageGuard() {

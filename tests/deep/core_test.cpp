@@ -1,0 +1,75 @@
+// Counts and values of deep pictures against plain double arithmetic where that is right, and
+// against what is known without arithmetic.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "compute/value_tile.h"
+#include "deep/deep_picture.h"
+
+namespace {
+
+struct Numbers {
+    std::vector<std::int32_t> counts;
+    std::vector<double> values;
+    std::int64_t undecided;
+};
+
+Numbers render(const deep::View& v) {
+    const auto pixels =
+        static_cast<std::size_t>(v.pixelsWide) * static_cast<std::size_t>(v.pixelsHigh);
+    Numbers n{std::vector<std::int32_t>(pixels, -7), std::vector<double>(pixels, -7), 0};
+    n.undecided = deep::Picture(v).render(0, 0, v.pixelsWide, v.pixelsHigh, n.counts.data(),
+                                          n.values.data(), v.pixelsWide);
+    return n;
+}
+
+Numbers inDouble(const deep::View& v) {
+    const auto pixels =
+        static_cast<std::size_t>(v.pixelsWide) * static_cast<std::size_t>(v.pixelsHigh);
+    Numbers n{std::vector<std::int32_t>(pixels), std::vector<double>(pixels), 0};
+    const double re = std::stod(v.re), im = std::stod(v.im), half = std::stod(v.width) / 2;
+    const double tall = half * v.pixelsHigh / v.pixelsWide;
+    const bool julia = !v.cRe.empty();
+    const double cx = julia ? std::stod(v.cRe) : 0, cy = julia ? std::stod(v.cIm) : 0;
+    renderValuesScalar(
+        ValueTile<double>{0, 0, v.pixelsWide, v.pixelsHigh, v.pixelsWide, v.pixelsHigh, re - half,
+                          re + half, im - tall, im + tall, cx, cy, v.limit, v.maxIters,
+                          n.counts.data(), n.values.data(), 0, 0, v.pixelsWide},
+        julia ? 1 : 0);
+    return n;
+}
+
+void expectTheNumbersOfDouble(const deep::View& v) {
+    const Numbers deep = render(v), plain = inDouble(v);
+    EXPECT_EQ(deep.undecided, 0);
+    EXPECT_EQ(deep.counts, plain.counts);
+    for (std::size_t n = 0; n < deep.values.size(); ++n) {
+        ASSERT_EQ(std::isnan(deep.values[n]), std::isnan(plain.values[n])) << n;
+        if (!std::isnan(plain.values[n])) {
+            ASSERT_NEAR(deep.values[n], plain.values[n], 5e-7) << n;
+        }
+    }
+}
+
+TEST(DeepCore, HasTheNumbersOfDoubleWhereThatIsRight) {
+    expectTheNumbersOfDouble({"-0.7", "0", "3", "", "", 40, 31, 4, 60});
+    expectTheNumbersOfDouble({"-0.743", "0.126", "0.01", "", "", 32, 32, 65536, 90});
+}
+
+TEST(DeepCore, HasTheNumbersOfDoubleForJuliaSets) {
+    expectTheNumbersOfDouble({"0", "0", "3.1", "-0.8", "0.156", 36, 28, 4, 60});
+    expectTheNumbersOfDouble({"0.1", "0.2", "3.1", "-0.12", "0.75", 36, 28, 65536, 60});
+}
+
+TEST(DeepCore, KnowsThatTheTipOfTheNeedleStays) {
+    const Numbers n = render({"-2", "0", "1e-400", "", "", 2, 2, 4, 100000});
+    // Pixel (1, 1) is -2 itself, (0, 1) lies left of it.
+    EXPECT_EQ(n.counts[3], 100000);
+    EXPECT_LT(n.counts[2], 1000);
+    EXPECT_EQ(n.undecided, 0);
+}
+
+}  // namespace
