@@ -254,6 +254,7 @@ template <int LIMBS>
 Attempt tryHyperbolicSineCosine(double x) {
     constexpr size_t N = LIMBS;
     const Fixed<N> a = fixed<N>(Parts(x));
+    // Any multiple close by will do. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     const auto n = static_cast<unsigned>(std::fabs(x) / 0.6931471805599453 + 0.5);
     Fixed<N> whole{};
     whole[0] = n;

@@ -195,7 +195,7 @@ class OrbitLanes {
         const long down = used ? 2L * block.y[l] - tier.high : 0;
         const Scalar unit = numberOf<PARTS, double>(tier.halfStep, tier.halfStep + PARTS - 1);
         const double none = 0;
-        const double r = static_cast<double>(right), i = static_cast<double>(down);
+        const auto r = static_cast<double>(right), i = static_cast<double>(down);
         const Scalar re = numberOf<PARTS, double>(&r, &none) * unit;
         const Scalar im = numberOf<PARTS, double>(&i, &none) * unit;
         const Scalar zero = numberOf<PARTS, double>(&none, &none);

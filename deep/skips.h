@@ -65,8 +65,11 @@ class Skips {
     friend class SkipMaker;
 };
 
+// The loop by which the compiler copies an array has a name of the compiler's own.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern template class Skips<1>;
 extern template class Skips<2>;
+// NOLINTEND(bugprone-reserved-identifier)
 
 template <int PARTS>
 inline const Node<PARTS>* Skips<PARTS>::find(std::uint32_t m, std::int64_t key, int steps,

@@ -59,7 +59,7 @@ class Wide {
         return std::bit_cast<double>(static_cast<std::uint64_t>(k + 1023) << 52);
     }
     static Parts normal(double value, std::int64_t exponent) {
-        const std::uint64_t bits = std::bit_cast<std::uint64_t>(value);
+        const auto bits = std::bit_cast<std::uint64_t>(value);
         const auto biased = static_cast<std::int64_t>((bits >> 52) & 0x7FF);
         if (value == 0) return {0, LEAST};
         if (biased == 0) return normal(value * 0x1p64, exponent - 64);

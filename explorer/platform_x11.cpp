@@ -67,7 +67,8 @@ bool windowIsToEnd() {
         bool found = false;
     } search{.close = XInternAtom(display, "WM_DELETE_WINDOW", False)};
     // No event is taken, but all that have arrived are read. None of Xlib's functions may be called
-    // in here.
+    // in here, and its type for an argument is this.
+    // NOLINTNEXTLINE(readability-non-const-parameter)
     const auto note = [](Display*, XEvent* event, XPointer argument) -> Bool {
         Search& wanted = *reinterpret_cast<Search*>(argument);
         const bool isClose = event->type == ClientMessage &&

@@ -14,7 +14,7 @@ namespace {
 using nlohmann::json;
 
 [[noreturn]] void refuse(const std::string& key) {
-    throw Failure("\"render\" holds no \"" + key + "\" that a picture can have");
+    throw Failure(R"("render" holds no ")" + key + "\" that a picture can have");
 }
 
 // A whole number from `least` to `most`.

@@ -63,7 +63,7 @@ void changeFrame(fractal& entry, const Changes& changes) {
 
 // What was typed with all its digits, where it is a decimal; else the double it stands for.
 std::string decimalOf(const TypedNumber& number) {
-    const std::string text = isDecimal(number.text) ? number.text : numberText(number.value);
+    std::string text = isDecimal(number.text) ? number.text : numberText(number.value);
     if (!isPlaceDecimal(text)) throw std::runtime_error("no view can lie at " + number.text);
     return text;
 }

@@ -11,7 +11,7 @@ import subprocess
 import sys
 
 SOURCE = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
-FOLDERS = ("app", "backends", "bench", "commands", "compute", "explorer", "frac", "render", "GlutMenu")
+FOLDERS = ("app", "backends", "bench", "commands", "compute", "deep", "explorer", "frac", "render", "GlutMenu")
 
 # Seconds of the processor for a file. Through templates of libraries (JSON, command lines, Highway) the
 # analyzer finds no end; such files are named and get the other warnings alone.

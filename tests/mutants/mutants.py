@@ -56,6 +56,7 @@ TESTS_OF = [
     ("compute/fixed_math", "fixed_math_test"),
     ("compute/", "formula_test tile_test value_test"),
     ("commands/", "commands_test"),
+    ("GlutMenu/PlainState", "toolkit_plain_state_test"),
     ("GlutMenu/", "toolkit_all_test toolkit_globals_test"),
 ]
 GENERATED = {"compute/trig_tables.h"}  # held by a test of its own to be what the script makes
