@@ -247,15 +247,28 @@ class Orbits : public OrbitLanes<PARTS> {
     // Lane by lane after a step that not all are calm after.
     bool settle() {
         spread();
+        const bool inside = areInside();
         bool all = true, any = false;
         for (int l = 0; l < BLOCK; ++l) {
-            if (this->isLive(l) && !isInside(l)) this->decide(l);
+            if (this->isLive(l) && !inside && !isInside(l)) this->decide(l);
             if (!this->isLive(l)) continue;
             any = any || this->wantsRebase(l);
             all = all && size[l] <= CLOSE_ENOUGH * dSize[l] * scaleSquared[l];
         }
         if (!any) return true;
         return all && rebaseAll();
+    }
+
+    // Whether all lanes are as surely inside as the reference is, next to which they are: with m
+    // the largest |d| and e <= m / 4, | |z|^2 - |Z|^2 | and all errors are below 8 m (|Z| + m).
+    bool areInside() const {
+        using ::deep::Wide;
+        const Wide kept = reference.sizeAt(at);
+        if (!(kept < Wide())) return false;
+        const Wide most(std::sqrt(largest()) * (1 + 0x1p-20), this->q[0]);
+        const double re = reference.z[0][2 * at], im = reference.z[0][2 * at + 1];
+        const Wide off = Wide(8) * most * (Wide(std::hypot(re, im)) + most) + tier.ownSizeOff;
+        return off < -kept;
     }
 
     bool isInside(int l) const {
