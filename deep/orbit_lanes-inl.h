@@ -281,6 +281,11 @@ class OrbitLanes {
         dSize[l] = r * r + i * i;
     }
 
+    // Whether lane l has surely not escaped: (|z| + e)^2 is at most s (1 + 1 / 1023) + 1024 e^2.
+    bool isInside(int l) const {
+        return size[l] + 1024 * operations[l] * bound[l] * scaleSquared[l] < 0.9375 * tier.limit;
+    }
+
     // Whether the orbit of lane l, at z_k, has escaped: ends the lane if so, or if that cannot be
     // said.
     //
@@ -403,12 +408,15 @@ class OrbitLanes {
                      3 * j * f * j * f * power(4 * q[l] - 2 * next)) *
                         UPWARDS +
                     tier.ownSquared * c * c * UPWARDS + FLOOR);
+        sizeBefore[l] = s * power(unit) * power(unit);
+        boundBefore[l] = f * power(2 * (q[l] - next));
         dRe.set(l, dr);
         dIm.set(l, di);
         ++m[l];
         ++k[l];
         setLaneScale(l, next);
         measure(l);
+        if (!isInside(l)) decide(l);
     }
 
     void tinyRebase(int l, std::int64_t unit, Scalar zr, Scalar zi, double s) {

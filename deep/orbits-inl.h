@@ -250,7 +250,7 @@ class Orbits : public OrbitLanes<PARTS> {
         const bool inside = areInside();
         bool all = true, any = false;
         for (int l = 0; l < BLOCK; ++l) {
-            if (this->isLive(l) && !inside && !isInside(l)) this->decide(l);
+            if (this->isLive(l) && !inside && !this->isInside(l)) this->decide(l);
             if (!this->isLive(l)) continue;
             any = any || this->wantsRebase(l);
             all = all && size[l] <= CLOSE_ENOUGH * dSize[l] * scaleSquared[l];
@@ -269,10 +269,6 @@ class Orbits : public OrbitLanes<PARTS> {
         const double re = reference.z[0][2 * at], im = reference.z[0][2 * at + 1];
         const Wide off = Wide(8) * most * (Wide(std::hypot(re, im)) + most) + tier.ownSizeOff;
         return off < -kept;
-    }
-
-    bool isInside(int l) const {
-        return size[l] + 1024 * operations[l] * bound[l] * scaleSquared[l] < 0.9375 * tier.limit;
     }
 
     void spread() {
@@ -295,11 +291,9 @@ class Orbits : public OrbitLanes<PARTS> {
         spread();
         for (int l = 0; l < BLOCK; ++l) {
             if (!this->isLive(l)) continue;
-            if (this->isTiny(l)) {
-                this->tinyStep(l);
-            }
+            if (this->isTiny(l)) this->tinyStep(l);
         }
-        return gather();
+        return live != 0 && gather();
     }
 
     bool rescaleAll(double most) {
@@ -436,7 +430,7 @@ class Orbits : public OrbitLanes<PARTS> {
         const int made = until[l] - static_cast<int>(left[l]);
         this->m[l] += static_cast<std::uint32_t>(made);
         this->k[l] += made;
-        if (!isInside(l)) this->decide(l);
+        if (!this->isInside(l)) this->decide(l);
         if (this->isLive(l)) attend(l);
         if (!this->isLive(l)) park(l);
     }
@@ -451,6 +445,7 @@ class Orbits : public OrbitLanes<PARTS> {
             if (rebases || reference.isEnd(this->m[l])) this->rebase(l);
             if (this->isTiny(l)) {
                 this->tinyStep(l);
+                if (!this->isLive(l)) return;
             } else if (!skipAlone(l)) {
                 return wait(l);
             }
