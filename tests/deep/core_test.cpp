@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <vector>
 
@@ -17,13 +18,17 @@ struct Numbers {
     std::int64_t undecided;
 };
 
-Numbers render(const deep::View& v) {
+Numbers numbersOf(const deep::Picture& picture, const deep::View& v) {
     const auto pixels =
         static_cast<std::size_t>(v.pixelsWide) * static_cast<std::size_t>(v.pixelsHigh);
     Numbers n{std::vector<std::int32_t>(pixels, -7), std::vector<double>(pixels, -7), 0};
-    n.undecided = deep::Picture(v).render(0, 0, v.pixelsWide, v.pixelsHigh, n.counts.data(),
-                                          n.values.data(), v.pixelsWide);
+    n.undecided = picture.render(0, 0, v.pixelsWide, v.pixelsHigh, n.counts.data(), n.values.data(),
+                                 v.pixelsWide);
     return n;
+}
+
+Numbers render(const deep::View& v) {
+    return numbersOf(deep::Picture(v), v);
 }
 
 Numbers inDouble(const deep::View& v) {
@@ -70,6 +75,42 @@ TEST(DeepCore, KnowsThatTheTipOfTheNeedleStays) {
     EXPECT_EQ(n.counts[3], 100000);
     EXPECT_LT(n.counts[2], 1000);
     EXPECT_EQ(n.undecided, 0);
+}
+
+// A flight towards one centre, the deepest frame first.
+TEST(DeepFlight, SharesOneReferenceAndChangesNoNumber) {
+    deep::View view{"-0.10101", "0.9563", "1e-60", "", "", 24, 16, 4, 3000};
+    const deep::Picture deepest(view);
+    for (const char* width : {"1e-30", "1e-5", "2"}) {
+        view.width = std::string(width);
+        const deep::Picture frame(view, deepest);
+        EXPECT_TRUE(frame.sharesReference(deepest));
+        const Numbers alone = render(view), shared = numbersOf(frame, view);
+        EXPECT_EQ(shared.counts, alone.counts);
+    }
+}
+
+TEST(DeepFlight, MakesAReferenceWhereTheOtherDoesNotServe) {
+    const deep::View view{"-0.10101", "0.9563", "1e-30", "", "", 8, 8, 4, 500};
+    const deep::Picture before(view);
+    std::vector<deep::View> others(5, view);
+    others[0].width = std::string("1e-60");
+    others[1].re = std::string("-0.10102");
+    others[2].limit = 100;
+    others[3].maxIters = 501;
+    others[4].cRe = others[4].cIm = std::string("0");
+    for (const deep::View& other : others) {
+        EXPECT_FALSE(deep::Picture(other, before).sharesReference(before));
+    }
+}
+
+TEST(DeepFlight, DoesNotTakeOverAReferenceThatWasCutShort) {
+    const deep::View view{"-0.1", "0", "1e-30", "", "", 8, 8, 4, 5000};
+    const std::atomic<bool> stopped{true};
+    const deep::Picture before(view, &stopped);
+    const deep::Picture after(view, before);
+    EXPECT_FALSE(after.sharesReference(before));
+    EXPECT_EQ(numbersOf(after, view).counts, std::vector<std::int32_t>(64, 5000));
 }
 
 }  // namespace
