@@ -37,8 +37,8 @@ struct View {
 std::string refusal(const View& view);
 
 // Values are whole multiples of this. Rounding to them hides which of several ways, all of them
-// proven and none of them exact, a pixel took. Half a unit is far below 1e-6 of a step.
-inline constexpr double VALUE_UNIT = 0x1p-22;
+// proven and none of them exact, a pixel took. Half a unit is below 1e-6 of a step.
+inline constexpr double VALUE_UNIT = 0x1p-20;
 
 // A view with all that its pixels share. Const once made: any threads render parts at once, which
 // may overlap only if they write elsewhere. A view that refusal() refuses must not come here.
