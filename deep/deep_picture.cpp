@@ -73,10 +73,19 @@ class Picture::Work {
     }
 
     std::int64_t band(std::vector<Pixel> left, const Target& target, StopFlag stop) const {
+        if (view.limit >= 4) std::erase_if(left, [&](Pixel p) { return staysOnAxis(p, target); });
         if (reference && isInUse(Tier::doubles)) left = follow(doubles, left, target, stop);
         if (reference && isInUse(Tier::pairs)) left = follow(pairs, left, target, stop);
         if (reference && !isInUse(Tier::digits)) return giveUp(left, target);
         return followExactly(left, target, stop);
+    }
+
+    // Decides what is decided without any arithmetic.
+    bool staysOnAxis(Pixel p, const Target& target) const {
+        if (!exact.mayStayOnRealAxis(p.x, p.y)) return false;
+        if (!exact.staysOnRealAxis(exact.pixel(p.x, p.y))) return false;
+        target.write(p, std::max(view.maxIters, 0), std::numeric_limits<double>::quiet_NaN());
+        return true;
     }
 
     // In blocks of 4 x 4: neighbours stay together longest.
