@@ -195,7 +195,7 @@ def all_places():
         ("tip-needle-1e-1000", real_minibrot(830, 30), 4, 5000),
         ("spiral-1e-1000", at_misiurewicz("antenna", "1e-1000", 0.3), 4, 20000),
         ("julia-fixed-1e-40", julia_fixed_point("branch", "1e-40"), 4, 10000),
-        ("julia-minibrot-1e-50", julia_of_minibrot("spiral", "1e-45", "1e-45"), 65536, 20000),
+        ("julia-minibrot-1e-50", julia_of_minibrot("branch", "1e-45", "1e-45"), 65536, 20000),
         ("julia-minibrot-1e-160", julia_of_minibrot("antenna", "1e-160", "1e-160"), 4, 10000),
         ("julia-fixed-1e-500", julia_fixed_point("antenna", "1e-500"), 4, 5000),
         # Built so that one term of a bound decides.
