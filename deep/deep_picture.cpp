@@ -41,19 +41,30 @@ class Picture::Work {
         pairs = makeTier<2>(*reference, exact, view);
     }
 
+    // In bands, which bound the memory and the wait for a stop.
     std::int64_t render(const Target& target, int xEnd, int yEnd, StopFlag stop) const {
-        std::vector<Pixel> left = pixelsOf(target, xEnd, yEnd);
+        constexpr int BAND_PIXELS = 1 << 16, BAND_ROWS = 64;
+        const int width = std::max(xEnd - target.xStart, 1);
+        const int rows = std::clamp(BAND_PIXELS / width / 4 * 4, 4, BAND_ROWS);
+        std::int64_t undecided = 0;
+        for (int y = target.yStart; y < yEnd && !isSet(stop); y += rows) {
+            undecided += band(pixelsOf(target, xEnd, y, std::min(y + rows, yEnd)), target, stop);
+        }
+        return undecided;
+    }
+
+  private:
+    std::int64_t band(std::vector<Pixel> left, const Target& target, StopFlag stop) const {
         if (reference && isInUse(Tier::doubles)) left = follow(doubles, left, target, stop);
         if (reference && isInUse(Tier::pairs)) left = follow(pairs, left, target, stop);
         if (reference && !isInUse(Tier::digits)) return giveUp(left, target);
         return followExactly(left, target, stop);
     }
 
-  private:
     // In blocks of 4 x 4: neighbours stay together longest.
-    static std::vector<Pixel> pixelsOf(const Target& t, int xEnd, int yEnd) {
+    static std::vector<Pixel> pixelsOf(const Target& t, int xEnd, int yStart, int yEnd) {
         std::vector<Pixel> all;
-        for (int y = t.yStart; y < yEnd; y += 4) {
+        for (int y = yStart; y < yEnd; y += 4) {
             for (int x = t.xStart; x < xEnd; x += 4) {
                 for (int j = y; j < std::min(y + 4, yEnd); ++j) {
                     for (int i = x; i < std::min(x + 4, xEnd); ++i) all.push_back({i, j});
