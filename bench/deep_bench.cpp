@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "compute/value_tile.h"
 #include "deep/deep_picture.h"
 #include "deep/tiers.h"
 
@@ -69,6 +70,23 @@ void check(const deep::Picture& picture, const deep::View& v, const Run& all, in
     deep::useAllTiers();
 }
 
+// By the plain vectors of doubles: their time, and how many pixels they get wrong.
+void comparePlain(const deep::View& v, const Run& all) {
+    const double re = std::stod(v.re), im = std::stod(v.im), half = std::stod(v.width) / 2;
+    const double tall = half * v.pixelsHigh / v.pixelsWide;
+    std::vector<std::int32_t> counts(all.counts.size());
+    const double start = threadTime();
+    renderValues(ValueTile<double>{0, 0, v.pixelsWide, v.pixelsHigh, v.pixelsWide, v.pixelsHigh,
+                                   re - half, re + half, im - tall, im + tall, 0, 0, v.limit,
+                                   v.maxIters, counts.data(), nullptr, 0, 0, v.pixelsWide},
+                 0);
+    const double time = threadTime() - start;
+    std::size_t wrong = 0;
+    for (std::size_t n = 0; n < counts.size(); ++n) wrong += counts[n] != all.counts[n];
+    std::printf("  plain %.1f ms, %.2f times, wrong %.3f", time, all.milliseconds / time,
+                static_cast<double>(wrong) / static_cast<double>(counts.size()));
+}
+
 void measure(const Place& place, int checked) {
     const deep::View& v = place.view;
     const double pixels = static_cast<double>(v.pixelsWide) * v.pixelsHigh;
@@ -77,6 +95,8 @@ void measure(const Place& place, int checked) {
     const double made = threadTime() - start;
     deep::useAlone(deep::Tier::doubles);
     const Run first = run(picture, v);
+    deep::useAlone(deep::Tier::pairs);
+    const Run second = run(picture, v);
     deep::useAllTiers();
     const Run all = run(picture, v);
     double steps = 0;
@@ -87,6 +107,8 @@ void measure(const Place& place, int checked) {
         place.name.c_str(), made, first.milliseconds, static_cast<double>(first.left) / pixels,
         all.milliseconds, static_cast<long long>(all.left),
         (all.milliseconds + made) * 1e3 / pixels, steps / pixels);
+    std::printf(", pairs leave %.1e", static_cast<double>(second.left) / pixels);
+    if (std::strtod(v.width.c_str(), nullptr) > 1e-15 && v.cRe.empty()) comparePlain(v, all);
     if (checked > 0) check(picture, v, all, checked);
     std::printf("\n");
     std::fflush(stdout);

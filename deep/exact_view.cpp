@@ -55,6 +55,19 @@ ExactView::ExactView(const View& view)
     };
     middle = {whole(view.re), whole(view.im)};
     juliaConstant = {whole(view.cRe), whole(view.cIm)};
+    axisRow = indexOfZero(middle.im, high);
+    if (julia) axisColumn = indexOfZero(middle.re, wide);
+}
+
+// The n with centre + (2 n - count) step = 0; -1 where there is none within the picture.
+long ExactView::indexOfZero(const Integer& centre, long count) const {
+    Integer quotient;
+    if (mpz_divisible_p(centre, step) == 0) return -1;
+    mpz_divexact(quotient, centre, step);
+    if (mpz_fits_slong_p(quotient) == 0) return -1;
+    const long steps = mpz_get_si(quotient);
+    const bool within = steps >= -count && steps <= count && (count - steps) % 2 == 0;
+    return within ? (count - steps) / 2 : -1;
 }
 
 ExactPoint ExactView::pixel(int i, int j) const {

@@ -49,9 +49,18 @@ inline constexpr int VECTORS = BLOCK / WIDTH;
 inline constexpr double FLOOR = 0x1p-800;
 inline constexpr double UPWARDS = 1 + 0x1p-30;
 
-// Fused, in software where the processor has no such instruction.
+// Sums of two doubles and the bounds are for fused operations.
+#undef TESSARY_HAS_FUSED
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128 || \
+    (defined(HWY_NATIVE_FMA) && !HWY_NATIVE_FMA)
+#define TESSARY_HAS_FUSED 0
+#else
+#define TESSARY_HAS_FUSED 1
+#endif
+
+// In software where the processor has no such instruction.
 HWY_INLINE Real mulAdd(Real a, Real b, Real c) {
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !TESSARY_HAS_FUSED
     const RealTag d;
     HWY_ALIGN double x[WIDTH], y[WIDTH], z[WIDTH];
     hn::Store(a.v, d, x);

@@ -244,19 +244,28 @@ class Orbits : public OrbitLanes<PARTS> {
         return steps;
     }
 
-    // Lane by lane after a step that not all are calm after.
+    // After a step that not all lanes are calm after.
     bool settle() {
-        spread();
-        const bool inside = areInside();
-        bool all = true, any = false;
-        for (int l = 0; l < BLOCK; ++l) {
-            if (this->isLive(l) && !inside && !this->isInside(l)) this->decide(l);
-            if (!this->isLive(l)) continue;
-            any = any || this->wantsRebase(l);
-            all = all && size[l] <= CLOSE_ENOUGH * dSize[l] * scaleSquared[l];
+        Bits doubtful = 0, wanting = 0, far = 0;
+        for (int v = 0; v < VECTORS; ++v) {
+            const RealTag d;
+            const Constants with = constantsOf(v, 0);
+            const Real s(hn::Load(d, size + v * WIDTH)), f(hn::Load(d, bound + v * WIDTH));
+            const Real d2 = with.squared * Real(hn::Load(d, dSize + v * WIDTH));
+            const auto inside = hn::Lt(mulAdd(with.doubt, f, s).v, with.inside.v);
+            doubtful |= bitsOf(hn::Not(inside)) << (v * WIDTH);
+            wanting |= bitsOf(hn::Not(hn::Ge(s.v, d2.v))) << (v * WIDTH);
+            far |= bitsOf(hn::Not(hn::Le(s.v, (Real(CLOSE_ENOUGH) * d2).v))) << (v * WIDTH);
         }
-        if (!any) return true;
-        return all && rebaseAll();
+        spread();
+        decideAll(doubtful & live);
+        if ((wanting & live) == 0) return true;
+        return (far & live) == 0 && rebaseAll();
+    }
+
+    void decideAll(Bits lanes) {
+        if (lanes == 0 || areInside()) return;
+        for (; lanes != 0; lanes &= lanes - 1) this->decide(std::countr_zero(lanes));
     }
 
     // Whether all lanes are as surely inside as the reference is, next to which they are: with m
@@ -279,12 +288,44 @@ class Orbits : public OrbitLanes<PARTS> {
     }
 
     bool rebaseAll() {
+        if (this->q[0] >= -200) return rebaseTogether();
         spread();
         for (int l = 0; l < BLOCK; ++l) {
             if (this->isLive(l)) this->rebase(l);
         }
         at = reference.critical;
         return gather();
+    }
+
+    // Where the units are large enough to stay.
+    bool rebaseTogether() {
+        const Real to(power(-this->q[0])), toSquared = to * to;
+        const Real ofD(8 * U * U), ofZ(32 * U * U * UPWARDS);
+        for (int v = 0; v < VECTORS; ++v) {
+            State x = load(v);
+            const RealMask lanes = liveLanes(v);
+            x.s = Real(hn::IfThenElseZero(lanes, x.s.v));
+            x.f = mulAdd(Real(UPWARDS), mulAdd(ofD, x.d2, x.f),
+                         mulAdd(ofZ * toSquared, x.s, Real(FLOOR)));
+            x.zr = onlyOf(lanes, x.zr);
+            x.zi = onlyOf(lanes, x.zi);
+            x.dr = times(x.zr, to);
+            x.di = times(x.zi, to);
+            x.d2 = x.s * toSquared;
+            store(v, x);
+        }
+        for (double& n : operations) n += 1;
+        at = reference.critical;
+        return true;
+    }
+
+    static HWY_INLINE Vector onlyOf(RealMask lanes, Vector x) {
+        if constexpr (PARTS == 1) {
+            return Real(hn::IfThenElseZero(lanes, x.v));
+        } else {
+            return {Real(hn::IfThenElseZero(lanes, x.high.v)),
+                    Real(hn::IfThenElseZero(lanes, x.low.v))};
+        }
     }
 
     bool tinyTogether() {

@@ -126,7 +126,10 @@ void Reference::addOrbit(const ExactView& exact, const View& view, const ExactPo
                          const ExactPoint& constant, StopFlag stop) {
     Orbit orbit(exact, start, constant, view.limit, digits);
     for (int n = 0; orbit.keep(*this) && n < view.maxIters; ++n) {
-        if (n % 256 == 255 && isSet(stop)) break;  // short, but a reference still
+        if (n % 256 == 255 && isSet(stop)) {
+            isWhole = false;  // short, but a reference still
+            break;
+        }
         orbit.step();
     }
     lastEnd = static_cast<std::uint32_t>(size[0].size() - 1);

@@ -51,6 +51,7 @@ struct Reference {
     std::vector<double> size[2];  // |Z|^2 - L of each part
     std::vector<TinyPoint> tiny;
     std::vector<TinySize> tinySizes;
+    bool isWhole = true;  // was not cut short
     std::uint32_t critical = 0, firstEnd = 0, lastEnd = 0;
     long bits;
 
