@@ -9,10 +9,12 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "compute/value_tile.h"
 #include "deep/deep_picture.h"
 #include "deep/tiers.h"
 
@@ -25,7 +27,7 @@ double threadTime() {
 }
 
 struct Place {
-    const char* name;
+    std::string name;
     deep::View view;
 };
 
@@ -68,6 +70,23 @@ void check(const deep::Picture& picture, const deep::View& v, const Run& all, in
     deep::useAllTiers();
 }
 
+// By the plain vectors of doubles: their time, and how many pixels they get wrong.
+void comparePlain(const deep::View& v, const Run& all) {
+    const double re = std::stod(v.re), im = std::stod(v.im), half = std::stod(v.width) / 2;
+    const double tall = half * v.pixelsHigh / v.pixelsWide;
+    std::vector<std::int32_t> counts(all.counts.size());
+    const double start = threadTime();
+    renderValues(ValueTile<double>{0, 0, v.pixelsWide, v.pixelsHigh, v.pixelsWide, v.pixelsHigh,
+                                   re - half, re + half, im - tall, im + tall, 0, 0, v.limit,
+                                   v.maxIters, counts.data(), nullptr, 0, 0, v.pixelsWide},
+                 0);
+    const double time = threadTime() - start;
+    std::size_t wrong = 0;
+    for (std::size_t n = 0; n < counts.size(); ++n) wrong += counts[n] != all.counts[n];
+    std::printf("  plain %.1f ms, %.2f times, wrong %.3f", time, all.milliseconds / time,
+                static_cast<double>(wrong) / static_cast<double>(counts.size()));
+}
+
 void measure(const Place& place, int checked) {
     const deep::View& v = place.view;
     const double pixels = static_cast<double>(v.pixelsWide) * v.pixelsHigh;
@@ -76,16 +95,20 @@ void measure(const Place& place, int checked) {
     const double made = threadTime() - start;
     deep::useAlone(deep::Tier::doubles);
     const Run first = run(picture, v);
+    deep::useAlone(deep::Tier::pairs);
+    const Run second = run(picture, v);
     deep::useAllTiers();
     const Run all = run(picture, v);
     double steps = 0;
     for (const std::int32_t n : all.counts) steps += n;
     std::printf(
-        "%-12s reference %.1f ms, doubles %.1f ms, leaving %.2e, all %.1f ms, undecided %lld, "
+        "%-20s reference %.1f ms, doubles %.1f ms, leaving %.2e, all %.1f ms, undecided %lld, "
         "%.2f us a pixel, %.0f steps a pixel",
-        place.name, made, first.milliseconds, static_cast<double>(first.left) / pixels,
+        place.name.c_str(), made, first.milliseconds, static_cast<double>(first.left) / pixels,
         all.milliseconds, static_cast<long long>(all.left),
         (all.milliseconds + made) * 1e3 / pixels, steps / pixels);
+    std::printf(", pairs leave %.1e", static_cast<double>(second.left) / pixels);
+    if (std::strtod(v.width.c_str(), nullptr) > 1e-15 && v.cRe.empty()) comparePlain(v, all);
     if (checked > 0) check(picture, v, all, checked);
     std::printf("\n");
     std::fflush(stdout);
@@ -94,10 +117,15 @@ void measure(const Place& place, int checked) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 6) {
-        const deep::View v{
-            argv[1], argv[2],           argv[3], "", "", std::atoi(argv[5]), std::atoi(argv[6]),
-            4,       std::atoi(argv[4])};
-        measure({"given", v}, argc > 7 ? std::atoi(argv[7]) : 0);
+    if (argc != 4) return 2;
+    std::string name, kind, re, im, width, cRe, cIm;
+    double limit = 0;
+    int maxIters = 0;
+    while (std::cin >> name >> kind >> re >> im >> width >> cRe >> cIm >> limit >> maxIters) {
+        const bool julia = kind == "julia";
+        measure({name,
+                 {re, im, width, julia ? cRe : "", julia ? cIm : "", std::atoi(argv[1]),
+                  std::atoi(argv[2]), limit, maxIters}},
+                std::atoi(argv[3]));
     }
 }

@@ -55,6 +55,19 @@ ExactView::ExactView(const View& view)
     };
     middle = {whole(view.re), whole(view.im)};
     juliaConstant = {whole(view.cRe), whole(view.cIm)};
+    axisRow = indexOfZero(middle.im, high);
+    if (julia) axisColumn = indexOfZero(middle.re, wide);
+}
+
+// The n with centre + (2 n - count) step = 0; -1 where there is none within the picture.
+long ExactView::indexOfZero(const Integer& centre, long count) const {
+    Integer quotient;
+    if (mpz_divisible_p(centre, step) == 0) return -1;
+    mpz_divexact(quotient, centre, step);
+    if (mpz_fits_slong_p(quotient) == 0) return -1;
+    const long steps = mpz_get_si(quotient);
+    const bool within = steps >= -count && steps <= count && (count - steps) % 2 == 0;
+    return within ? (count - steps) / 2 : -1;
 }
 
 ExactPoint ExactView::pixel(int i, int j) const {
@@ -70,6 +83,11 @@ ExactPoint ExactView::pixel(int i, int j) const {
 long ExactView::spacingExponent() const {
     return static_cast<long>(mpz_sizeinbase(step, 2)) - static_cast<long>(mpz_sizeinbase(over, 2)) -
            1;
+}
+
+long ExactView::wholeBits(const ExactPoint& point) const {
+    const std::size_t most = std::max(mpz_sizeinbase(point.re, 2), mpz_sizeinbase(point.im, 2));
+    return std::max(0L, static_cast<long>(most) - static_cast<long>(mpz_sizeinbase(over, 2)) + 1);
 }
 
 // With b the larger root of t^2 - t + c, which is at least 1/2 and at most 2, z^2 + c maps [-b, b]

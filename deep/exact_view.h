@@ -2,7 +2,7 @@
 #pragma once
 
 #include "deep/big_number.h"
-#include "deep/deep_picture.h"
+#include "deep/view.h"
 
 namespace deep {
 
@@ -31,15 +31,23 @@ class ExactView {
     // log2 of width / W, rounded down.
     long spacingExponent() const;
 
+    // An n >= 0 with |re|, |im| < 2^n.
+    long wholeBits(const ExactPoint& point) const;
+
+    // Whether it is worth asking that of a pixel; cheap.
+    bool mayStayOnRealAxis(int i, int j) const { return i == axisColumn || j == axisRow; }
+
     // Whether the orbit runs on the real axis within the interval that z^2 + c maps into itself,
     // so that |z| <= 2 for ever. Such an orbit may be chaotic: no precision would follow it far.
     bool staysOnRealAxis(const ExactPoint& pixel) const;
 
   private:
+    long indexOfZero(const Integer& centre, long count) const;
     bool isWithinRealInterval(const Integer& x, const Integer& c) const;
 
     bool julia;
     long wide, high;
+    long axisRow = -1, axisColumn = -1;  // where pixels have im = 0, or re = 0 in a Julia set
     Integer over, step;
     ExactPoint middle, juliaConstant;
 };

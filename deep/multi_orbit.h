@@ -6,8 +6,9 @@
 // are decided too. Discs do not wrap as rectangles do, which would cost digits every step.
 #pragma once
 
-#include "deep/deep_picture.h"
+#include "compute/stop_flag.h"
 #include "deep/exact_view.h"
+#include "deep/view.h"
 
 namespace deep {
 
@@ -26,7 +27,7 @@ struct Outcome {
 inline constexpr long MOST_BITS = 1L << 16;
 
 // Pixel (i, j) of the view; any thread. wantsValue: the precision also grows until the value is
-// known to VALUE_UNIT, or to 2^-60 where it lies too near the middle between two units.
+// known to VALUE_UNIT; one that never is, in the middle between two units, is given as it is last.
 Outcome followExactly(const ExactView& exact, const View& view, int i, int j, bool wantsValue,
                       StopFlag stop);
 

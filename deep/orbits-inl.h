@@ -21,7 +21,7 @@ namespace deep_orbits {
 inline constexpr double CLOSE_ENOUGH = 256;
 
 // Steps between two looks at what is not in the loop.
-inline constexpr int STEPS_TOGETHER = 16, STEPS_APART = 64;
+inline constexpr int STEPS_TOGETHER = 64, STEPS_APART = 64;
 
 template <int PARTS>
 class Orbits : public OrbitLanes<PARTS> {
@@ -244,22 +244,40 @@ class Orbits : public OrbitLanes<PARTS> {
         return steps;
     }
 
-    // Lane by lane after a step that not all are calm after.
+    // After a step that not all lanes are calm after.
     bool settle() {
-        spread();
-        bool all = true, any = false;
-        for (int l = 0; l < BLOCK; ++l) {
-            if (this->isLive(l) && !isInside(l)) this->decide(l);
-            if (!this->isLive(l)) continue;
-            any = any || this->wantsRebase(l);
-            all = all && size[l] <= CLOSE_ENOUGH * dSize[l] * scaleSquared[l];
+        Bits doubtful = 0, wanting = 0, far = 0;
+        for (int v = 0; v < VECTORS; ++v) {
+            const RealTag d;
+            const Constants with = constantsOf(v, 0);
+            const Real s(hn::Load(d, size + v * WIDTH)), f(hn::Load(d, bound + v * WIDTH));
+            const Real d2 = with.squared * Real(hn::Load(d, dSize + v * WIDTH));
+            const auto inside = hn::Lt(mulAdd(with.doubt, f, s).v, with.inside.v);
+            doubtful |= bitsOf(hn::Not(inside)) << (v * WIDTH);
+            wanting |= bitsOf(hn::Not(hn::Ge(s.v, d2.v))) << (v * WIDTH);
+            far |= bitsOf(hn::Not(hn::Le(s.v, (Real(CLOSE_ENOUGH) * d2).v))) << (v * WIDTH);
         }
-        if (!any) return true;
-        return all && rebaseAll();
+        spread();
+        decideAll(doubtful & live);
+        if ((wanting & live) == 0) return true;
+        return (far & live) == 0 && rebaseAll();
     }
 
-    bool isInside(int l) const {
-        return size[l] + 1024 * operations[l] * bound[l] * scaleSquared[l] < 0.9375 * tier.limit;
+    void decideAll(Bits lanes) {
+        if (lanes == 0 || areInside()) return;
+        for (; lanes != 0; lanes &= lanes - 1) this->decide(std::countr_zero(lanes));
+    }
+
+    // Whether all lanes are as surely inside as the reference is, next to which they are: with m
+    // the largest |d| and e <= m / 4, | |z|^2 - |Z|^2 | and all errors are below 8 m (|Z| + m).
+    bool areInside() const {
+        using ::deep::Wide;
+        const Wide kept = reference.sizeAt(at);
+        if (!(kept < Wide())) return false;
+        const Wide most(std::sqrt(largest()) * (1 + 0x1p-20), this->q[0]);
+        const double re = reference.z[0][2 * at], im = reference.z[0][2 * at + 1];
+        const Wide off = Wide(8) * most * (Wide(std::hypot(re, im)) + most) + tier.ownSizeOff;
+        return off < -kept;
     }
 
     void spread() {
@@ -270,6 +288,7 @@ class Orbits : public OrbitLanes<PARTS> {
     }
 
     bool rebaseAll() {
+        if (this->q[0] >= -200) return rebaseTogether();
         spread();
         for (int l = 0; l < BLOCK; ++l) {
             if (this->isLive(l)) this->rebase(l);
@@ -278,15 +297,44 @@ class Orbits : public OrbitLanes<PARTS> {
         return gather();
     }
 
+    // Where the units are large enough to stay.
+    bool rebaseTogether() {
+        const Real to(power(-this->q[0])), toSquared = to * to;
+        const Real ofD(8 * U * U), ofZ(32 * U * U * UPWARDS);
+        for (int v = 0; v < VECTORS; ++v) {
+            State x = load(v);
+            const RealMask lanes = liveLanes(v);
+            x.s = Real(hn::IfThenElseZero(lanes, x.s.v));
+            x.f = mulAdd(Real(UPWARDS), mulAdd(ofD, x.d2, x.f),
+                         mulAdd(ofZ * toSquared, x.s, Real(FLOOR)));
+            x.zr = onlyOf(lanes, x.zr);
+            x.zi = onlyOf(lanes, x.zi);
+            x.dr = times(x.zr, to);
+            x.di = times(x.zi, to);
+            x.d2 = x.s * toSquared;
+            store(v, x);
+        }
+        for (double& n : operations) n += 1;
+        at = reference.critical;
+        return true;
+    }
+
+    static HWY_INLINE Vector onlyOf(RealMask lanes, Vector x) {
+        if constexpr (PARTS == 1) {
+            return Real(hn::IfThenElseZero(lanes, x.v));
+        } else {
+            return {Real(hn::IfThenElseZero(lanes, x.high.v)),
+                    Real(hn::IfThenElseZero(lanes, x.low.v))};
+        }
+    }
+
     bool tinyTogether() {
         spread();
         for (int l = 0; l < BLOCK; ++l) {
             if (!this->isLive(l)) continue;
-            if (this->isTiny(l)) {
-                this->tinyStep(l);
-            }
+            if (this->isTiny(l)) this->tinyStep(l);
         }
-        return gather();
+        return live != 0 && gather();
     }
 
     bool rescaleAll(double most) {
@@ -423,7 +471,7 @@ class Orbits : public OrbitLanes<PARTS> {
         const int made = until[l] - static_cast<int>(left[l]);
         this->m[l] += static_cast<std::uint32_t>(made);
         this->k[l] += made;
-        if (!isInside(l)) this->decide(l);
+        if (!this->isInside(l)) this->decide(l);
         if (this->isLive(l)) attend(l);
         if (!this->isLive(l)) park(l);
     }
@@ -438,6 +486,7 @@ class Orbits : public OrbitLanes<PARTS> {
             if (rebases || reference.isEnd(this->m[l])) this->rebase(l);
             if (this->isTiny(l)) {
                 this->tinyStep(l);
+                if (!this->isLive(l)) return;
             } else if (!skipAlone(l)) {
                 return wait(l);
             }

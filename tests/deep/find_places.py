@@ -137,14 +137,15 @@ def julia_fixed_point(name, width):
     return julia((1 + gmpy2.sqrt(1 - 4 * c)) / 2, c, width)
 
 
-def julia_of_minibrot(name, distance, width):
-    """About 0, where Julia's set of a c beside a minibrot repeats what c's surroundings look like."""
+def julia_of_minibrot(name, distance, sizes):
+    """About 0, where Julia's set of a c beside a minibrot repeats what c's surroundings look like,
+    with twice the depth: z^2 spans so many of its sizes."""
     with_digits(f"{distance}")
     gmpy2.get_context().precision *= 3
     start = misiurewicz(name) + mpfr(distance) * mpc(gmpy2.exp(mpc(0, 0.7)))
     c, period = nucleus_within(start, mpfr(distance) / 8)
-    c += minibrot_size(c, period) * mpc("0.4+0.9j")
-    return julia(mpc(0), c, width)
+    size = minibrot_size(c, period)
+    return julia(mpc(0), c + size * mpc("0.4+0.9j"), "{0:.2e}".format(gmpy2.sqrt(size * sizes)))
 
 
 def escape_step(c, limit):
@@ -195,8 +196,8 @@ def all_places():
         ("tip-needle-1e-1000", real_minibrot(830, 30), 4, 5000),
         ("spiral-1e-1000", at_misiurewicz("antenna", "1e-1000", 0.3), 4, 20000),
         ("julia-fixed-1e-40", julia_fixed_point("branch", "1e-40"), 4, 10000),
-        ("julia-minibrot-1e-50", julia_of_minibrot("spiral", "1e-45", "1e-45"), 65536, 20000),
-        ("julia-minibrot-1e-160", julia_of_minibrot("antenna", "1e-160", "1e-160"), 4, 10000),
+        ("julia-minibrot-1e-50", julia_of_minibrot("branch", "1e-45", 20), 65536, 20000),
+        ("julia-minibrot-1e-160", julia_of_minibrot("antenna", "1e-160", 20), 4, 10000),
         ("julia-fixed-1e-500", julia_fixed_point("antenna", "1e-500"), 4, 5000),
         # Built so that one term of a bound decides.
         ("limit-reached-40", on_the_limit("-0.7756835+0.1364670j", 4, "1e-40"), 4, 1000),

@@ -18,17 +18,11 @@ mpz_class powerOfTen(unsigned long exponent) {
     return power;
 }
 
-// mantissa * 2^exponent as a long double.
+// number * 2^shift.
 long double toLongDouble(const mpz_class& number, long shift) {
     long exponent = 0;
     const double mantissa = mpz_get_d_2exp(&exponent, number.get_mpz_t());
     return ldexpl(mantissa, static_cast<int>(exponent + shift));
-}
-
-long double logOf(const mpz_class& number, int bits) {
-    long exponent = 0;
-    const double mantissa = mpz_get_d_2exp(&exponent, number.get_mpz_t());
-    return logl(mantissa) + static_cast<long double>(exponent - bits) * logl(2.0L);
 }
 
 }  // namespace
@@ -155,14 +149,20 @@ class Follower {
         return z.re * z.re + z.im * z.im > mpq_class(exactLimit);
     }
 
-    double value(int n) const {
+    // q = ln(L / m) / ln(m' / m), m and m' before and after: by the differences, which are exact,
+    // because all three may be the same but for the last digits.
+    double value(int n) {
         double q = 1;
         if (before > 0) {
-            const long double first = logOf(before, 2 * bits), last = logOf(magnitude, 2 * bits);
-            const long double part = (logl(exactLimit) - first) / (last - first);
+            const long double part = growthTo(scaledLimit) / growthTo(magnitude);
             if (part >= 0 && part <= 1) q = static_cast<double>(part);
         }
         return n - 1 + q;
+    }
+
+    long double growthTo(const mpz_class& after) {
+        sum = after - before;
+        return log1pl(toLongDouble(sum, -2L * bits) / toLongDouble(before, -2L * bits));
     }
 
     static constexpr long double UPWARDS = 1 + 0x1p-40L;
