@@ -25,6 +25,11 @@ def commands(page):
     return [line for line in lines if not line.startswith("Total rendering time")]
 
 
+def documents(page):
+    """The JSON documents that a page shows."""
+    return re.findall(r"(?ms)^```json\n(.*?)^```$", read(page))
+
+
 def anchors(page):
     """The places in a page that a link may name."""
     headings = re.findall(r"(?m)^#+ (.*)$", without_blocks(read(page)))
