@@ -154,7 +154,6 @@ bool CGlutMenu::mouse_callback(int button, int state, int mouse_x, int mouse_y) 
         CGlutMenu* child = GetSubMenu(selected_item);
         if (child == nullptr) return false;
         if (MouseOnSubMenu(child, button, state, mouse_x, mouse_y)) return true;
-        if (!active) return false;
     }
     if (!IsLeftPress(button, state)) return false;
     const auto x_ratio = static_cast<float>(glutGet(GLUT_WINDOW_WIDTH)) / screen_width;

@@ -6,6 +6,7 @@
 #include "GlutMenu/PlainState.h"
 
 #include <algorithm>
+#include <string_view>
 
 // Weak: a program may bring an OpenGL that has only what the toolkit draws with, as tests without a
 // window do. What that OpenGL draws is plain.
@@ -23,26 +24,37 @@ namespace GlutMenu {
 
 namespace {
 
+// A name of OpenGL and the version that brought it, as ten times the major number and the minor
+// one.
+struct Since {
+    int version;
+    GLenum name;
+};
+
 // What changes the look of a plain shape while it is on. Colour material is not among them: it
 // follows the current colour, also back to the one found.
-constexpr GLenum effects[] = {GL_ALPHA_TEST,
-                              GL_COLOR_LOGIC_OP,
-                              GL_COLOR_SUM,
-                              GL_CULL_FACE,
-                              GL_FOG,
-                              GL_LIGHTING,
-                              GL_LINE_SMOOTH,
-                              GL_LINE_STIPPLE,
-                              GL_POLYGON_SMOOTH,
-                              GL_POLYGON_STIPPLE,
-                              GL_SAMPLE_ALPHA_TO_COVERAGE,
-                              GL_SAMPLE_ALPHA_TO_ONE,
-                              GL_SAMPLE_COVERAGE,
-                              GL_SCISSOR_TEST,
-                              GL_STENCIL_TEST};
+constexpr Since effects[] = {{10, GL_ALPHA_TEST},
+                             {11, GL_COLOR_LOGIC_OP},
+                             {14, GL_COLOR_SUM},
+                             {10, GL_CULL_FACE},
+                             {10, GL_FOG},
+                             {10, GL_LIGHTING},
+                             {10, GL_LINE_SMOOTH},
+                             {10, GL_LINE_STIPPLE},
+                             {10, GL_POLYGON_SMOOTH},
+                             {10, GL_POLYGON_STIPPLE},
+                             {13, GL_SAMPLE_ALPHA_TO_COVERAGE},
+                             {13, GL_SAMPLE_ALPHA_TO_ONE},
+                             {13, GL_SAMPLE_COVERAGE},
+                             {10, GL_SCISSOR_TEST},
+                             {10, GL_STENCIL_TEST}};
 
-constexpr GLenum textures[] = {GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP,
-                               GL_TEXTURE_RECTANGLE};
+constexpr Since textures[] = {
+    {10, GL_TEXTURE_1D}, {10, GL_TEXTURE_2D}, {12, GL_TEXTURE_3D}, {13, GL_TEXTURE_CUBE_MAP}};
+
+constexpr int first_with_texture_units = 13;
+constexpr int first_with_programs = 20;
+constexpr int first_with_rectangles = 31;
 
 bool HasAll() {
     return glActiveTexture != nullptr && glBlendEquationSeparate != nullptr &&
@@ -51,10 +63,22 @@ bool HasAll() {
            glUseProgram != nullptr;
 }
 
-// The text of a version begins with its major number.
-bool IsModern() {
-    const auto* version = reinterpret_cast<const char*>(glGetString(GL_VERSION));
-    return version != nullptr && version[0] >= '2' && version[0] <= '9';
+std::string_view Text(GLenum name) {
+    const auto* text = reinterpret_cast<const char*>(glGetString(name));
+    return text == nullptr ? "" : text;
+}
+
+// The text of a version begins with two numbers of a digit each, as in "1.4" and "4.6".
+int Version() {
+    const std::string_view text = Text(GL_VERSION);
+    if (text.size() < 3 || text[1] != '.') return 10;
+    return 10 * (text[0] - '0') + (text[2] - '0');
+}
+
+// Whether there are textures of GL_TEXTURE_RECTANGLE: an extension of what is older than they.
+bool HasRectangles(int version) {
+    return version >= first_with_rectangles ||
+           Text(GL_EXTENSIONS).find("GL_ARB_texture_rectangle") != std::string_view::npos;
 }
 
 GLint Integer(GLenum name) {
@@ -83,10 +107,10 @@ bool IsUnfilled(GLint mode) {
 
 PlainState::PlainState() {
     if (!HasAll()) return;
-    is_modern = IsModern();
+    version = Version();
     matrix_mode = Integer(GL_MATRIX_MODE);
     if (IsOtherMatrix(matrix_mode)) glMatrixMode(GL_MODELVIEW);
-    for (const GLenum effect : effects) TurnOff(GL_TEXTURE0, effect);
+    for (const Since& effect : effects) TurnOffIfKnown(GL_TEXTURE0, effect.name, effect.version);
     TurnOffClipPlanes();
     TurnOffTextures();
     TurnOffProgram();
@@ -120,24 +144,37 @@ void PlainState::TurnOff(GLenum unit, GLenum name) {
     switches.push_back({unit, name});
 }
 
+void PlainState::TurnOffIfKnown(GLenum unit, GLenum name, int since) {
+    if (version >= since) TurnOff(unit, name);
+}
+
 void PlainState::TurnOffClipPlanes() {
     const GLint count = Integer(GL_MAX_CLIP_PLANES);
     for (GLint i = 0; i < count; ++i) TurnOff(GL_TEXTURE0, GL_CLIP_PLANE0 + Name(i));
 }
 
+// A program cannot choose a unit where there is only one.
 void PlainState::TurnOffTextures() {
-    const GLint count = Integer(GL_MAX_TEXTURE_UNITS);
-    active_unit = Integer(GL_ACTIVE_TEXTURE);
-    for (GLint i = 0; i < count; ++i) {
-        const GLenum unit = GL_TEXTURE0 + Name(i);
-        glActiveTexture(unit);
-        for (const GLenum texture : textures) TurnOff(unit, texture);
+    if (version < first_with_texture_units) {
+        TurnOffTexturesOf(GL_TEXTURE0);
+        return;
     }
-    if (count > 0) glActiveTexture(Name(active_unit));
+    active_unit = Integer(GL_ACTIVE_TEXTURE);
+    const GLint count = Integer(GL_MAX_TEXTURE_UNITS);
+    for (GLint i = 0; i < count; ++i) {
+        glActiveTexture(GL_TEXTURE0 + Name(i));
+        TurnOffTexturesOf(GL_TEXTURE0 + Name(i));
+    }
+    glActiveTexture(Name(active_unit));
+}
+
+void PlainState::TurnOffTexturesOf(GLenum unit) {
+    for (const Since& texture : textures) TurnOffIfKnown(unit, texture.name, texture.version);
+    if (HasRectangles(version)) TurnOff(unit, GL_TEXTURE_RECTANGLE);
 }
 
 void PlainState::TurnOffProgram() {
-    if (is_modern) program = Integer(GL_CURRENT_PROGRAM);
+    if (version >= first_with_programs) program = Integer(GL_CURRENT_PROGRAM);
     if (program != 0) glUseProgram(0);
 }
 
@@ -155,9 +192,9 @@ void PlainState::WriteEveryColour() {
 
 // Before version 2, colour and alpha are not told apart.
 void PlainState::ReadBlending() {
-    blend_function[0] = Integer(is_modern ? GL_BLEND_SRC_RGB : GL_BLEND_SRC);
-    blend_function[1] = Integer(is_modern ? GL_BLEND_DST_RGB : GL_BLEND_DST);
-    if (!is_modern) return;
+    blend_function[0] = Integer(version >= first_with_programs ? GL_BLEND_SRC_RGB : GL_BLEND_SRC);
+    blend_function[1] = Integer(version >= first_with_programs ? GL_BLEND_DST_RGB : GL_BLEND_DST);
+    if (version < first_with_programs) return;
     blend_function[2] = Integer(GL_BLEND_SRC_ALPHA);
     blend_function[3] = Integer(GL_BLEND_DST_ALPHA);
     blend_equation[0] = Integer(GL_BLEND_EQUATION_RGB);
@@ -166,7 +203,7 @@ void PlainState::ReadBlending() {
 }
 
 void PlainState::RestoreBlending() const {
-    if (!is_modern) {
+    if (version < first_with_programs) {
         glBlendFunc(Name(blend_function[0]), Name(blend_function[1]));
         return;
     }
@@ -176,11 +213,12 @@ void PlainState::RestoreBlending() const {
 }
 
 void PlainState::RestoreSwitches() const {
+    const bool has_units = version >= first_with_texture_units && !switches.empty();
     for (const Switch& found : switches) {
-        glActiveTexture(found.unit);
+        if (has_units) glActiveTexture(found.unit);
         glEnable(found.name);
     }
-    if (!switches.empty()) glActiveTexture(Name(active_unit));
+    if (has_units) glActiveTexture(Name(active_unit));
 }
 
 }  // namespace GlutMenu

@@ -11,7 +11,8 @@ namespace GlutMenu {
 // and the rest are off, polygons are filled, every colour is written, lines are a pixel wide, and
 // matrix calls act on the model-view matrix. After that, all of it is as it was found; so are the
 // blend function and equation, which may be changed meanwhile. Whether blending and depth testing
-// are on is left to others. Only what is not plain already is changed. GLUT thread; needs a current
+// are on is left to others. Only what is not plain already is changed,
+// and OpenGL is asked for nothing that its version does not know. GLUT thread; needs a current
 // context.
 class PlainState {
   public:
@@ -27,8 +28,10 @@ class PlainState {
     };
 
     void TurnOff(unsigned int unit, unsigned int name);
+    void TurnOffIfKnown(unsigned int unit, unsigned int name, int since);
     void TurnOffClipPlanes();
     void TurnOffTextures();
+    void TurnOffTexturesOf(unsigned int unit);
     void TurnOffProgram();
     void FillPolygons();
     void WriteEveryColour();
@@ -38,7 +41,7 @@ class PlainState {
 
     // Filled by the constructor. Empty lists and zeros stand for what was plain, or cannot be
     // asked.
-    bool is_modern = false;  // OpenGL 2 or later
+    int version = 0;  // ten times OpenGL's major number and the minor one
     std::vector<Switch> switches;
     int active_unit = 0;
     int matrix_mode = 0;

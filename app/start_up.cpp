@@ -168,8 +168,9 @@ void printRenderer() {
 
 ExitStatus allocateImage() {
     try {
-        badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-        buffer = std::make_unique<unsigned char[]>(imageBytes());
+        badAssColourPalette = makeArray<unsigned char>(PALETTE_BYTES);
+        buffer = makeArray<unsigned char>(imageBytes());
+        reserveTiles();
     } catch (const std::bad_alloc&) {
         std::cout << "No memory for the picture of " << winX << " x " << winY << " pixels"
                   << std::endl;
@@ -228,7 +229,7 @@ int openAndRun(int argc, char** argv) {
     glutInit(&argc, argv);
     // Closing the window ends the loop, not the process, so that main shuts down in order.
     glutSetOption(GLUT_ACTION_ON_WINDOW_CLOSE, GLUT_ACTION_GLUTMAINLOOP_RETURNS);
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    tempColours = makeArray<unsigned char>(PALETTE_BYTES);
     if (!bCPU) {
         if (const ExitStatus status = choosePrecision(options.precisionChosen)) return *status;
     }
@@ -270,9 +271,9 @@ int runTessary(int argc, char** argv) {
     winY = roundImageSide(winY);
     max_threads = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     std::cout << "Maximum CPU threads: " << max_threads << std::endl;
-    startWorkers(max_threads);
     const CThreadShutdown shutdown;
     try {
+        startWorkers(max_threads);
         return openAndRun(argc, argv);
     } catch (const std::bad_alloc&) {
         leaveMainLoopAlone();

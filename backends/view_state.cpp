@@ -2,7 +2,6 @@
 
 #include <limits>
 
-std::recursive_mutex mutex;
 std::recursive_mutex update_lock;
 
 std::vector<fractal> fractals;

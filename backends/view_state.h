@@ -8,11 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "backends/pool_words.h"
 #include "frac/fractal.h"
-
-// Guards fractals, currentFractal where it is checked against the size, workQ and task_count.
-// Never held together with update_lock.
-extern std::recursive_mutex mutex;
 
 // Guards update_count. Never held together with mutex.
 extern std::recursive_mutex update_lock;

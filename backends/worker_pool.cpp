@@ -18,8 +18,7 @@
 
 using namespace std::chrono_literals;
 
-std::deque<params> workQ;
-std::atomic<std::int32_t> task_count{0};
+constinit PoolWords poolWords;
 std::atomic<bool> shutdown_threads{false};
 std::int32_t max_threads = 1;
 std::atomic<std::int32_t> numCPUThreads{1};
@@ -27,26 +26,65 @@ std::vector<std::unique_ptr<std::thread>> vThreads;
 
 namespace {
 
-// The tile at the front, removed; nothing when the queue is empty. Call under mutex.
+using Clock = std::chrono::steady_clock;
+using Lock = std::unique_lock<std::recursive_mutex>;
+
+// The tile at the front, removed; nothing when the queue is empty. Call under mutex. With two
+// workers the tile after the next is the one that this worker takes next: it is asked for before
+// others can have the lock, so that it is here when it is copied under the lock.
 std::optional<params> takeTile() {
     if (workQ.empty()) return std::nullopt;
     const params tile = workQ.front();
     workQ.pop_front();
+    __builtin_prefetch(workQ.begin() + 1);
     return tile;
 }
 
+// Under mutex: nobody else writes meanwhile, and a plain store is far cheaper than a subtraction
+// that other cores could interrupt.
+void countTileDown() {
+    task_count.store(task_count.load(std::memory_order_relaxed) - 1, std::memory_order_release);
+}
+
+// Leaves the processor to a sibling and the memory to whoever holds the lock.
+void pauseFor(int turns) {
+    for (int i = 0; i < turns; ++i) {
+#if defined(__x86_64__)
+        __builtin_ia32_pause();
+#elif defined(__aarch64__)
+        asm volatile("yield");
+#endif
+    }
+}
+
+// A tile changes hands in far less time than a sleep takes, so a lock that is held is tried for
+// again until SPIN is over: time and not tries, for a pause is ten times as long on one processor
+// as on another. A holder that is not done by then has lost its processor, or more workers wait
+// than the lock can serve; whoever waits in vain time after time sleeps longer each time,
+// but not so long that a frame is begun late when the lock was held to queue it.
+constexpr auto SPIN = 400ns;
+constexpr auto SHORTEST_NAP = 50us, LONGEST_NAP = 200us;
+
+// Tries for the lock until SPIN is over, with longer pauses each time.
+bool lockSoon(Lock& lock) {
+    constexpr int LONGEST_PAUSE = 16;
+    const auto start = Clock::now();
+    int turns = 1;
+    do {
+        pauseFor(turns);
+        if (lock.try_lock()) return true;
+        turns = std::min(2 * turns, LONGEST_PAUSE);
+    } while (Clock::now() - start < SPIN);
+    return false;
+}
+
 // Locks `mutex` for a worker, or gives up when the program is ending: exit() can be reached by a
-// thread that holds the lock, and it joins the workers. A tile changes hands in far less time than
-// a sleep takes, so the lock is tried for a moment first. What the lock guards was last written by
-// another core; its memory comes along while that of the lock does.
-std::unique_lock<std::recursive_mutex> lockUnlessStopping() {
-    __builtin_prefetch(&workQ, 1);
-    __builtin_prefetch(&task_count, 1);
-    std::unique_lock lock(mutex, std::defer_lock);
-    for (int tries = 1; !lock.try_lock(); ++tries) {
-        if (tries % 128 != 0) continue;
-        if (shutdown_threads) break;
-        std::this_thread::sleep_for(50us);
+// thread that holds the lock, and it joins the workers.
+Lock lockUnlessStopping() {
+    Lock lock(mutex, std::try_to_lock);
+    for (auto nap = SHORTEST_NAP; !lock && !shutdown_threads && !lockSoon(lock);
+         nap = std::min(2 * nap, LONGEST_NAP)) {
+        std::this_thread::sleep_for(nap);
     }
     return lock;
 }
@@ -81,7 +119,7 @@ NoTile workWhileAllowed(std::int32_t number) {
         {
             const auto lock = lockUnlessStopping();
             if (!lock) return NoTile::stopping;
-            if (finished) --task_count;
+            if (finished) countTileDown();
             if (shutdown_threads) return NoTile::stopping;
             if (numCPUThreads < number) return NoTile::notAllowed;
             tile = takeTile();
@@ -123,6 +161,11 @@ std::size_t workerPlaces() {
 std::unique_ptr<std::thread> takeWorker(std::size_t place) {
     const std::lock_guard lock(stopLock);
     return place < vThreads.size() ? std::move(vThreads[place]) : nullptr;
+}
+
+// Width or height of the tiles of a picture that is so wide or high.
+std::int32_t tileSide(std::int64_t side) {
+    return static_cast<std::int32_t>(std::max<std::int64_t>(side >> 8, 1));
 }
 
 // Computes tiles on the calling thread until the queue is empty.
@@ -197,23 +240,31 @@ CThreadShutdown::~CThreadShutdown() {
     std::cout << "Thread shutdown complete" << std::endl;
 }
 
+void reserveTiles() {
+    const std::int64_t columns = (winX + tileSide(winX) - 1) / tileSide(winX);
+    const std::int64_t rows = (winY + tileSide(winY) - 1) / tileSide(winY);
+    const std::lock_guard lock(mutex);
+    workQ.reserve(static_cast<std::size_t>(columns * rows));
+}
+
 void queueFrame() {
     const std::lock_guard lock(mutex);
     task_count = 0;
-    const auto xStep = static_cast<std::int32_t>(std::max<std::int64_t>(winX >> 8, 1));
-    const auto yStep = static_cast<std::int32_t>(std::max<std::int64_t>(winY >> 8, 1));
+    const std::int32_t xStep = tileSide(winX), yStep = tileSide(winY);
+    std::int32_t count = 0;
     // Columns stop when a strip's end reaches the edge, rows when a tile's start does.
     std::int32_t x0 = 0;
     while (winX != 0) {
         const std::int32_t x1 = x0 + xStep;
         for (std::int32_t y0 = 0; y0 < winY; y0 += yStep) {
             workQ.push_back({x0, x1, y0, y0 + yStep, xMin, xMax, yMin, yMax, cx, cy});
-            ++task_count;
+            ++count;
         }
         x0 = x1;
         if (x1 >= winX) break;
     }
-    std::cout << "Enqueuing " << task_count << std::endl;
+    task_count = count;
+    std::cout << "Enqueuing " << count << std::endl;
 }
 
 void waitForFrame(const std::function<bool()>& givesUp) {

@@ -4,26 +4,12 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
 
-// One tile of work: its pixel bounds (ends exclusive) and a copy of the view when it was queued.
-struct params {
-    std::int32_t xStart, xEnd, yStart, yEnd;
-    double xMin, xMax, yMin, yMax;
-    double cx, cy;
-};
-
-// Tiles waiting. Pushed at the back by the GLUT thread, taken from the front by workers, always
-// under mutex.
-extern std::deque<params> workQ;
-
-// Tiles of this frame not yet finished. Changed under mutex (set by the GLUT thread, counted down
-// by workers), read by the waiting GLUT thread without it.
-extern std::atomic<std::int32_t> task_count;
+#include "backends/pool_words.h"
 
 // Set once, at exit or by a signal; read by workers and the waiting GLUT thread, no lock.
 extern std::atomic<bool> shutdown_threads;
@@ -70,6 +56,10 @@ void startWorkers(std::int32_t count);
 // join. A tile in work is given up within some milliseconds. Safe to call again, also before an
 // earlier call has returned: all return when no worker is left. Any thread but a worker.
 void stopWorkers(bool print);
+
+// Makes room for the tiles of a picture of winX x winY, so that queuing them allocates nothing.
+// Throws std::bad_alloc. Main thread, before the first frame.
+void reserveTiles();
 
 // The frame split: queues all tiles of the present view, column by column, prints "Enqueuing " and
 // their number. The workers begin when it returns. GLUT thread.

@@ -1,10 +1,12 @@
 #include "bench/pool_frame.h"
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
-#include <deque>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "backends/image.h"
 #include "backends/palette.h"
@@ -15,19 +17,30 @@
 namespace bench {
 namespace {
 
+using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
 double secondsSince(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Waits without the frame loop's 20 ms steps, which would hide what is measured. The workers are
-// idle again, polling an empty queue, when the next frame starts.
-double finishFrame(Clock::time_point start, double shortest) {
-    using namespace std::chrono_literals;
-    std::this_thread::sleep_until(start + std::chrono::duration<double>(0.9 * shortest));
+// What all threads of the process have taken of the processors so far.
+double processorSeconds() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+// Waits without the frame loop's 20 ms steps, which would hide what is measured.
+double waitForTiles(Clock::time_point start) {
     while (task_count != 0) std::this_thread::sleep_for(50us);
-    const double seconds = secondsSince(start);
+    return secondsSince(start);
+}
+
+// The workers are idle again, polling an empty queue, when the next frame starts.
+double finishFrame(Clock::time_point start, double shortest) {
+    std::this_thread::sleep_until(start + std::chrono::duration<double>(0.9 * shortest));
+    const double seconds = waitForTiles(start);
     std::this_thread::sleep_for(3ms);
     return seconds;
 }
@@ -38,21 +51,23 @@ template <class Keep>
 void queueTiles(Keep&& keep) {
     const std::lock_guard lock(mutex);
     queueFrame();
-    std::deque<params> kept;
+    std::vector<params> kept;
     std::size_t index = 0;
-    for (params tile : workQ) {
+    for (const params& tile : workQ) {
         if (keep(index++, tile)) kept.push_back(tile);
     }
-    workQ.swap(kept);
+    workQ.clear();
+    for (const params& tile : kept) workQ.push_back(tile);
     task_count = static_cast<std::int32_t>(workQ.size());
 }
 
 }  // namespace
 
 void startPool(std::int32_t threads) {
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    buffer = std::make_unique<unsigned char[]>(imageBytes());
+    tempColours = makeArray<unsigned char>(PALETTE_BYTES);
+    badAssColourPalette = makeArray<unsigned char>(PALETTE_BYTES);
+    buffer = makeArray<unsigned char>(imageBytes());
+    reserveTiles();
     updatePalette(0);
     bCPU = true;
     startWorkers(threads);
@@ -76,7 +91,7 @@ double frameSeconds(int stride, double shortest) {
         return finishFrame(start, shortest);
     }
     const auto every = static_cast<std::size_t>(stride);
-    queueTiles([&](std::size_t index, params&) { return index % every == every / 2; });
+    queueTiles([&](std::size_t index, const params&) { return index % every == every / 2; });
     return finishFrame(Clock::now(), shortest / stride) * stride;
 }
 
@@ -92,16 +107,37 @@ void BestFrame::render() {
     for (int i = 0; i < 4 && sum < ENOUGH; ++i) sum += renderOnce();
 }
 
-double emptyFrameSeconds() {
+FrameTime wholeFrame() {
     const MutedOutput muted;
+    const double processor = processorSeconds();
+    const auto start = Clock::now();
+    queueFrame();
+    const double seconds = waitForTiles(start);
+    return {seconds, processorSeconds() - processor};
+}
+
+FrameTime emptyFrame() {
+    const MutedOutput muted;
+    const double processor = processorSeconds();
+    std::unique_lock lock(mutex);
+    const auto start = Clock::now();
+    queueFrame();
+    for (params& tile : workQ) tile.xEnd = tile.xStart;
+    lock.unlock();
+    const double seconds = waitForTiles(start);
+    return {seconds, processorSeconds() - processor};
+}
+
+void allowThreads(std::int32_t threads) {
+    numCPUThreads = threads;
+    std::this_thread::sleep_for(30ms);  // who may not work looks every 20
+}
+
+double emptyFrameSeconds() {
     double best = 1e9;
     for (int i = 0; i < 7; ++i) {
-        std::unique_lock lock(mutex);
-        const auto start = Clock::now();
-        queueFrame();
-        for (params& tile : workQ) tile.xEnd = tile.xStart;
-        lock.unlock();
-        best = std::min(best, finishFrame(start, 0));
+        best = std::min(best, emptyFrame().seconds);
+        std::this_thread::sleep_for(3ms);
     }
     return best;
 }

@@ -50,6 +50,18 @@ struct BestFrame {
     double seconds = 0;  // 0 before the first frame
 };
 
+// What one frame took: by the clock, and of the processors in all threads together.
+struct FrameTime {
+    double seconds, processorSeconds;
+};
+
+// A frame of the present view, and one whose tiles are all empty. The workers wait for it.
+FrameTime wholeFrame();
+FrameTime emptyFrame();
+
+// Lets so many of the workers work, once all have noticed.
+void allowThreads(std::int32_t threads);
+
 // Seconds of a frame whose tiles are all empty: what the queue costs by itself.
 double emptyFrameSeconds();
 

@@ -32,3 +32,14 @@ if(TESSARY_COVERAGE)
   target_compile_options(tessary_options INTERFACE --coverage -fprofile-update=prefer-atomic)
   target_link_options(tessary_options INTERFACE --coverage)
 endif()
+
+# Instruction sets that are not compiled, as an expression of Highway's HWY_* bits. Sanitizer builds
+# skip some: instrumented, each takes minutes. What stands in the cache is what the user said and
+# nothing else, so a folder that is configured again for a sanitizer, or without one, skips what it
+# would have skipped from the start.
+set(TESSARY_SKIPPED_TARGETS "" CACHE STRING
+  "Instruction sets that are left out; where empty, some in sanitizer builds")
+set(SKIPPED_TARGETS "${TESSARY_SKIPPED_TARGETS}")
+if(TESSARY_SANITIZE AND NOT SKIPPED_TARGETS)
+  set(SKIPPED_TARGETS "(HWY_SSSE3|HWY_SSE4|HWY_AVX2)")
+endif()

@@ -21,6 +21,7 @@ HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
+// NOLINTNEXTLINE(readability-non-const-parameter): without vectors nothing is written
 int coloursOf(const ValueColours& how, const double* roundings, const double* values, int n,
               unsigned char* out, std::int32_t* left) {
 #if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR

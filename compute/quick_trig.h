@@ -36,13 +36,17 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "compute/quick_sums.h"
 #include "compute/trig_tables.h"
 
 namespace quick_trig {
 
 using trig_tables::SplitDouble;
+using Approximation = QuickValue<double>;
+using Pair = QuickPair<double>;
+using Split = SplitNumber<double>;
 
-inline constexpr double ERROR = 0x1.4p-68;   // of an approximation, relative
+inline constexpr double ERROR = QUICK_ERROR;
 inline constexpr double SMALLEST = 0x1p-27;  // arguments are no smaller
 inline constexpr double LARGEST = 3000.0;    // of a sine or cosine, unless reduced before
 inline constexpr double LARGEST_HYPERBOLIC = 700.0;
@@ -54,95 +58,48 @@ struct Reduced {
     double high, low, all;
 
     bool restIsLarge() const { return std::fabs(all) >= SMALLEST_REST; }
+    QuickRest<double> rest() const { return {high, low, all}; }
 };
 
-// high + low, off by less than ERROR times the value it stands for.
-struct Approximation {
-    double high, low;
-
-    double above() const { return high + (low + high * ERROR); }
-    double below() const { return high + (low - high * ERROR); }
-    bool decided() const { return above() == below(); }
-};
-
-struct Pair {
-    Approximation sine, cosine;
-};
-
-// a + b = high + low exactly, where |a| >= |b| or a = 0 (Dekker 1971).
-struct Sum {
-    double high, low;
-
-    Sum(double a, double b) : high(a + b), low(b - (high - a)) {}
-};
-
-inline Reduced reduce(double x, double perUnit, double unit1, double unit2, double unit3) {
-    constexpr double MAGIC = 0x1.8p52;  // leaves no room for a fraction
-    const double shifted = x * perUnit + MAGIC;
-    const double n = shifted - MAGIC;
-    const double near = x - n * unit1, middle = near - n * unit2, last = n * unit3;
-    const double high = static_cast<float>(middle);
-    return {std::bit_cast<std::int64_t>(shifted) - std::bit_cast<std::int64_t>(MAGIC), high,
-            near - high - n * unit2 - last, middle - last};
+inline Reduced reduced(const QuickUnits<double>& x) {
+    return {std::bit_cast<std::int64_t>(x.shifted) - std::bit_cast<std::int64_t>(WITHOUT_FRACTION),
+            x.rest.high, x.rest.low, x.rest.all};
 }
 
 // |x| <= LARGEST; the unit is pi / 1024.
 inline Reduced reduceTrigonometric(double x) {
     using namespace trig_tables;
-    return reduce(x, PER_PI, PI_1024_1, PI_1024_2, PI_1024_3);
+    return reduced(inUnits(x, PER_PI, PI_1024_1, PI_1024_2, PI_1024_3));
 }
 
 // |x| <= LARGEST_HYPERBOLIC; the unit is ln 2 / 256.
 inline Reduced reduceHyperbolic(double x) {
     using namespace trig_tables;
-    return reduce(x, PER_LN2, LN2_256_1, LN2_256_2, LN2_256_3);
+    return reduced(inUnits(x, PER_LN2, LN2_256_1, LN2_256_2, LN2_256_3));
 }
 
-inline SplitDouble operator*(SplitDouble a, double power) {
+inline Split times(SplitDouble a, double power) {
     return {a.high * power, a.low * power};
 }
 
-// a cos t + b sin t, given cos t - 1 and sin t - t.
-inline Approximation rotate(SplitDouble a, SplitDouble b, Reduced t, double cosine, double sine) {
-    const Sum sum(a.high, b.high * t.high);
-    const double byB = (b.high + b.low) * (sine + t.low) + b.low * t.high;
-    return {sum.high, (sum.low + a.low) + (byB + (a.high + a.low) * cosine)};
-}
-
 inline Pair sineCosine(Reduced t) {
-    const double w = t.all * t.all;
-    const double cosine = w * (w * (w * (-1.0 / 720) + 1.0 / 24) - 0.5);
-    const double sine = t.all * w * (w * (w * (-1.0 / 5040) + 1.0 / 120) - 1.0 / 6);
     constexpr double SIGNS[] = {1, 1, -1, -1, 1};
     const auto quarter = static_cast<std::size_t>(t.n >> 9 & 3);
     const auto within = static_cast<std::size_t>(t.n & 511);
     const std::size_t at = quarter % 2 == 0 ? within : 512 - within;
-    const SplitDouble s = trig_tables::SINES[at] * SIGNS[quarter];
-    const SplitDouble c = trig_tables::SINES[512 - at] * SIGNS[quarter + 1];
-    return {rotate(s, c, t, cosine, sine), rotate(c, s * -1.0, t, cosine, sine)};
+    return sineCosineBeyond(times(trig_tables::SINES[at], SIGNS[quarter]),
+                            times(trig_tables::SINES[512 - at], SIGNS[quarter + 1]), t.rest());
 }
 
 // 2^(n/256 - 1).
-inline SplitDouble halfPower(std::int64_t n) {
+inline Split halfPower(std::int64_t n) {
     const auto exponent = static_cast<std::uint64_t>((n >> 8) + 1022);
-    return trig_tables::POWERS[n & 255] * std::bit_cast<double>(exponent << 52);
+    return times(trig_tables::POWERS[n & 255], std::bit_cast<double>(exponent << 52));
 }
 
 // Of n units and a rest, n >= 0.
 inline Pair hyperbolicSineCosine(Reduced t) {
-    const double w = t.all * t.all;
-    const double cosine = w * (w * (w * (1.0 / 720) + 1.0 / 24) + 0.5);
-    const double sine = t.all * w * (w * (w * (1.0 / 5040) + 1.0 / 120) + 1.0 / 6) + t.low;
-    const SplitDouble a = halfPower(t.n), b = halfPower(-t.n);
-    const double byA = a.high * t.high, byB = b.high * t.high;
-    const Sum u(a.high, b.high), v(a.high, -b.high), uByT(byA, -byB), vByT(byA, byB);
-    const double uLow = a.low + b.low, vLow = a.low - b.low;
-    const double uAll = u.high + uLow, vAll = v.high + vLow;
-    const Sum sineSum(v.high, vByT.high), cosineSum(u.high, uByT.high);
-    return {{sineSum.high, ((sineSum.low + v.low) + (vByT.low + vLow)) +
-                               ((uAll * sine + uLow * t.high) + vAll * cosine)},
-            {cosineSum.high, ((cosineSum.low + u.low) + (uByT.low + uLow)) +
-                                 ((vAll * sine + vLow * t.high) + uAll * cosine)}};
+    return hyperbolicBeyond(halfPower(t.n), halfPower(-t.n), t.rest());
 }
 
 }  // namespace quick_trig

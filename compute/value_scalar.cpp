@@ -64,8 +64,8 @@ constexpr bool IS_TRIGONOMETRIC = std::is_same_v<R, SinRule> || std::is_same_v<R
 // The value of a pixel that escaped under rule R.
 template <class R, class T>
 double valueOf(const Escape<T>& e, double logLimit) {
-    const double value = smoothValue<double>(e.count, static_cast<double>(e.before),
-                                             static_cast<double>(e.after), logLimit);
+    const auto value = smoothValue<double>(e.count, static_cast<double>(e.before),
+                                           static_cast<double>(e.after), logLimit);
     constexpr bool ROUNDED = IS_TRIGONOMETRIC<R> && std::is_same_v<T, double>;
     return ROUNDED ? rounded32(value) : value;
 }
@@ -74,7 +74,7 @@ template <class T>
 void renderPixels(const ValueTile<T>& tile, int type) {
     constexpr double INSIDE = std::numeric_limits<double>::quiet_NaN();
     const int maxIters = std::max(tile.maxIters, 0);
-    const double logLimit = fixedLog(static_cast<double>(tile.limit));
+    const double logLimit = fixedLog2(static_cast<double>(tile.limit));
     const bool known = visitRule(type, [&](auto rule) {
         forEachPixel(tile, [&](int x, int y) {
             using R = decltype(rule);

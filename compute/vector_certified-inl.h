@@ -30,6 +30,7 @@
 #include <cstdint>
 
 #include "compute/vector_number-inl.h"
+#include "compute/vector_paint-inl.h"
 #include "compute/vector_slots-inl.h"
 #include "compute/vector_tile.h"
 #include "compute/vector_trig-inl.h"

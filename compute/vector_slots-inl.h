@@ -1,4 +1,4 @@
-// The pixels in work: how they get a slot, close ranks, are known to stay, and take their colour.
+// The pixels in work: how they get a slot, close ranks and are known to stay.
 //
 // Included once for each instruction set (see compute/vector_renderer.cpp).
 #if defined(TESSARY_COMPUTE_VECTOR_SLOTS_INL_H) == defined(HWY_TARGET_TOGGLE)
@@ -16,7 +16,6 @@
 #include <cstring>
 
 #include "compute/formulas.h"
-#include "compute/pixels.h"
 #include "compute/vector_number-inl.h"
 #include "compute/vector_tile.h"
 
@@ -46,13 +45,15 @@ struct Slots {
     HWY_ALIGN T cr[ROOM], ci[ROOM];          // the pixel's point: the orbit's start or constant
     HWY_ALIGN T savedR[ROOM], savedI[ROOM];  // an earlier state, to see whether it returns
     HWY_ALIGN T live[ROOM];                  // all bits set while the orbit iterates
-    HWY_ALIGN Word count[ROOM];              // final count; the iteration limit until known
-    HWY_ALIGN Word place[ROOM];              // pixels from the first one of the chunk
+    HWY_ALIGN Word place[ROOM];              // which pixel: `stride` times its row plus its column
+    // Final counts, the iteration limit until known. Of the certified renderer by slot; of every
+    // other by pixel, row by row without gaps, wherever the slots move to.
+    HWY_ALIGN Word count[ROOM];
     std::size_t used, alive;
     bool saved;                   // whether savedR, savedI hold states
     bool suspect;                 // whether an orbit may be at its saved state
     bool placed;                  // whether place is written: not before slots leave their order
-    std::size_t columns, stride;  // of the chunk and of the picture
+    std::size_t columns, stride;  // of the chunk, and from the place of one row to the next
 
     std::size_t vectors() const { return (used + LANES - 1) / LANES; }
 };
@@ -172,35 +173,55 @@ HWY_INLINE void packRow(D d, hn::TFromD<D>* row, const Slots<T>& s) {
     }
 }
 
-// Closes ranks: hands the place and count of each ended slot to finish() and moves the live ones
-// together at the front.
-template <class R, class T, class Finish>
-void closeRanks(Slots<T>& s, Finish&& finish) {
+// A vector of a row: its live lanes go to the slots from `to` on.
+template <class D>
+HWY_INLINE void packVector(D d, hn::TFromD<D>* row, std::size_t at, std::size_t to,
+                           hn::Mask<D> live) {
+    hn::StoreU(hn::Compress(hn::Load(d, row + at), live), d, row + to);
+}
+
+// Moves the live orbits together at the front, with their places, and their saved states if there
+// are any. Counts by pixel stay where they are.
+template <class R, class T>
+HWY_NOINLINE void packOrbits(Slots<T>& s) {
     const typename Slots<T>::D d;
     const typename Slots<T>::DU du;
+    if (!s.placed) writePlaces(s);
+    std::size_t to = 0;
+    for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) {
+        const auto live = hn::MaskFromVec(hn::Load(d, s.live + at));
+        packVector(d, s.zr, at, to, live);
+        packVector(d, s.zi, at, to, live);
+        if (R::constant == Constant::pixel) {
+            packVector(d, s.cr, at, to, live);
+            packVector(d, s.ci, at, to, live);
+        }
+        if (s.saved) {
+            packVector(d, s.savedR, at, to, live);
+            packVector(d, s.savedI, at, to, live);
+        }
+        packVector(du, s.place, at, to, hn::RebindMask(du, live));
+        to += hn::CountTrue(d, live);
+    }
+    s.used = s.alive;
+    reviveUsed(s);
+}
+
+// Closes ranks where counts are kept by slot: hands the place and count of each ended slot to
+// finish() and moves the live ones together at the front.
+template <class R, class T, class Finish>
+void closeRanks(Slots<T>& s, Finish&& finish) {
     if (!s.placed) writePlaces(s);
     for (std::size_t n = 0; n < s.used; ++n) {
         typename Slots<T>::Word live;
         std::memcpy(&live, s.live + n, sizeof live);
         if (live == 0) finish(s.place[n], s.count[n]);
     }
-    packRow(d, s.zr, s);
-    packRow(d, s.zi, s);
-    if (R::constant == Constant::pixel) {
-        packRow(d, s.cr, s);
-        packRow(d, s.ci, s);
-    }
-    if (s.saved) {
-        packRow(d, s.savedR, s);
-        packRow(d, s.savedI, s);
-    }
-    packRow(du, s.place, s);
-    packRow(du, s.count, s);
-    s.used = s.alive;
-    reviveUsed(s);
+    packRow(typename Slots<T>::DU(), s.count, s);
+    packOrbits<R>(s);
 }
 
-// Hands the place and count of every used slot to finish().
+// Hands the place and count of every used slot to finish(), where counts are kept by slot.
 template <class T, class Finish>
 void finishAll(const Slots<T>& s, Finish&& finish) {
     if (s.placed) {
@@ -210,6 +231,27 @@ void finishAll(const Slots<T>& s, Finish&& finish) {
     for (std::size_t n = 0, row = 0; n < s.used; n += s.columns, row += s.stride) {
         for (std::size_t x = 0; x < s.columns; ++x) finish(row + x, s.count[n + x]);
     }
+}
+
+// Calls f(n) for each lane n of the mask.
+template <class D, class F>
+HWY_INLINE void forEachLane(D d, hn::Mask<D> lanes, F&& f) {
+    std::uint16_t bits = 0;
+    static_assert(hn::MaxLanes(D()) <= 16);
+    hn::StoreMaskBits(d, lanes, reinterpret_cast<std::uint8_t*>(&bits));
+    for (unsigned left = bits; left != 0; left &= left - 1) {
+        f(static_cast<std::size_t>(hwy::Num0BitsBelowLS1Bit_Nonzero32(left)));
+    }
+}
+
+// Writes the lanes of v that are in `which`, of the slots from `at` on, to their pixels in row.
+template <class D, class T>
+HWY_INLINE void storeByPixel(D d, const Slots<T>& s, std::size_t at, hn::Mask<D> which,
+                             hn::Vec<D> v, hn::TFromD<D>* row) {
+    if (!s.placed) return hn::BlendedStore(v, which, d, row + at);
+    HWY_ALIGN hn::TFromD<D> lanes[Slots<T>::LANES];
+    hn::Store(v, d, lanes);
+    forEachLane(d, which, [&](std::size_t n) HWY_ATTR { row[s.place[at + n]] = lanes[n]; });
 }
 
 // Remembers the present state of every slot.
@@ -270,33 +312,6 @@ bool endNotNumbers(Slots<T>& s) {
         return hn::IsNaN(hn::Add(hn::Load(d, s.zr + at), hn::Load(d, s.zi + at)));
     });
 }
-
-// Colours pixels by the rule of colourPixel, a whole pixel at a time.
-class Painter {
-  public:
-    Painter(unsigned char* firstPixel, int iterationLimit, const unsigned char* colours)
-        : first(firstPixel), palette(colours), limit(static_cast<std::size_t>(iterationLimit)) {
-        constexpr unsigned char OPAQUE[4] = {0, 0, 0, 255};
-        std::memcpy(&alpha, OPAQUE, sizeof alpha);
-    }
-
-    // place: pixels from the first one; count: 0 to the iteration limit.
-    void operator()(std::size_t place, std::size_t count) const {
-        constexpr unsigned char BLACK[4] = {0, 0, 0, 0};
-        const std::size_t entry = limit > PALETTE_ENTRIES ? count % PALETTE_ENTRIES : count;
-        const unsigned char* colour = count < limit ? palette + 4 * entry : BLACK;
-        std::uint32_t pixel;
-        std::memcpy(&pixel, colour, sizeof pixel);
-        pixel |= alpha;
-        std::memcpy(first + 4 * place, &pixel, sizeof pixel);
-    }
-
-  private:
-    unsigned char* first;
-    const unsigned char* palette;
-    std::size_t limit;
-    std::uint32_t alpha;
-};
 
 }  // namespace HWY_NAMESPACE
 }  // namespace tessary_vector

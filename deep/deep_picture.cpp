@@ -2,41 +2,124 @@
 
 #include <algorithm>
 #include <limits>
+#include <optional>
+#include <vector>
 
 #include "deep/exact_view.h"
 #include "deep/multi_orbit.h"
-#include "frac/decimal_text.h"
+#include "deep/tiers.h"
 
 namespace deep {
+namespace {
+
+struct Pixel {
+    std::int32_t x, y;
+};
+
+// Where a call's pixels go.
+struct Target {
+    int xStart, yStart;
+    std::int32_t* counts;
+    double* values;
+    std::ptrdiff_t stride;
+
+    void write(Pixel p, std::int32_t count, double value) const {
+        const std::ptrdiff_t at = std::ptrdiff_t{p.y - yStart} * stride + (p.x - xStart);
+        if (counts != nullptr) counts[at] = count;
+        if (values != nullptr) values[at] = value;
+    }
+};
+
+}  // namespace
 
 class Picture::Work {
   public:
-    explicit Work(const View& v) : view(v), exact(v) {}
+    Work(const View& v, StopFlag stop) : view(v), exact(v) {
+        if (!isForVectors(view)) return;
+        reference.emplace(exact, view, referenceBits(exact), stop);
+        doubles = makeTier<1>(*reference, exact, view);
+        pairs = makeTier<2>(*reference, exact, view);
+    }
+
+    std::int64_t render(const Target& target, int xEnd, int yEnd, StopFlag stop) const {
+        std::vector<Pixel> left = pixelsOf(target, xEnd, yEnd);
+        if (reference && isInUse(Tier::doubles)) left = follow(doubles, left, target, stop);
+        if (reference && isInUse(Tier::pairs)) left = follow(pairs, left, target, stop);
+        if (reference && !isInUse(Tier::digits)) return giveUp(left, target);
+        return followExactly(left, target, stop);
+    }
+
+  private:
+    // In blocks of 4 x 4: neighbours stay together longest.
+    static std::vector<Pixel> pixelsOf(const Target& t, int xEnd, int yEnd) {
+        std::vector<Pixel> all;
+        for (int y = t.yStart; y < yEnd; y += 4) {
+            for (int x = t.xStart; x < xEnd; x += 4) {
+                for (int j = y; j < std::min(y + 4, yEnd); ++j) {
+                    for (int i = x; i < std::min(x + 4, xEnd); ++i) all.push_back({i, j});
+                }
+            }
+        }
+        return all;
+    }
+
+    // Those that the tier leaves undecided.
+    template <int PARTS>
+    std::vector<Pixel> follow(const TierData<PARTS>& tier, const std::vector<Pixel>& pixels,
+                              const Target& target, StopFlag stop) const {
+        std::vector<Pixel> left;
+        for (std::size_t first = 0; first < pixels.size() && !isSet(stop); first += BLOCK) {
+            Block block;
+            for (std::size_t n = first; n < std::min(first + BLOCK, pixels.size()); ++n) {
+                block.x[block.used] = pixels[n].x;
+                block.y[block.used++] = pixels[n].y;
+            }
+            deep::follow(tier, block, target.values != nullptr, stop);
+            for (int l = 0; l < block.used; ++l) {
+                const Pixel p{block.x[l], block.y[l]};
+                if (block.count[l] == UNDECIDED) left.push_back(p);
+                if (block.count[l] >= 0) target.write(p, block.count[l], block.value[l]);
+            }
+        }
+        return left;
+    }
+
+    std::int64_t followExactly(const std::vector<Pixel>& pixels, const Target& target,
+                               StopFlag stop) const {
+        std::int64_t undecided = 0;
+        for (const Pixel& p : pixels) {
+            const Outcome o =
+                deep::followExactly(exact, view, p.x, p.y, target.values != nullptr, stop);
+            if (o.count == INTERRUPTED) break;
+            if (o.count == UNDECIDED) ++undecided;
+            target.write(p, o.count, o.value);
+        }
+        return undecided;
+    }
+
+    static std::int64_t giveUp(const std::vector<Pixel>& pixels, const Target& target) {
+        constexpr double NOT_KNOWN = std::numeric_limits<double>::quiet_NaN();
+        for (const Pixel& p : pixels) target.write(p, UNDECIDED, NOT_KNOWN);
+        return static_cast<std::int64_t>(pixels.size());
+    }
 
     const View view;
     const ExactView exact;
+    std::optional<Reference> reference;
+    TierData<1> doubles;
+    TierData<2> pairs;
 };
 
-Picture::Picture(const View& view, StopFlag) : work(std::make_unique<const Work>(view)) {}
+Picture::Picture(const View& view, StopFlag stop)
+    : work(std::make_unique<const Work>(view, stop)) {}
 Picture::~Picture() = default;
 Picture::Picture(Picture&&) noexcept = default;
 Picture& Picture::operator=(Picture&&) noexcept = default;
 
+// Parts that begin outside the picture keep their places in the arrays.
 std::int64_t Picture::render(int xStart, int yStart, int xEnd, int yEnd, std::int32_t* counts,
                              double* values, std::ptrdiff_t stride, StopFlag stop) const {
-    std::int64_t undecided = 0;
-    const View& v = work->view;
-    for (int y = std::max(yStart, 0); y < std::min(yEnd, v.pixelsHigh); ++y) {
-        for (int x = std::max(xStart, 0); x < std::min(xEnd, v.pixelsWide); ++x) {
-            const Outcome o = followExactly(work->exact, v, x, y, values != nullptr, stop);
-            if (o.count == INTERRUPTED) return undecided;
-            if (o.count == UNDECIDED) ++undecided;
-            const std::ptrdiff_t at = std::ptrdiff_t{y - yStart} * stride + (x - xStart);
-            if (counts != nullptr) counts[at] = o.count;
-            if (values != nullptr) values[at] = o.value;
-        }
-    }
-    return undecided;
+    return work->render({xStart, yStart, counts, values, stride}, xEnd, yEnd, stop);
 }
 
 }  // namespace deep

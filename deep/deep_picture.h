@@ -40,7 +40,7 @@ class Picture {
     Picture(Picture&&) noexcept;
     Picture& operator=(Picture&&) noexcept;
 
-    // Writes the pixels [xStart, xEnd) x [yStart, yEnd), clipped to the picture: pixel (x, y) is
+    // Writes the pixels [xStart, xEnd) x [yStart, yEnd), which lie within the picture: (x, y) is
     // element (y - yStart) * stride + (x - xStart). Either pointer may be null.
     //
     // A count is the first step n < maxIters, from 0, with |z_n|^2 > limit, maxIters where there is

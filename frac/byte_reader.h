@@ -25,7 +25,7 @@ class ByteReader {
     static ByteReader ofStandardInput();
 
     // A reader of `bytes`, which outlive it: always open, it never fails.
-    static ByteReader ofBytes(std::string_view bytes) { return ByteReader(bytes, InMemory()); }
+    static ByteReader ofBytes(std::string_view bytes) { return {bytes, InMemory()}; }
 
     ByteReader(const ByteReader&) = delete;
     ByteReader& operator=(const ByteReader&) = delete;

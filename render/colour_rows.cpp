@@ -87,6 +87,7 @@ unsigned deepLevel(const unsigned char* at) {
 }
 
 void putDeep(double level, unsigned char* out) {
+    // Half up, as levels of 8 bits are. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     const auto whole = static_cast<unsigned>(std::clamp(level, 0.0, 1.0) * 65535 + 0.5);
     out[0] = static_cast<unsigned char>(whole >> 8U);
     out[1] = static_cast<unsigned char>(whole & 0xffU);

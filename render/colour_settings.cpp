@@ -24,7 +24,7 @@ constexpr Words<Scale, 3> SCALES = {
 constexpr Words<bool, 2> DITHERS = {{{"none", false}, {"pattern", true}}};
 
 [[noreturn]] void refuse(const std::string& key, const std::string& reason = {}) {
-    throw Failure("\"render\" holds no \"" + key + "\" that a picture can have" +
+    throw Failure(R"("render" holds no ")" + key + "\" that a picture can have" +
                   (reason.empty() ? "" : ": " + reason));
 }
 

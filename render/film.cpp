@@ -79,7 +79,7 @@ class Pictures {
 std::string shortestText(double value) {
     if (!std::isfinite(value)) return numberText(value);
     std::array<char, 32> room{};
-    const auto end = std::to_chars(room.data(), room.data() + room.size(), value).ptr;
+    char* const end = std::to_chars(room.data(), room.data() + room.size(), value).ptr;
     return {room.data(), end};
 }
 

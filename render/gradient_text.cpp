@@ -120,6 +120,7 @@ class GimpReader {
             refuse("the number of segments, 1 to " + std::to_string(MOST_SEGMENTS));
         }
         std::vector<Segment> segments;
+        segments.reserve(static_cast<std::size_t>(*count));
         for (int n = 0; n < *count; ++n)
             segments.push_back(segment(n == 0 ? 0 : segments.back().right));
         if (segments.back().right != 1) refuse("a last segment that ends at 1");
@@ -218,6 +219,7 @@ std::string contentOf(const std::string& path) {
 Gradient fromMap(const std::vector<Colour>& colours) {
     std::vector<Gradient::Stop> stops;
     const auto count = static_cast<double>(colours.size());
+    stops.reserve(colours.size());
     for (const Colour& c : colours) {
         stops.push_back({static_cast<double>(stops.size()) / count,
                          {c[0] / 255.0, c[1] / 255.0, c[2] / 255.0}});

@@ -18,6 +18,7 @@ namespace render {
 namespace {
 
 // What a band's file says.
+// NOLINTNEXTLINE(bugprone-exception-escape): as of Document
 struct Piece {
     std::string path;
     Band band;
@@ -124,6 +125,7 @@ void joinPictures(const std::vector<Piece>& pieces, const std::string& output,
 
 void joinNumbers(std::vector<Piece> pieces, const std::string& output, const RunOptions& how) {
     std::vector<NumberShare> shares;
+    shares.reserve(pieces.size());
     for (Piece& piece : pieces) shares.push_back(std::move(*piece.numbers));
     const NpyEncoder encoder(shares.front().shape.kind);
     Job job;
@@ -138,6 +140,7 @@ void joinNumbers(std::vector<Piece> pieces, const std::string& output, const Run
 void joinBands(const std::vector<std::string>& paths, const std::string& output,
                const RunOptions& options) {
     std::vector<Piece> pieces;
+    pieces.reserve(paths.size());
     for (const std::string& path : paths) pieces.push_back(readPiece(path));
     pieces = inOrder(std::move(pieces));
     // Rows come in order, so one thread reads and packs them; the calling one writes.

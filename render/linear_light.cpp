@@ -25,6 +25,7 @@ constexpr std::uint64_t light(std::uint64_t halves) {
     if (value <= 0.04045) return halves * (LEVEL_ONE / 2);
     const double base = (value + 0.055) / 1.055;
     const double share = base * base * fifthRoot(base * base);
+    // lround is no constant expression. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     return static_cast<std::uint64_t>(share * static_cast<double>(FULL_LIGHT) + 0.5);
 }
 

@@ -71,6 +71,7 @@ void appendNumber(std::string& bytes, std::uint32_t number) {
 
 void setColours(Writer& writer, const std::vector<Colour>& colours) {
     std::vector<png_color> entries;
+    entries.reserve(colours.size());
     for (const Colour& c : colours) entries.push_back({c[0], c[1], c[2]});
     png_set_PLTE(writer.png, writer.info, entries.data(), static_cast<int>(entries.size()));
 }

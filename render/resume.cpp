@@ -69,7 +69,7 @@ class Chunks {
     std::string next(std::string& data) {
         std::string head = take(8);
         if (head.size() < 8 || numberAt(head, 0) > LONGEST_CHUNK) return {};
-        const std::string type = head.substr(4);
+        std::string type = head.substr(4);
         data = type + take(numberAt(head, 0) + std::size_t{4});
         if (data.size() < numberAt(head, 0) + std::size_t{8}) return {};
         const auto* checked = reinterpret_cast<const unsigned char*>(data.data());

@@ -113,8 +113,8 @@ class Pixels : public RowSource {
 // The attempts at one picture, each better than the one before.
 class Attempts {
   public:
-    explicit Attempts(const Job& wanted)
-        : job(wanted), own(job.view.maxIters), best(std::make_shared<Pixels>(job)) {}
+    explicit Attempts(Job wanted)
+        : job(std::move(wanted)), own(job.view.maxIters), best(std::make_shared<Pixels>(job)) {}
 
     // The first one is made whatever it takes, the others until the flag is set.
     std::shared_ptr<Pixels> make() {

@@ -28,6 +28,7 @@
 #include "explorer/frame_loop.h"
 #include "explorer/navigation.h"
 #include "explorer/window_state.h"
+#include "tests/app/failing_new.h"
 #include "tests/support/device_stand_in.h"
 #include "tests/support/glut_stand_in.h"
 #include "tests/support/sanitized.h"
@@ -79,6 +80,9 @@ void printState() {
               << fractals.size() << std::endl;
 }
 
+// How many allocations of the program succeed before one fails.
+long allocationsBeforeOneFails = NONE_FAILS;
+
 // Runs the program with these arguments after its path and ends the process with its status.
 [[noreturn]] void runProgram(Arguments arguments, Devices devicesThere,
                              std::function<void()> loop = printState,
@@ -95,7 +99,10 @@ void printState() {
     std::vector<char*> pointers;
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     totalTime = 77;
-    const int status = runTessary(static_cast<int>(pointers.size()), pointers.data());
+    const int count = static_cast<int>(pointers.size());
+    allocationsUntilOneFails = allocationsBeforeOneFails;
+    const int status = runTessary(count, pointers.data());
+    allocationsUntilOneFails = NONE_FAILS;
     std::exit(status);
 }
 
@@ -259,6 +266,23 @@ TEST_F(StartUpTest, AnUnsignedExceptionEndsTheLoopQuietly) {
 TEST_F(StartUpTest, MissingMemoryInACallbackIsOneLineAndStatusOne) {
     EXPECT_EXIT(runProgram({}, NONE, [] { throw std::bad_alloc(); }), ExitedWithCode(1),
                 HasSubstr("glutMainLoop()\nOut of memory\n" + shutdownLines()));
+}
+
+// The first allocations are the list of the workers, the handle and the body of the first of them.
+TEST_F(StartUpTest, MissingMemoryForTheWorkersIsOneLineAndStatusOneToo) {
+    if (SANITIZED) GTEST_SKIP() << "the sanitizer's operator new does not fail when wanted";
+    for (const long before : {0, 1, 2}) {
+        EXPECT_EXIT(
+            {
+                allocationsBeforeOneFails = before;
+                runProgram({}, NONE);
+            },
+            ExitedWithCode(1),
+            Eq("Maximum CPU threads: " + hardwareThreads() +
+               "\nOut of memory\nReleasing OpenCL resources ...[DONE]\n"
+               "Shutting down threads\nThread shutdown complete\n"))
+            << before;
+    }
 }
 
 TEST_F(StartUpTest, ExitFromACallbackKeepsItsStatus) {

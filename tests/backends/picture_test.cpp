@@ -64,7 +64,8 @@ fractal entry(const CatalogueRow& row) {
 std::deque<params> thinQueue(std::size_t stride) {
     std::deque<params> kept;
     for (std::size_t i = 0; i < workQ.size(); i += stride) kept.push_back(workQ[i]);
-    workQ = kept;
+    workQ.clear();
+    for (const params& tile : kept) workQ.push_back(tile);
     task_count = static_cast<std::int32_t>(kept.size());
     return kept;
 }

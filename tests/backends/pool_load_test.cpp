@@ -20,14 +20,13 @@
 #include "backends/worker_pool.h"
 #include "tests/support/backend_globals.h"
 #include "tests/support/picture.h"
-#include "tests/support/reference_fractal.h"
 #include "tests/support/stdout_capture.h"
 
 namespace {
 
+using test_support::expectedPicture;
 using test_support::Picture;
 using test_support::Pool;
-using test_support::ReferenceView;
 using test_support::samePicture;
 using test_support::StdoutCapture;
 
@@ -39,29 +38,6 @@ constexpr unsigned char UNTOUCHED = 0xA5;
 int setting(const char* name, int otherwise) {
     const char* text = std::getenv(name);
     return text == nullptr ? otherwise : std::atoi(text);
-}
-
-// The picture of the view globals, by plain arithmetic.
-Picture expected() {
-    const ReferenceView v{.type = currentFractalType,
-                          .doublePrecision = bDoublePrecision,
-                          .width = static_cast<int>(winX),
-                          .height = static_cast<int>(winY),
-                          .xMin = xMin,
-                          .xMax = xMax,
-                          .yMin = yMin,
-                          .yMax = yMax,
-                          .cx = cx,
-                          .cy = cy,
-                          .maxSize = maxSize,
-                          .maxIters = maxIters};
-    Picture picture(v.width, v.height, 0);
-    for (int y = 0; y < v.height; ++y) {
-        for (int x = 0; x < v.width; ++x) {
-            test_support::referencePixel(v, cpuPalette, x, y, picture.pixel(x, y));
-        }
-    }
-    return picture;
 }
 
 class PoolLoad : public testing::TestWithParam<int> {
@@ -96,7 +72,7 @@ class PoolLoad : public testing::TestWithParam<int> {
     }
 
     testing::AssertionResult pictureIsRight() const {
-        return samePicture(image.picture(), expected(), "pool_load");
+        return samePicture(image.picture(), expectedPicture(), "pool_load");
     }
 
     std::string repeat() const {
@@ -176,7 +152,7 @@ class Shutdowns : public PoolLoad {
         copyToView(test_support::slowView());
         maxIters = 20000;
         bDoublePrecision = true;
-        whole = expected();
+        whole = expectedPicture();
     }
 
     // Stops the pool while another thread waits for a frame; answers when both are done.

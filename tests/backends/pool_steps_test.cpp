@@ -5,7 +5,10 @@
 
 #include <chrono>
 #include <functional>
+#include <latch>
 #include <mutex>
+#include <optional>
+#include <thread>
 #include <vector>
 
 #include "backends/image.h"
@@ -159,6 +162,77 @@ TEST_F(WorkerSteps, AShutdownWithATileInHandEndsItWithoutASleep) {
     EXPECT_THAT(watch.sleeps, IsEmpty());
     EXPECT_EQ(task_count, 1);
     EXPECT_EQ(workQ.size(), 1u);
+}
+
+// ---- a lock that another has
+
+// The pool's lock in the hands of another thread, while it lives.
+class HeldByAnother {
+  public:
+    HeldByAnother() { held.wait(); }
+    ~HeldByAnother() {
+        over.count_down();
+        holder.join();
+    }
+    HeldByAnother(const HeldByAnother&) = delete;
+    HeldByAnother& operator=(const HeldByAnother&) = delete;
+
+  private:
+    std::latch held{1}, over{1};
+    std::thread holder{[this] {
+        const std::lock_guard lock(mutex);
+        held.count_down();
+        over.wait();
+    }};
+};
+
+class WaitingWorker : public WorkerSteps {
+  protected:
+    WaitingWorker() {
+        allow(1);
+        watch.clock = [this](std::chrono::nanoseconds) { return now; };
+    }
+
+    std::chrono::nanoseconds now{0};
+};
+
+TEST_F(WaitingWorker, TriesAgainWhileItsTimeLastsHoweverOften) {
+    const HeldByAnother lock;
+    watch.beforeTryLock = [this](int attempt) {
+        if (attempt == 5000) now += 1ms;
+    };
+    watch.duringSleep = [](int) { shutdown_threads = true; };
+    threadContainer{1}();
+    EXPECT_EQ(watch.lockAttempts, 5000);
+}
+
+TEST_F(WaitingWorker, SleepsWhenItsTimeIsUpHoweverSeldomItTried) {
+    const HeldByAnother lock;
+    watch.beforeTryLock = [this](int) { now += 10us; };
+    watch.duringSleep = [](int) { shutdown_threads = true; };
+    threadContainer{1}();
+    EXPECT_EQ(watch.lockAttempts, 2);
+}
+
+TEST_F(WaitingWorker, SleepsLongerEachTimeItWaitedInVain) {
+    const HeldByAnother lock;
+    watch.beforeTryLock = [this](int) { now += 1ms; };
+    watch.duringSleep = [](int sleep) { shutdown_threads = sleep == 5; };
+    threadContainer{1}();
+    EXPECT_THAT(watch.sleeps, ElementsAre(50us, 100us, 200us, 200us, 200us));
+}
+
+TEST_F(WaitingWorker, TakesTheTileAfterItsShortSleep) {
+    queueTile();
+    std::optional<HeldByAnother> lock(std::in_place);
+    watch.beforeTryLock = [this](int) { now += 1ms; };
+    watch.duringSleep = [&lock](int sleep) {
+        lock.reset();
+        shutdown_threads = sleep == 2;
+    };
+    threadContainer{1}();
+    EXPECT_THAT(watch.sleeps, ElementsAre(50us, 1ms));
+    EXPECT_EQ(task_count, 0);
 }
 
 // Two tiles of the same pixels: the one that is computed last is seen.

@@ -20,15 +20,14 @@
 #include "compute/vector_renderer.h"
 #include "tests/support/backend_globals.h"
 #include "tests/support/picture.h"
-#include "tests/support/reference_fractal.h"
 #include "tests/support/stdout_capture.h"
 
 namespace {
 
 using namespace std::chrono_literals;
+using test_support::expectedPicture;
 using test_support::Picture;
 using test_support::Pool;
-using test_support::ReferenceView;
 using test_support::samePicture;
 using test_support::StdoutCapture;
 
@@ -48,32 +47,9 @@ class PoolTest : public testing::Test {
         waitForFrame();
     }
 
-    // What plain arithmetic makes of the view globals.
-    static Picture expected() {
-        const ReferenceView v{.type = currentFractalType,
-                              .doublePrecision = bDoublePrecision,
-                              .width = static_cast<int>(winX),
-                              .height = static_cast<int>(winY),
-                              .xMin = xMin,
-                              .xMax = xMax,
-                              .yMin = yMin,
-                              .yMax = yMax,
-                              .cx = cx,
-                              .cy = cy,
-                              .maxSize = maxSize,
-                              .maxIters = maxIters};
-        Picture picture(v.width, v.height, 0);
-        for (int y = 0; y < v.height; ++y) {
-            for (int x = 0; x < v.width; ++x) {
-                test_support::referencePixel(v, cpuPalette, x, y, picture.pixel(x, y));
-            }
-        }
-        return picture;
-    }
-
     testing::AssertionResult pictureIsRight() const {
         const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-        return samePicture(image.picture(), expected(), "pool." + name);
+        return samePicture(image.picture(), expectedPicture(), "pool." + name);
     }
 
     static void queueOneTile(const params& tile) {
@@ -111,7 +87,7 @@ TEST_P(PoolThreads, AnImageThatIsNoMultipleOf256IsWhole) {
     InitColours(1);
     const Pool pool(GetParam());
     renderFrame();
-    EXPECT_TRUE(samePicture(odd.picture(), expected(), "pool.odd"));
+    EXPECT_TRUE(samePicture(odd.picture(), expectedPicture(), "pool.odd"));
 }
 
 TEST_P(PoolThreads, AsManyThreadsAreThereAsWereAskedFor) {
@@ -406,7 +382,7 @@ class TileGlobals : public PoolTest {
 };
 
 TEST_F(TileGlobals, TheViewIsThatOfTheQueueing) {
-    const Picture wanted = expected();
+    const Picture wanted = expectedPicture();
     changeAfterQueueing = [] { xMin = xMax = yMin = yMax = cx = cy = 1.5; };
     renderHere();
     EXPECT_TRUE(samePicture(image.picture(), wanted, "pool.view"));
@@ -427,7 +403,7 @@ TEST_F(TileGlobals, LimitFormulaPrecisionAndPaletteAreThoseOfTheWork) {
 TEST_F(TileGlobals, TheEscapeBoundLosesItsFraction) {
     xMax = 2, xMin = -2, yMax = 2, yMin = -2;
     maxSize = 4.0;
-    const Picture wanted = expected();
+    const Picture wanted = expectedPicture();
     maxSize = 4.9;
     renderHere();
     EXPECT_TRUE(samePicture(image.picture(), wanted, "pool.fraction"));

@@ -15,6 +15,13 @@ void writeDown(const timespec& length) {
     watch->duringSleep(static_cast<int>(watch->sleeps.size()));
 }
 
+void changeTime(timespec& time) {
+    constexpr long SECOND = 1'000'000'000;
+    const auto told = watch->clock(std::chrono::nanoseconds(time.tv_sec * SECOND + time.tv_nsec));
+    time.tv_sec = told.count() / SECOND;
+    time.tv_nsec = told.count() % SECOND;
+}
+
 }  // namespace
 
 ThreadWatch::ThreadWatch() {
@@ -30,6 +37,7 @@ ThreadWatch::~ThreadWatch() {
 // The sanitizers' functions of those names, where one is linked: it must hear of every lock, and
 // the stand-ins below hide them.
 extern "C" [[gnu::weak]] int __interceptor_pthread_mutex_trylock(pthread_mutex_t*);
+extern "C" [[gnu::weak]] int __interceptor_clock_gettime(clockid_t, timespec*);
 extern "C" [[gnu::weak]] int __interceptor_nanosleep(const timespec*, timespec*);
 
 extern "C" int pthread_mutex_trylock(pthread_mutex_t* lock) {
@@ -52,6 +60,17 @@ extern "C" int nanosleep(const timespec* length, timespec* left) {
     if (test_support::watch == nullptr) return original(length, left);
     test_support::writeDown(*length);
     return 0;
+}
+
+extern "C" int clock_gettime(clockid_t clock, timespec* time) {
+    using Function = int (*)(clockid_t, timespec*);
+    static const auto original =
+        __interceptor_clock_gettime ? &__interceptor_clock_gettime
+                                    : reinterpret_cast<Function>(dlsym(RTLD_NEXT, "clock_gettime"));
+    const int result = original(clock, time);
+    if (test_support::watch == nullptr || clock != CLOCK_MONOTONIC) return result;
+    test_support::changeTime(*time);
+    return result;
 }
 
 // What a library built otherwise may call for the same.

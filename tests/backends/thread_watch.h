@@ -25,6 +25,10 @@ class ThreadWatch {
     // number of the attempt, from 1.
     std::function<void(int)> beforeTryLock = [](int) {};
 
+    // What the thread reads on its steady clock; as given, the true time.
+    std::function<std::chrono::nanoseconds(std::chrono::nanoseconds)> clock =
+        [](std::chrono::nanoseconds time) { return time; };
+
     // The lengths asked for.
     std::vector<std::chrono::nanoseconds> sleeps;
 

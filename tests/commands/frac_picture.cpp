@@ -27,8 +27,8 @@ fractal readEntry(const char* path, int index) {
 }
 
 unsigned char* palette(int type) {
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    tempColours = makeArray<unsigned char>(PALETTE_BYTES);
+    badAssColourPalette = makeArray<unsigned char>(PALETTE_BYTES);
     updatePalette(type);
     return badAssColourPalette.get();
 }

@@ -79,6 +79,77 @@ TEST(FixedLog, IsNotANumberWhereThereIsNone) {
     }
 }
 
+// Both logarithms share a division, so each is tried beside numbers of other sizes.
+TEST(FixedLogs2, AreWithinTenUnits) {
+    std::vector<double> numbers = positiveNumbers();
+    std::erase_if(numbers, [](double x) { return x < 0x1p-1022; });
+    std::vector<double> others = numbers;
+    std::shuffle(others.begin(), others.end(), std::mt19937_64(13));
+    long double most = 0;
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const LogPair<double> logs = fixedLogs2(numbers[i], others[i]);
+        const long double x = numbers[i], y = others[i];
+        most = std::max(
+            {most, unitsOff(logs.first, std::log2(x)), unitsOff(logs.second, std::log2(y))});
+    }
+    EXPECT_LE(most, 10.0L);
+}
+
+TEST(FixedLogs2, AreExactForPowersOfTwo) {
+    for (int k = -1074; k < 1024; ++k) ASSERT_EQ(fixedLog2(std::ldexp(1.0, k)), k);
+}
+
+TEST(FixedLogs2, OfSubnormalNumbersAreAsGood) {
+    std::mt19937_64 generator(14);
+    for (int i = 0; i < 20000; ++i) {
+        const double x = std::ldexp(1.0 + static_cast<double>(generator() >> 12), -1074);
+        const double y = std::ldexp(x, i % 1000);
+        const LogPair<double> logs = fixedLogs2OfAny(x, y), other = fixedLogs2OfAny(y, x);
+        ASSERT_LE(unitsOff(logs.first, std::log2(static_cast<long double>(x))), 10.0L) << x;
+        ASSERT_LE(unitsOff(logs.second, std::log2(static_cast<long double>(y))), 10.0L) << y;
+        ASSERT_EQ(other.first, logs.second);
+        ASSERT_EQ(other.second, logs.first);
+    }
+}
+
+// Vectors take the short way where all their numbers are normal.
+TEST(FixedLogs2, AreTheSameBitsOnTheShortWay) {
+    for (const double x : positiveNumbers()) {
+        if (x < 0x1p-1022) continue;
+        const LogPair<double> quick = fixedLogs2(x, 3.0), any = fixedLogs2OfAny(x, 3.0);
+        ASSERT_EQ(quick.first, any.first) << x;
+        ASSERT_EQ(quick.second, any.second) << x;
+    }
+}
+
+TEST(FixedLogs2, HaveTheirLimitsAtTheEnds) {
+    for (const double x : {0.0, -0.0, -1.0, -INFINITE, NOT_A_NUMBER}) {
+        EXPECT_EQ(fixedLogs2OfAny(x, 2.0).first, -INFINITE) << x;
+        EXPECT_EQ(fixedLogs2OfAny(2.0, x).second, -INFINITE) << x;
+    }
+    EXPECT_EQ(fixedLogs2OfAny(INFINITE, 2.0).first, INFINITE);
+    EXPECT_EQ(fixedLogs2OfAny(2.0, INFINITE).second, INFINITE);
+}
+
+TEST(SmoothValue, IsTheWholeStepWhereThereIsNoQuotient) {
+    const double four = fixedLog2(4.0);
+    EXPECT_EQ(smoothValue(7.0, 0.0, 5.0, four), 7.0);
+    EXPECT_EQ(smoothValue(7.0, 0.0, INFINITE, four), 7.0);
+    EXPECT_EQ(smoothValue(7.0, 5.0, 6.0, four), 7.0) << "began beyond the limit";
+    EXPECT_EQ(smoothValue(7.0, 5.0, 5.0, four), 7.0) << "began beyond the limit and rests";
+    EXPECT_EQ(smoothValue(7.0, 0x1p-1074, 5.0, fixedLog2(0.0)), 7.0);
+    EXPECT_EQ(smoothValue(7.0, 3.0, 5.0, fixedLog2(-1.0)), 7.0);
+}
+
+TEST(SmoothValue, LiesBetweenTheStepsByTheLogarithms) {
+    const double four = fixedLog2(4.0);
+    EXPECT_EQ(smoothValue(7.0, 2.0, 8.0, four), 6.5);
+    EXPECT_EQ(smoothValue(7.0, 4.0, 8.0, four), 6.0);
+    EXPECT_EQ(smoothValue(7.0, 4.0, INFINITE, four), 6.0);
+    EXPECT_EQ(smoothValue(7.0, 0x1p-1070, 0x1p10, four), 6.0 + 1072.0 / 1080.0);
+    EXPECT_EQ(smoothValue(1.0, 0x1p-1073, 0x1p-1071, fixedLog2(0x1p-1072)), 0.5);
+}
+
 TEST(FixedCubeRoot, IsWithinOneAndAHalfUnits) {
     EXPECT_LE(worst(
                   positiveNumbers(), [](double x) { return fixedCubeRoot(x); },

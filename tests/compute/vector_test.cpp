@@ -2,13 +2,11 @@
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cmath>
-#include <cstdlib>
 #include <limits>
-#include <random>
 #include <string>
 #include <tuple>
 
+#include "tests/compute/random_views.h"
 #include "tests/compute/vector_support.h"
 #include "tests/support/catalogue_table.h"
 
@@ -217,50 +215,25 @@ TEST(UnknownFormula, IsBlack) {
     }
 }
 
-// How many random views: a few hundred by default, as many as TESSARY_RANDOM_VIEWS says.
-int randomViews() {
-    const char* asked = std::getenv("TESSARY_RANDOM_VIEWS");
-    return asked != nullptr ? std::atoi(asked) : 350;
-}
-
 class RandomViews {
   public:
     View next() {
         View v;
-        v.type = pick(0, 13);
-        v.doublePrecision = pick(0, 1) == 1;
-        const double size = std::pow(10.0, -uniform(0, v.doublePrecision ? 14 : 6)) * 4;
-        const double x = uniform(-2.2, 2.2), y = uniform(-1.6, 1.6);
-        v.xMin = x - size;
-        v.xMax = x + size;
-        v.yMin = y - size * uniform(0.2, 2);
-        v.yMax = y + size;
-        v.cx = uniform(-1.7, 1.7);
-        v.cy = uniform(-1.2, 1.2);
-        v.maxSize = pick(0, 5) == 0 ? pick(0, 400) : (v.type >= 2 && v.type <= 5 ? 128 : 4);
-        v.maxIters = static_cast<int>(std::pow(10.0, uniform(0, 3.3)));
-        v.width = pick(1, 50);
-        v.height = pick(1, 50);
-        v.tileWidth = pick(1, 20);
-        v.tileHeight = pick(1, 20);
+        vector_test::choosePlace(v, random);
+        v.maxSize = random.pick(0, 5) == 0       ? random.pick(0, 400)
+                    : v.type >= 2 && v.type <= 5 ? 128
+                                                 : 4;
+        vector_test::chooseSizes(v, random, 20);
         return v;
     }
 
   private:
-    // Not the library's distributions: their results differ from one library to the next.
-    double uniform(double low, double high) {
-        return low + (high - low) * static_cast<double>(generator()) / 4294967296.0;
-    }
-    int pick(int low, int high) {
-        return low + static_cast<int>(generator() % static_cast<unsigned>(high - low + 1));
-    }
-
-    std::mt19937 generator{20260101};
+    vector_test::RandomNumbers random{20260101};
 };
 
 TEST(RandomView, IsTheScalarPicture) {
     RandomViews views;
-    const int count = randomViews();
+    const int count = vector_test::randomViews();
     for (int i = 0; i < count; ++i) {
         ASSERT_TRUE(allTargetsAgree(views.next(), "random")) << "view " << i;
     }

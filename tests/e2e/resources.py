@@ -41,7 +41,7 @@ class _Client(ctypes.Structure):
                 ("value", ctypes.c_void_p)]
 
 
-class _Specification(ctypes.Structure):
+class _Wanted(ctypes.Structure):
     _fields_ = [("client", ctypes.c_ulong), ("mask", ctypes.c_uint)]
 
 
@@ -79,7 +79,7 @@ class ServerResources:
         return sum(self._of_client(client) for client in self._clients(process))
 
     def _clients(self, process):
-        wanted = _Specification(0, self.PROCESS)
+        wanted = _Wanted(0, self.PROCESS)
         count, found = ctypes.c_long(), ctypes.POINTER(_Client)()
         self._extension.XResQueryClientIds(
             self._display, ctypes.c_long(1), ctypes.byref(wanted), ctypes.byref(count),

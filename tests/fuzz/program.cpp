@@ -43,9 +43,9 @@ void closeDialogs() {
 
 // The table in force points into the storage, which therefore stays. Changed twice it is the first.
 void resetPalette() {
-    if (!tempColours) tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    if (!tempColours) tempColours = makeArray<unsigned char>(PALETTE_BYTES);
     if (!badAssColourPalette) {
-        badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+        badAssColourPalette = makeArray<unsigned char>(PALETTE_BYTES);
     }
     updatePalette(1);
     updatePalette(0);
@@ -53,7 +53,7 @@ void resetPalette() {
 
 void resetRenderer() {
     winX = winY = SIDE;
-    buffer = std::make_unique<unsigned char[]>(imageBytes());
+    buffer = makeArray<unsigned char>(imageBytes());
     resetPalette();
     bDoublePrecision = false;
     shutdown_threads = false;

@@ -7,6 +7,7 @@
 #include "tests/fuzz/input_bytes.h"
 #include "tests/fuzz/require.h"
 #include "tests/glutmenu/glut_stand_in.h"
+#include "tests/glutmenu/soundness.h"
 
 namespace {
 
@@ -30,7 +31,9 @@ class Player {
     Strings texts(int most);
     void build();
     void grow(CGlutMenu& menu, int depth);
-    CGlutMenu* anyMenu();
+    CGlutMenu* anyMenu() {
+        return soundness::anyMenu(bar, [this](int limit) { return in.below(limit); });
+    }
     CTextInput& anyDialog() { return in.oneIn(2) ? first : second; }
     void showDialog();
     void initialise(CTextInput& dialog);
@@ -39,9 +42,6 @@ class Player {
     void playClick();
     void playReshape();
     void playEvent();
-
-    void checkMenu(const CGlutMenu& menu) const;
-    void checkDialogs() const;
 
     InputBytes in;
     int depth = 0;  // of calls out of callbacks
@@ -87,18 +87,6 @@ void Player::build() {
     grow(bar, 2);
     bar.Resize(1.0F, 1.0F);
     bar.Activate();
-}
-
-// Down from the bar, as far as the input says.
-CGlutMenu* Player::anyMenu() {
-    CGlutMenu* menu = &bar;
-    while (!menu->submenus.empty() && !in.oneIn(3)) {
-        auto entry = menu->submenus.begin();
-        std::advance(entry, in.below(static_cast<int>(menu->submenus.size())));
-        if (entry->second == nullptr) break;
-        menu = entry->second;
-    }
-    return menu;
 }
 
 void Player::react(CGlutMenu& menu, int item) {
@@ -236,35 +224,11 @@ void Player::playEvent() {
     }
 }
 
-void Player::checkMenu(const CGlutMenu& menu) const {
-    require(!menu.submenu_open || menu.submenus.count(menu.selected_item) == 1,
-            "an open submenu is there");
-    require(
-        menu.highlighted_item == 0 || (menu.highlighted_item > 0 &&
-                                       menu.highlighted_item < static_cast<int>(menu.items.size())),
-        "an item that is there is highlighted");
-    require(!menu.is_menu_bar || &menu == &bar, "there is one bar");
-    for (const auto& [item, child] : menu.submenus) {
-        if (child == nullptr) continue;
-        require(child->parent == &menu, "a submenu knows its parent");
-        checkMenu(*child);
-    }
-}
-
-void Player::checkDialogs() const {
-    int open = 0;
-    for (const CTextInput* one = GlutMenu::input_field; one != nullptr; one = one->previous) {
-        require(++open <= 2, "no dialog is open twice");
-        require(one->cursor_pos >= -1, "the cursor is at most one before the text");
-    }
-    require(open == GlutMenu::num_dialogs_active, "the open dialogs are counted");
-}
-
 void Player::play() {
     for (int event = 0; event < MOST_EVENTS && !in.isEmpty(); ++event) {
         playEvent();
-        checkMenu(bar);
-        checkDialogs();
+        const std::string complaint = soundness::complaint(bar, 2);
+        require(complaint.empty(), complaint.c_str());
         require(stand_in::state.modelview_depth == 0 && stand_in::state.projection_depth == 0,
                 "the matrix stacks are left as found");
         require(stand_in::state.misplaced_calls == 0 && !stand_in::state.in_shape,

@@ -7,6 +7,7 @@
 #include <random>
 
 #include "tests/glutmenu/dialog_fixture.h"
+#include "tests/glutmenu/soundness.h"
 
 using GlutMenu::CGlutMenu;
 using GlutMenu::CTextInput;
@@ -33,16 +34,15 @@ class Player : public DialogTest, public testing::WithParamInterface<unsigned> {
     void build();
     void grow(CGlutMenu& menu, int depth);
     void startOver();
-    CGlutMenu* anyMenu();
+    CGlutMenu* anyMenu() {
+        return soundness::anyMenu(bar, [this](int limit) { return below(limit); });
+    }
     void showDialog();
 
     void playKey();
     void playClick();
     void playReshape();
     void playEvent();
-
-    void expectSound(const CGlutMenu& menu);
-    void expectSoundDialogs();
 
     std::mt19937 random;
     CGlutMenu bar;
@@ -96,18 +96,6 @@ void Player::build() {
 void Player::startOver() {
     while (GlutMenu::input_field != nullptr) GlutMenu::input_field->KeyboardHandler(escape, "");
     build();
-}
-
-// A random walk down from the bar.
-CGlutMenu* Player::anyMenu() {
-    CGlutMenu* menu = &bar;
-    while (!menu->submenus.empty() && !oneIn(3)) {
-        auto entry = menu->submenus.begin();
-        std::advance(entry, below(static_cast<int>(menu->submenus.size())));
-        if (entry->second == nullptr) break;
-        menu = entry->second;
-    }
-    return menu;
 }
 
 void Player::react(CGlutMenu& menu, int item) {
@@ -221,34 +209,11 @@ void Player::playEvent() {
     }
 }
 
-void Player::expectSound(const CGlutMenu& menu) {
-    ASSERT_TRUE(!menu.submenu_open || menu.submenus.count(menu.selected_item) == 1);
-    ASSERT_TRUE(
-        menu.highlighted_item == 0 ||
-        (menu.highlighted_item > 0 && menu.highlighted_item < static_cast<int>(menu.items.size())));
-    ASSERT_TRUE(!menu.is_menu_bar || &menu == &bar);
-    for (const auto& [item, child] : menu.submenus) {
-        if (child == nullptr) continue;
-        ASSERT_EQ(child->parent, &menu) << "item " << item;
-        expectSound(*child);
-    }
-}
-
-void Player::expectSoundDialogs() {
-    int open = 0;
-    for (const CTextInput* one = GlutMenu::input_field; one != nullptr; one = one->previous) {
-        ASSERT_LE(++open, 2);
-        ASSERT_GE(one->cursor_pos, -1);
-    }
-    ASSERT_EQ(open, GlutMenu::num_dialogs_active);
-}
-
 TEST_P(Player, never_upsets_the_tree) {
     for (int event = 0; event < events_per_seed; ++event) {
         SCOPED_TRACE("event " + std::to_string(event));
         playEvent();
-        expectSound(bar);
-        expectSoundDialogs();
+        ASSERT_EQ(soundness::complaint(bar, 2), "");
         ASSERT_EQ(stand_in::state.modelview_depth, 0);
         ASSERT_EQ(stand_in::state.projection_depth, 0);
         if (HasFatalFailure()) return;

@@ -45,7 +45,8 @@ def checked(command, *checks):
 
 
 def limit_processor_time():
-    resource.setrlimit(resource.RLIMIT_CPU, (LIMIT, LIMIT))
+    # Where both limits are one, the system may kill without the words that tell why.
+    resource.setrlimit(resource.RLIMIT_CPU, (LIMIT, LIMIT + 10))
 
 
 def complaints(entry):

@@ -15,6 +15,12 @@ import harness
 SYSTEM = ("/usr", "/bin", "/lib", "/lib64", "/etc/alternatives", "/etc/ld.so.cache")
 
 
+def may_make_namespaces():
+    """As root or not: some machines and containers let nobody."""
+    return subprocess.run(["bwrap", "--ro-bind", "/", "/", "--proc", "/proc", "--dev", "/dev",
+                           "--unshare-all", "true"], capture_output=True).returncode == 0
+
+
 class Desktop(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -70,6 +76,8 @@ class Desktop(unittest.TestCase):
 
     def draw(self, catalogue, work):
         """The line of the thumbnailer, on a system it can only read, without a display or a network."""
+        if not may_make_namespaces():
+            self.skipTest("bwrap may not make namespaces here")
         line = self.entry()["Exec"]
         for key, value in {"%s": "128", "%o": "/made/out.png", "%i": "/in/a b.frac"}.items():
             line = line.replace(key, shlex.quote(value))

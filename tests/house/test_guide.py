@@ -72,6 +72,9 @@ class Pages(unittest.TestCase):
     def test_every_spelling_is_known(self):
         if not shutil.which("hunspell") or not run("hunspell -D </dev/null 2>&1 | grep en_GB", "/").stdout:
             self.skipTest("hunspell and its British dictionary are not installed")
+        # Another release knows other words, and guide_words.txt has what this one lacks.
+        if not run("dpkg-query -W -f '${Version}' hunspell-en-gb", "/").stdout.startswith(b"1:7.5"):
+            self.skipTest("the dictionary is not that of Debian 12")
         for page in PAGES:
             text = re.sub(r"`[^`]*`|\]\([^)]*\)", " ", guide.without_blocks(guide.read(page)))
             done = subprocess.run(["hunspell", "-d", "en_GB", "-i", "utf-8", "-p",

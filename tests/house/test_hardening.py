@@ -145,9 +145,13 @@ class OtherBuilds(unittest.TestCase):
     def configured(cls, *options):
         folder = tempfile.TemporaryDirectory(prefix="tessary-hardening-")
         cls.addClassCleanup(folder.cleanup)
-        subprocess.run(["cmake", "-S", harness.SOURCE, "-B", folder.name, "-G", "Ninja", *options],
+        return cls.configured_again(folder.name, *options)
+
+    @classmethod
+    def configured_again(cls, folder, *options):
+        subprocess.run(["cmake", "-S", harness.SOURCE, "-B", folder, "-G", "Ninja", *options],
                        check=True, capture_output=True)
-        return compile_commands(folder.name)
+        return compile_commands(folder)
 
     def assert_every_file_is_compiled_with(self, kind, *options):
         commands = self.commands[kind]
@@ -172,6 +176,17 @@ class OtherBuilds(unittest.TestCase):
     def test_too_many_bytes_for_the_stack_end_the_program(self):
         done = run_compiled_alike(self.commands["plain"]["app/main.cpp"], TOO_MANY_FOR_THE_STACK)
         self.assertIn("stack smashing detected", done.stderr)
+
+    def test_what_a_sanitizer_build_leaves_out_is_there_again_without_the_sanitizer(self):
+        with tempfile.TemporaryDirectory(prefix="tessary-hardening-") as folder:
+            skipped = [self.skipped_targets(self.configured_again(folder, f"-DTESSARY_SANITIZE={kind}"))
+                       for kind in ("address", "", "thread")]
+        self.assertEqual(skipped, ["(HWY_SSSE3|HWY_SSE4|HWY_AVX2)", "", "(HWY_SSSE3|HWY_SSE4|HWY_AVX2)"])
+
+    def skipped_targets(self, commands):
+        start = "-DTESSARY_SKIPPED_TARGETS="
+        return "".join(word[len(start):] for word in commands["compute/vector_renderer.cpp"]
+                       if word.startswith(start))
 
     def test_an_index_past_the_end_ends_a_program_for_finding_mistakes(self):
         done = run_compiled_alike(self.commands["debug"]["app/main.cpp"], PAST_THE_END)

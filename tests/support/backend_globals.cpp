@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <mutex>
 
+#include "tests/support/reference_fractal.h"
+
 namespace test_support {
 
 ViewGuard::ViewGuard()
@@ -43,10 +45,10 @@ ImageGuard::ImageGuard(int width, int height, unsigned char fill)
       savedInForce(cpuPalette) {
     winX = width;
     winY = height;
-    buffer = std::make_unique<unsigned char[]>(imageBytes());
+    buffer = makeArray<unsigned char>(imageBytes());
     std::fill_n(buffer.get(), imageBytes(), fill);
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    tempColours = makeArray<unsigned char>(PALETTE_BYTES);
+    badAssColourPalette = makeArray<unsigned char>(PALETTE_BYTES);
 }
 
 ImageGuard::~ImageGuard() {
@@ -91,6 +93,28 @@ fractal makeView(int type, double left, double right, double low, double high, i
 
 fractal slowView() {
     return makeView(0, 0.25 - 1e-9, 0.25, -1e-12, 1e-12, 100000);
+}
+
+Picture expectedPicture() {
+    const ReferenceView v{.type = currentFractalType,
+                          .doublePrecision = bDoublePrecision,
+                          .width = static_cast<int>(winX),
+                          .height = static_cast<int>(winY),
+                          .xMin = xMin,
+                          .xMax = xMax,
+                          .yMin = yMin,
+                          .yMax = yMax,
+                          .cx = cx,
+                          .cy = cy,
+                          .maxSize = maxSize,
+                          .maxIters = maxIters};
+    Picture picture(v.width, v.height, 0);
+    for (int y = 0; y < v.height; ++y) {
+        for (int x = 0; x < v.width; ++x) {
+            referencePixel(v, cpuPalette, x, y, picture.pixel(x, y));
+        }
+    }
+    return picture;
 }
 
 void clearQueue() {

@@ -63,6 +63,9 @@ fractal makeView(int type, double left, double right, double low, double high, i
 // never repeat and never escape, so that no renderer can cut them short.
 fractal slowView();
 
+// The picture of the view globals, by plain arithmetic.
+Picture expectedPicture();
+
 // Drops every queued tile.
 void clearQueue();
 

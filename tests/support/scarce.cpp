@@ -82,6 +82,17 @@ void* operator new[](std::size_t size) {
     return operator new(size);
 }
 
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    void* memory =
+        fails(size, "new") ? nullptr : aligned_alloc(static_cast<std::size_t>(alignment), size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+    return operator new(size, alignment);
+}
+
 extern "C" {
 
 void* malloc(std::size_t size) {

@@ -66,7 +66,7 @@ void setSize(const std::string& text) {
     if (std::sscanf(text.c_str(), "%dx%d", &width, &height) != 2) std::exit(64);
     winX = width;
     winY = height;
-    buffer = std::make_unique<unsigned char[]>(imageBytes());
+    buffer = makeArray<unsigned char>(imageBytes());
 }
 
 void setView(const std::string& text) {
@@ -262,8 +262,8 @@ void carryOut(const std::string& word, Words& words) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    tempColours = std::make_unique<unsigned char[]>(PALETTE_BYTES);
-    badAssColourPalette = std::make_unique<unsigned char[]>(PALETTE_BYTES);
+    tempColours = makeArray<unsigned char>(PALETTE_BYTES);
+    badAssColourPalette = makeArray<unsigned char>(PALETTE_BYTES);
     setPaletteType(1);
     setSize("256x256");
     currentFractalType = 0;

@@ -1,0 +1,103 @@
+// deep_bench [RE IM WIDTH LIMIT PIXELS_WIDE PIXELS_HIGH [CHECKED]]: what deep pictures cost, tier
+// by tier, processor time of one thread.
+//
+// Prints, for the given view or for a list of places, milliseconds of the reference with its tables
+// and of the picture, the share of pixels that the doubles and the pairs leave, microseconds a
+// pixel, and CHECKED pixels (0: none) by arithmetic of many digits: their microseconds, and how
+// many differ.
+#include <time.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "deep/deep_picture.h"
+#include "deep/tiers.h"
+
+namespace {
+
+double threadTime() {
+    timespec t{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &t);
+    return static_cast<double>(t.tv_sec) * 1e3 + static_cast<double>(t.tv_nsec) * 1e-6;
+}
+
+struct Place {
+    const char* name;
+    deep::View view;
+};
+
+struct Run {
+    double milliseconds;
+    std::int64_t left;
+    std::vector<std::int32_t> counts;
+};
+
+Run run(const deep::Picture& picture, const deep::View& v) {
+    const auto pixels =
+        static_cast<std::size_t>(v.pixelsWide) * static_cast<std::size_t>(v.pixelsHigh);
+    Run r{0, 0, std::vector<std::int32_t>(pixels)};
+    const double start = threadTime();
+    r.left =
+        picture.render(0, 0, v.pixelsWide, v.pixelsHigh, r.counts.data(), nullptr, v.pixelsWide);
+    r.milliseconds = threadTime() - start;
+    return r;
+}
+
+// Some pixels by digits alone.
+void check(const deep::Picture& picture, const deep::View& v, const Run& all, int checked) {
+    deep::useAlone(deep::Tier::digits);
+    std::mt19937 random(1);
+    int differing = 0;
+    const double start = threadTime();
+    for (int n = 0; n < checked; ++n) {
+        const int x = static_cast<int>(random() % static_cast<unsigned>(v.pixelsWide));
+        const int y = static_cast<int>(random() % static_cast<unsigned>(v.pixelsHigh));
+        std::int32_t count = 0;
+        picture.render(x, y, x + 1, y + 1, &count, nullptr, 1);
+        if (count !=
+            all.counts[static_cast<std::size_t>(y) * static_cast<std::size_t>(v.pixelsWide) +
+                       static_cast<std::size_t>(x)]) {
+            ++differing;
+        }
+    }
+    std::printf("  digits %.1f us a pixel, %d of %d differ", (threadTime() - start) * 1e3 / checked,
+                differing, checked);
+    deep::useAllTiers();
+}
+
+void measure(const Place& place, int checked) {
+    const deep::View& v = place.view;
+    const double pixels = static_cast<double>(v.pixelsWide) * v.pixelsHigh;
+    const double start = threadTime();
+    const deep::Picture picture(v);
+    const double made = threadTime() - start;
+    deep::useAlone(deep::Tier::doubles);
+    const Run first = run(picture, v);
+    deep::useAllTiers();
+    const Run all = run(picture, v);
+    double steps = 0;
+    for (const std::int32_t n : all.counts) steps += n;
+    std::printf(
+        "%-12s reference %.1f ms, doubles %.1f ms, leaving %.2e, all %.1f ms, undecided %lld, "
+        "%.2f us a pixel, %.0f steps a pixel",
+        place.name, made, first.milliseconds, static_cast<double>(first.left) / pixels,
+        all.milliseconds, static_cast<long long>(all.left),
+        (all.milliseconds + made) * 1e3 / pixels, steps / pixels);
+    if (checked > 0) check(picture, v, all, checked);
+    std::printf("\n");
+    std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc > 6) {
+        const deep::View v{
+            argv[1], argv[2],           argv[3], "", "", std::atoi(argv[5]), std::atoi(argv[6]),
+            4,       std::atoi(argv[4])};
+        measure({"given", v}, argc > 7 ? std::atoi(argv[7]) : 0);
+    }
+}

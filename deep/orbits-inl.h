@@ -1,0 +1,490 @@
+// Orbits of a block of pixels in vectors: all lanes at the same step of the reference as long as
+// they stay together, then each at its own.
+//
+// Included once for each instruction set (see deep/vector_orbits.cpp).
+#if defined(TESSARY_DEEP_ORBITS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef TESSARY_DEEP_ORBITS_INL_H
+#undef TESSARY_DEEP_ORBITS_INL_H
+#else
+#define TESSARY_DEEP_ORBITS_INL_H
+#endif
+
+#include "deep/orbit_lanes-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace tessary_vector {
+namespace HWY_NAMESPACE {
+namespace deep_orbits {
+
+// |d| and z may differ this much, as squares, where all lanes take a new reference because some
+// have to: it costs the others that many times the rounding.
+inline constexpr double CLOSE_ENOUGH = 256;
+
+// Steps between two looks at what is not in the loop.
+inline constexpr int STEPS_TOGETHER = 16, STEPS_APART = 64;
+
+template <int PARTS>
+class Orbits : public OrbitLanes<PARTS> {
+    using Base = OrbitLanes<PARTS>;
+    using typename Base::Vector;
+
+  public:
+    Orbits(const TierData<PARTS>& data, ::deep::Block& pixels, bool values, StopFlag flag)
+        : Base(data, pixels, values), stop(flag) {}
+
+    void follow() {
+        this->start();
+        if (tier.maxIters <= 0) return this->finishAll(0);
+        for (int l = 0; l < BLOCK; ++l) {
+            if (this->isLive(l) && !tier.julia) this->decide(l);
+        }
+        at = this->m[0];
+        done = this->k[0];
+        while (live != 0 && together()) {
+        }
+        if (live != 0) apart();
+    }
+
+  private:
+    using Base::block, Base::bound, Base::boundBefore, Base::cIm, Base::cRe, Base::dIm, Base::dRe;
+    using Base::dSize, Base::live, Base::operations, Base::own, Base::reference, Base::scale;
+    using Base::scaleSquared, Base::size, Base::sizeBefore, Base::skipLimit, Base::tier, Base::zIm;
+    using Base::zRe;
+    static constexpr double U = Base::U;
+
+    // What a step needs that stays while the units do.
+    struct Constants {
+        Real unit, squared, own, inside, second, doubt;
+    };
+
+    Constants constantsOf(int v, double steps) const {
+        const RealTag d;
+        const int l = v * WIDTH;
+        const Real j = Real(hn::Load(d, operations + l)) + Real(steps);
+        const Real squared(hn::Load(d, scaleSquared + l));
+        return {Real(hn::Load(d, scale + l)),        squared,
+                Real(hn::Load(d, own + l)),          Real(0.9375 * tier.limit),
+                Real(3 * UPWARDS) * j * j * squared, Real(1024) * j * squared};
+    }
+
+    // The numbers of a vector of lanes while they are stepped.
+    struct State {
+        Vector dr, di, zr, zi;
+        Real f, s, d2, fBefore, sBefore;
+    };
+
+    State load(int v) const {
+        const RealTag d;
+        const int l = v * WIDTH;
+        const Real f(hn::Load(d, bound + l)), s(hn::Load(d, size + l));
+        return {dRe.vector(v),
+                dIm.vector(v),
+                zRe.vector(v),
+                zIm.vector(v),
+                f,
+                s,
+                Real(hn::Load(d, dSize + l)),
+                f,
+                s};
+    }
+
+    void store(int v, const State& x) {
+        const RealTag d;
+        const int l = v * WIDTH;
+        dRe.setVector(v, x.dr);
+        dIm.setVector(v, x.di);
+        zRe.setVector(v, x.zr);
+        zIm.setVector(v, x.zi);
+        hn::Store(x.f.v, d, bound + l);
+        hn::Store(x.s.v, d, size + l);
+        hn::Store(x.d2.v, d, dSize + l);
+        hn::Store(x.fBefore.v, d, boundBefore + l);
+        hn::Store(x.sBefore.v, d, sizeBefore + l);
+    }
+
+    // One step, given w = 2 Z + d; then z from the reference's next point. The lanes that are calm:
+    // surely not escaped, and with |z| >= |d|.
+    HWY_INLINE RealMask step(State& x, const Constants& with, const Vector& wr, const Vector& wi,
+                             const Vector& cr, const Vector& ci, const Vector& nextRe,
+                             const Vector& nextIm) const {
+        x.fBefore = x.f;
+        x.sBefore = x.s;
+        const Real slope = mulAdd(with.second, x.f, Real(4 * UPWARDS) * x.s);
+        const Real own2 = mulAdd(x.s, Real(tier.sizeFactor * UPWARDS) * x.d2, with.own);
+        x.f = mulAdd(x.f, slope, own2);
+        const Vector dr = mulAdd(wr, x.dr, mulAdd(-wi, x.di, cr));
+        x.di = mulAdd(wr, x.di, mulAdd(wi, x.dr, ci));
+        x.dr = dr;
+        x.zr = scaleAdd(with.unit, x.dr, nextRe);
+        x.zi = scaleAdd(with.unit, x.di, nextIm);
+        x.s = squareOf(x.zr, x.zi);
+        x.d2 = squareOf(x.dr, x.di);
+        return hn::And(hn::Lt(mulAdd(with.doubt, x.f, x.s).v, with.inside.v),
+                       hn::Ge(x.s.v, (with.squared * x.d2).v));
+    }
+
+    static HWY_INLINE Real squareOf(const Vector& re, const Vector& im) {
+        return mulAdd(head(re), head(re), head(im) * head(im));
+    }
+
+    HWY_INLINE Vector point(int component, std::size_t index) const {
+        return numberOf<PARTS, Real>(
+            &reference.z[0][2 * index + static_cast<std::size_t>(component)],
+            &reference.z[PARTS - 1][2 * index + static_cast<std::size_t>(component)]);
+    }
+
+    RealMask liveLanes(int v) const {
+        const RealTag d;
+        HWY_ALIGN double on[WIDTH];
+        for (int l = 0; l < WIDTH; ++l) on[l] = this->isLive(v * WIDTH + l) ? 1.0 : 0.0;
+        return hn::Gt(hn::Load(d, on), hn::Zero(d));
+    }
+
+    // ---- all lanes at the same step ----
+
+    // Whether the lanes are still together. False too when none is left.
+    bool together() {
+        if (isSet(stop)) return this->finishAll(::deep::INTERRUPTED), false;
+        if (done >= tier.maxIters) return this->finishAll(tier.maxIters), false;
+        if (reference.isEnd(at)) return rebaseAll();
+        if (at == nextTiny() || (at == reference.critical && anyTiny())) return tinyTogether();
+        const double most = largest();
+        if (most > 0x1p512 || (most < 0x1p-512 && most > 0)) return rescaleAll(most);
+        if (const auto* node = findNode(most)) return skipTogether(*node);
+        return stepTogether(stepsNow(most, skipLimit[0], STEPS_TOGETHER));
+    }
+
+    std::uint32_t nextTiny() {
+        if (at < tinyFrom || at > tinyNext) {
+            const auto* tiny = reference.tinyFrom(at);
+            tinyFrom = at;
+            tinyNext = tiny == this->tinyEnd() ? ~std::uint32_t{0} : tiny->at;
+        }
+        return tinyNext;
+    }
+
+    bool anyTiny() const {
+        for (int l = 0; l < BLOCK; ++l) {
+            if (this->isLive(l) && size[l] < 0x1p-300) return true;
+        }
+        return false;
+    }
+
+    // The largest D + 16 E of a live lane.
+    double largest() const {
+        const RealTag d;
+        auto most = hn::Zero(d);
+        for (int v = 0; v < VECTORS; ++v) {
+            const int l = v * WIDTH;
+            const Real e2 = Real(hn::Load(d, operations + l)) * Real(hn::Load(d, bound + l));
+            const Real x = mulAdd(Real(16.0), e2, Real(hn::Load(d, dSize + l)));
+            most = hn::Max(
+                most, hn::IfThenElseZero(live == ALL ? hn::FirstN(d, WIDTH) : liveLanes(v), x.v));
+        }
+        return hn::GetLane(hn::MaxOfLanes(d, most));
+    }
+
+    int stepsLeft() {
+        const std::uint32_t end = at <= reference.firstEnd ? reference.firstEnd : reference.lastEnd;
+        const std::uint32_t room = std::min(end, nextTiny()) - at;
+        return static_cast<int>(
+            std::min<std::uint32_t>(room, static_cast<std::uint32_t>(tier.maxIters - done)));
+    }
+
+    // How many plain steps from index `at` on: to the next index that nodes start at, where the
+    // difference is in reach of one.
+    int stepsNow(double most, double reach, int limit) {
+        const int all = std::min(stepsLeft(), limit);
+        if (!(most <= reach)) return all;
+        const std::uint32_t start = at > reference.critical ? reference.critical : 0;
+        constexpr std::uint32_t SPAN = 1u << ::deep::LEAST_LEVEL;
+        return std::min(all, static_cast<int>(SPAN - (at - start - 1) % SPAN));
+    }
+
+    const Node<PARTS>* findNode(double most) {
+        if (most > skipLimit[0]) return nullptr;
+        const std::int64_t key = ::deep::keyOf(most, 2 * this->q[0]) + 1;
+        return tier.skips.find(at, key, tier.maxIters - done, &span);
+    }
+
+    bool stepTogether(int steps) {
+        State x[VECTORS];
+        Constants with[VECTORS];
+        RealMask lanes[VECTORS];
+        for (int v = 0; v < VECTORS; ++v) {
+            x[v] = load(v);
+            with[v] = constantsOf(v, steps);
+            lanes[v] = live == ALL ? hn::FirstN(RealTag(), WIDTH) : liveLanes(v);
+        }
+        const int made = stepRun(x, with, lanes, steps);
+        for (int v = 0; v < VECTORS; ++v) store(v, x[v]);
+        for (double& n : operations) n += made;
+        const bool calm = made <= steps;
+        at += static_cast<std::uint32_t>(calm ? made : made - steps);
+        done += calm ? made : made - steps;
+        return calm || settle();
+    }
+
+    // The steps made, `steps` more if it ended because lanes were no longer calm.
+    HWY_INLINE int stepRun(State (&x)[VECTORS], const Constants (&with)[VECTORS],
+                           const RealMask (&lanes)[VECTORS], int steps) const {
+        const RealTag d;
+        for (int n = 0; n < steps; ++n) {
+            const std::size_t from = at + static_cast<std::size_t>(n);
+            const Vector re = point(0, from), im = point(1, from);
+            const Vector nextRe = point(0, from + 1), nextIm = point(1, from + 1);
+            RealMask restless = hn::FirstN(d, 0);
+            for (int v = 0; v < VECTORS; ++v) {
+                const RealMask calm = step(x[v], with[v], x[v].zr + re, x[v].zi + im, cRe.vector(v),
+                                           cIm.vector(v), nextRe, nextIm);
+                restless = hn::Or(restless, hn::AndNot(calm, lanes[v]));
+            }
+            if (!hn::AllFalse(d, restless)) return n + 1 + steps;
+        }
+        return steps;
+    }
+
+    // Lane by lane after a step that not all are calm after.
+    bool settle() {
+        spread();
+        bool all = true, any = false;
+        for (int l = 0; l < BLOCK; ++l) {
+            if (this->isLive(l) && !isInside(l)) this->decide(l);
+            if (!this->isLive(l)) continue;
+            any = any || this->wantsRebase(l);
+            all = all && size[l] <= CLOSE_ENOUGH * dSize[l] * scaleSquared[l];
+        }
+        if (!any) return true;
+        return all && rebaseAll();
+    }
+
+    bool isInside(int l) const {
+        return size[l] + 1024 * operations[l] * bound[l] * scaleSquared[l] < 0.9375 * tier.limit;
+    }
+
+    void spread() {
+        for (int l = 0; l < BLOCK; ++l) {
+            this->m[l] = at;
+            this->k[l] = done;
+        }
+    }
+
+    bool rebaseAll() {
+        spread();
+        for (int l = 0; l < BLOCK; ++l) {
+            if (this->isLive(l)) this->rebase(l);
+        }
+        at = reference.critical;
+        return gather();
+    }
+
+    bool tinyTogether() {
+        spread();
+        for (int l = 0; l < BLOCK; ++l) {
+            if (!this->isLive(l)) continue;
+            if (this->isTiny(l)) {
+                this->tinyStep(l);
+            }
+        }
+        return gather();
+    }
+
+    bool rescaleAll(double most) {
+        const std::int64_t exponent = this->q[0] + std::ilogb(most) / 2;
+        for (int l = 0; l < BLOCK; ++l) this->rescale(l, exponent);
+        return true;
+    }
+
+    // Whether all live lanes are at one step; they then get the same units and operations.
+    bool gather() {
+        const int first = std::countr_zero(live);
+        std::int64_t exponent = this->q[first];
+        double most = 0;
+        for (int l = 0; l < BLOCK; ++l) {
+            if (!this->isLive(l)) continue;
+            if (this->m[l] != this->m[first] || this->k[l] != this->k[first]) return false;
+            exponent = std::max(exponent, this->q[l]);
+            most = std::max(most, operations[l]);
+        }
+        at = this->m[first];
+        done = this->k[first];
+        for (int l = 0; l < BLOCK; ++l) {
+            if (this->q[l] != exponent) this->rescale(l, exponent);
+            operations[l] = most;
+        }
+        return true;
+    }
+
+    bool skipTogether(const Node<PARTS>& node) {
+        if (node.aExponent != 0 || node.bExponent != 0) return skipScaled(node);
+        const RealTag d;
+        const Vector ar = numberOf<PARTS, Real>(node.ar, node.ar + PARTS - 1);
+        const Vector ai = numberOf<PARTS, Real>(node.ai, node.ai + PARTS - 1);
+        const Vector br = numberOf<PARTS, Real>(node.br, node.br + PARTS - 1);
+        const Vector bi = numberOf<PARTS, Real>(node.bi, node.bi + PARTS - 1);
+        at += static_cast<std::uint32_t>(span);
+        done += span;
+        const Vector nextRe = point(0, at), nextIm = point(1, at);
+        const Real onBound(node.onBound * UPWARDS), onSize(node.onSize * UPWARDS);
+        const Real onOwn(node.onDelta / tier.ownSquared * UPWARDS);
+        RealMask restless = hn::FirstN(d, 0);
+        for (int v = 0; v < VECTORS; ++v) {
+            State x = load(v);
+            const Constants with = constantsOf(v, 1);
+            const Vector cr = cRe.vector(v), ci = cIm.vector(v);
+            x.f = mulAdd(onBound, x.f, mulAdd(onSize, x.d2, mulAdd(onOwn, with.own, Real(FLOOR))));
+            const Vector dr = mulAdd(ar, x.dr, mulAdd(-ai, x.di, mulAdd(br, cr, -(bi * ci))));
+            x.di = mulAdd(ar, x.di, mulAdd(ai, x.dr, mulAdd(br, ci, bi * cr)));
+            x.dr = dr;
+            x.zr = scaleAdd(with.unit, x.dr, nextRe);
+            x.zi = scaleAdd(with.unit, x.di, nextIm);
+            x.s = squareOf(x.zr, x.zi);
+            x.d2 = squareOf(x.dr, x.di);
+            const RealMask calm = hn::Ge(x.s.v, (with.squared * x.d2).v);
+            restless = hn::Or(restless,
+                              hn::AndNot(calm, live == ALL ? hn::FirstN(d, WIDTH) : liveLanes(v)));
+            store(v, x);
+        }
+        for (double& n : operations) n += 1;
+        return hn::AllFalse(d, restless) || settle();
+    }
+
+    // The same, lane by lane: where exponents change.
+    bool skipScaled(const Node<PARTS>& node) {
+        spread();
+        for (int l = 0; l < BLOCK; ++l) {
+            if (this->isLive(l)) this->skip(l, node, span);
+        }
+        if (!gather()) return false;
+        return settle();
+    }
+
+    // ---- each lane at a step of its own ----
+
+    // Follows the live lanes to their ends.
+    void apart() {
+        for (int l = 0; l < BLOCK; ++l) {
+            if (this->isLive(l)) attend(l);
+            if (!this->isLive(l)) park(l);
+        }
+        while (live != 0) {
+            for (int v = 0; v < VECTORS; ++v) {
+                const Bits here = live >> (v * WIDTH) & ((Bits{1} << WIDTH) - 1);
+                if (here != 0) stepApart(v);
+            }
+            if (++rounds % STEPS_APART == 0 && isSet(stop)) this->finishAll(::deep::INTERRUPTED);
+        }
+    }
+
+    // An ended lane goes nowhere.
+    void park(int l) {
+        next[l] = 0;
+        advances[l] = 0;
+        left[l] = 1;
+    }
+
+    void stepApart(int v) {
+        const RealTag d;
+        const hn::RebindToSigned<RealTag> di;
+        const int l = v * WIDTH;
+        State x = load(v);
+        const Constants with = constantsOf(v, 1);
+        const auto index = hn::Load(di, next + l);
+        const Vector nextRe = gathered(0, index), nextIm = gathered(1, index);
+        const Vector wr = scaleAdd(-with.unit, x.dr, x.zr + x.zr);
+        const Vector wi = scaleAdd(-with.unit, x.di, x.zi + x.zi);
+        const RealMask calm = step(x, with, wr, wi, cRe.vector(v), cIm.vector(v), nextRe, nextIm);
+        store(v, x);
+        const auto one = hn::Load(di, advances + l);
+        hn::Store(hn::Add(index, one), di, next + l);
+        const auto rest = hn::Sub(hn::Load(di, left + l), hn::ShiftRight<1>(one));
+        hn::Store(rest, di, left + l);
+        const Real j = Real(hn::Load(d, operations + l)) + Real(1.0);
+        hn::Store(j.v, d, operations + l);
+        const RealMask over = hn::RebindMask(d, hn::Eq(rest, hn::Zero(di)));
+        const RealMask wanted = hn::Or(hn::Not(calm), over);
+        Bits calls = bitsOf(wanted) << l & live;
+        for (; calls != 0; calls &= calls - 1) call(std::countr_zero(calls));
+    }
+
+    // The next points of the lanes' references; index is that of the real part.
+    template <class Index>
+    HWY_INLINE Vector gathered(int component, Index index) const {
+        const RealTag d;
+        if constexpr (PARTS == 1) {
+            return Real(hn::GatherIndex(d, reference.z[0].data() + component, index));
+        } else {
+            return {Real(hn::GatherIndex(d, reference.z[0].data() + component, index)),
+                    Real(hn::GatherIndex(d, reference.z[1].data() + component, index))};
+        }
+    }
+
+    void call(int l) {
+        const int made = until[l] - static_cast<int>(left[l]);
+        this->m[l] += static_cast<std::uint32_t>(made);
+        this->k[l] += made;
+        if (!isInside(l)) this->decide(l);
+        if (this->isLive(l)) attend(l);
+        if (!this->isLive(l)) park(l);
+    }
+
+    // Does for lane l, which has not escaped, what is no plain step, until one is due.
+    void attend(int l) {
+        for (;;) {
+            if (this->k[l] >= tier.maxIters) {
+                return this->finish(l, tier.maxIters, std::numeric_limits<double>::quiet_NaN());
+            }
+            const bool rebases = this->m[l] != reference.critical && this->wantsRebase(l);
+            if (rebases || reference.isEnd(this->m[l])) this->rebase(l);
+            if (this->isTiny(l)) {
+                this->tinyStep(l);
+            } else if (!skipAlone(l)) {
+                return wait(l);
+            }
+        }
+    }
+
+    bool skipAlone(int l) {
+        const double most = dSize[l] + 16 * operations[l] * bound[l];
+        if (most > 0x1p512 || (most < 0x1p-512 && most > 0)) {
+            this->rescale(l, this->q[l] + std::ilogb(most) / 2);
+        }
+        const double now = dSize[l] + 16 * operations[l] * bound[l];
+        if (!(now <= skipLimit[l])) return false;
+        int steps = 0;
+        const std::int64_t key = ::deep::keyOf(now, 2 * this->q[l]) + 1;
+        const auto* node = tier.skips.find(this->m[l], key, tier.maxIters - this->k[l], &steps);
+        if (node != nullptr) this->skip(l, *node, steps);
+        return node != nullptr;
+    }
+
+    // Sets how many plain steps may follow.
+    void wait(int l) {
+        at = this->m[l];
+        done = this->k[l];
+        const double most = dSize[l] + 16 * operations[l] * bound[l];
+        const int steps = stepsNow(most, skipLimit[l], STEPS_APART);
+        until[l] = steps;
+        left[l] = steps;
+        next[l] = 2 * (std::int64_t{at} + 1);
+        advances[l] = 2;
+    }
+
+    static constexpr Bits ALL = (Bits{1} << BLOCK) - 1;
+    const StopFlag stop;
+    std::uint32_t at = 0;  // of all lanes together
+    int done = 0, span = 0;
+    std::uint32_t tinyFrom = 1, tinyNext = 0;
+    unsigned rounds = 0;
+    // Apart: where the real part of the next point stands, 2 for a live lane, plain steps that may
+    // follow.
+    HWY_ALIGN std::int64_t next[BLOCK], advances[BLOCK], left[BLOCK];
+    int until[BLOCK] = {};
+};
+
+}  // namespace deep_orbits
+}  // namespace HWY_NAMESPACE
+}  // namespace tessary_vector
+HWY_AFTER_NAMESPACE();
+
+#endif

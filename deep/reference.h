@@ -1,0 +1,52 @@
+// Reference orbits: what the pixels of a view are followed as differences from.
+//
+// A reference is a pseudo-orbit, Z' = Z^2 + C + eta with |eta| <= 128 * 2^-bits: its roundings are
+// part of every difference's own equation, so that they neither grow nor need bounds of their own.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "deep/exact_view.h"
+#include "deep/wide.h"
+
+namespace deep {
+
+// A point that doubles cannot hold: (re, im) * 2^exponent, in two parts each.
+struct TinyPoint {
+    std::uint32_t at;
+    std::int32_t exponent;
+    double re[2], im[2];
+};
+
+// Points below this, 2^-150 in size, are kept as tiny points. Their squares, and products of these
+// with the squares of differences, then stay in the range of double.
+inline constexpr int TINY_EXPONENT = -150;
+
+// Z_m and |Z_m|^2 - L of one or two orbits one behind the other, each as the sum of two doubles
+// that is within 2^-105 of it, relative to it (the size within 2^-bits (1 + |Z|^2) besides).
+//
+// A Mandelbrot set has the orbit of 0 under the centre, with Z = 0 at index 0. A Julia set has
+// first that of the centre, then that of 0, where Z = 0 at index `critical`. An orbit ends, with
+// its last point kept, at the iteration limit or where |Z| > 4.
+struct Reference {
+    // bits: precision of the arithmetic. Gives up, with an orbit cut short, once `stop` is set.
+    Reference(const ExactView& exact, const View& view, long bits, StopFlag stop);
+
+    // Whether index m is the last of its orbit.
+    bool isEnd(std::uint32_t m) const { return m == firstEnd || m == lastEnd; }
+    // The first tiny point at m or behind it, or the end of the list.
+    const TinyPoint* tinyFrom(std::uint32_t m) const;
+
+    std::vector<double> z[2];     // re, im, re, im ... of each part
+    std::vector<double> size[2];  // |Z|^2 - L of each part
+    std::vector<TinyPoint> tiny;
+    std::uint32_t critical = 0, firstEnd = 0, lastEnd = 0;
+    long bits;
+
+  private:
+    void addOrbit(const ExactView& exact, const View& view, const ExactPoint& start,
+                  const ExactPoint& constant, StopFlag stop);
+};
+
+}  // namespace deep

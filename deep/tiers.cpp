@@ -1,0 +1,89 @@
+#include "deep/tiers.h"
+
+#include <atomic>
+#include <cmath>
+#include <optional>
+
+#include "compute/fixed_math.h"
+
+namespace deep {
+namespace {
+
+constexpr int ALL = -1;
+
+// The only tier in use, or ALL. Tests and benchmarks write it between pictures.
+std::atomic<int> onlyTier{ALL};
+
+// width / (2 W) at more digits than any tier keeps.
+struct HalfStep {
+    explicit HalfStep(const ExactView& exact) : value(200) {
+        divide(value, exact.halfStep(), exact.denominator());
+    }
+    // The least n with halfStep (W + H) <= 2^n.
+    std::int64_t unitExponent(const View& view) const {
+        const long all = static_cast<long>(view.pixelsWide) + view.pixelsHigh;
+        return mpfr_get_exp(static_cast<mpfr_srcptr>(value)) +
+               std::ilogb(static_cast<double>(all)) + 1;
+    }
+    Big value;
+};
+
+}  // namespace
+
+void useAlone(Tier tier) {
+    onlyTier = static_cast<int>(tier);
+}
+
+void useAllTiers() {
+    onlyTier = ALL;
+}
+
+bool isInUse(Tier tier) {
+    return onlyTier == ALL || onlyTier == static_cast<int>(tier);
+}
+
+bool isForVectors(const View& view) {
+    return view.limit >= 0x1p-4 && view.limit <= 0x1p30 && view.maxIters > 0;
+}
+
+// 56 bits below the spacing are ample for doubles, and pairs have 46 more.
+long referenceBits(const ExactView& exact) {
+    return std::max(160L, 130 - exact.spacingExponent());
+}
+
+template <int PARTS>
+TierData<PARTS> makeTier(const Reference& reference, const ExactView& exact, const View& view) {
+    constexpr double u = TierData<PARTS>::UNIT;
+    constexpr double RADIUS = PARTS == 1 ? 0x1p-52 : 0x1p-95;
+    TierData<PARTS> tier;
+    HalfStep step(exact);
+    const std::int64_t unit = step.unitExponent(view);
+    const double eta = std::ldexp(1.0, static_cast<int>(7 - reference.bits - unit));
+    tier.reference = &reference;
+    tier.skips.make(reference, view.limit, u, RADIUS, eta, unit);
+    tier.limit = view.limit;
+    tier.maxIters = view.maxIters;
+    tier.julia = exact.isJulia();
+    tier.unitExponent = unit;
+    mpfr_mul_2si(step.value, step.value, -unit, MPFR_RNDN);
+    tier.halfStep[0] = mpfr_get_d(step.value, MPFR_RNDN);
+    if constexpr (PARTS == 2) {
+        mpfr_sub_d(step.value, step.value, tier.halfStep[0], MPFR_RNDN);
+        tier.halfStep[1] = mpfr_get_d(step.value, MPFR_RNDN);
+    }
+    tier.wide = view.pixelsWide;
+    tier.high = view.pixelsHigh;
+    const double own = 6 * u + eta, ofSize = 18 * u;
+    tier.ownSquared = 3 * own * own * (1 + 0x1p-30);
+    tier.sizeFactor = 3 * ofSize * ofSize;
+    // Nothing below 2^-480 is told apart: products of differences may have underflowed.
+    const int shift = static_cast<int>(std::min(reference.bits, 900L));
+    tier.sizeOff = std::ldexp(8 * (400 + view.limit), -shift) + 0x1p-480;
+    tier.logLimit = fixedLog(view.limit);
+    return tier;
+}
+
+template TierData<1> makeTier<1>(const Reference&, const ExactView&, const View&);
+template TierData<2> makeTier<2>(const Reference&, const ExactView&, const View&);
+
+}  // namespace deep
