@@ -9,6 +9,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
 #include <random>
 #include <string>
 #include <vector>
@@ -25,7 +26,7 @@ double threadTime() {
 }
 
 struct Place {
-    const char* name;
+    std::string name;
     deep::View view;
 };
 
@@ -81,9 +82,9 @@ void measure(const Place& place, int checked) {
     double steps = 0;
     for (const std::int32_t n : all.counts) steps += n;
     std::printf(
-        "%-12s reference %.1f ms, doubles %.1f ms, leaving %.2e, all %.1f ms, undecided %lld, "
+        "%-20s reference %.1f ms, doubles %.1f ms, leaving %.2e, all %.1f ms, undecided %lld, "
         "%.2f us a pixel, %.0f steps a pixel",
-        place.name, made, first.milliseconds, static_cast<double>(first.left) / pixels,
+        place.name.c_str(), made, first.milliseconds, static_cast<double>(first.left) / pixels,
         all.milliseconds, static_cast<long long>(all.left),
         (all.milliseconds + made) * 1e3 / pixels, steps / pixels);
     if (checked > 0) check(picture, v, all, checked);
@@ -94,10 +95,15 @@ void measure(const Place& place, int checked) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc > 6) {
-        const deep::View v{
-            argv[1], argv[2],           argv[3], "", "", std::atoi(argv[5]), std::atoi(argv[6]),
-            4,       std::atoi(argv[4])};
-        measure({"given", v}, argc > 7 ? std::atoi(argv[7]) : 0);
+    if (argc != 4) return 2;
+    std::string name, kind, re, im, width, cRe, cIm;
+    double limit = 0;
+    int maxIters = 0;
+    while (std::cin >> name >> kind >> re >> im >> width >> cRe >> cIm >> limit >> maxIters) {
+        const bool julia = kind == "julia";
+        measure({name,
+                 {re, im, width, julia ? cRe : "", julia ? cIm : "", std::atoi(argv[1]),
+                  std::atoi(argv[2]), limit, maxIters}},
+                std::atoi(argv[3]));
     }
 }

@@ -72,6 +72,11 @@ long ExactView::spacingExponent() const {
            1;
 }
 
+long ExactView::wholeBits(const ExactPoint& point) const {
+    const std::size_t most = std::max(mpz_sizeinbase(point.re, 2), mpz_sizeinbase(point.im, 2));
+    return std::max(0L, static_cast<long>(most) - static_cast<long>(mpz_sizeinbase(over, 2)) + 1);
+}
+
 // With b the larger root of t^2 - t + c, which is at least 1/2 and at most 2, z^2 + c maps [-b, b]
 // into itself for c in [-2, 1/4]. |x| <= b means |x| <= 1/2 or x^2 - |x| + c <= 0.
 bool ExactView::isWithinRealInterval(const Integer& x, const Integer& c) const {

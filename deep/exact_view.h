@@ -31,6 +31,9 @@ class ExactView {
     // log2 of width / W, rounded down.
     long spacingExponent() const;
 
+    // An n >= 0 with |re|, |im| < 2^n.
+    long wholeBits(const ExactPoint& point) const;
+
     // Whether the orbit runs on the real axis within the interval that z^2 + c maps into itself,
     // so that |z| <= 2 for ever. Such an orbit may be chaotic: no precision would follow it far.
     bool staysOnRealAxis(const ExactPoint& pixel) const;

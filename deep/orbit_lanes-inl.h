@@ -49,9 +49,18 @@ inline constexpr int VECTORS = BLOCK / WIDTH;
 inline constexpr double FLOOR = 0x1p-800;
 inline constexpr double UPWARDS = 1 + 0x1p-30;
 
-// Fused, in software where the processor has no such instruction.
+// Sums of two doubles and the bounds are for fused operations.
+#undef TESSARY_HAS_FUSED
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128 || \
+    (defined(HWY_NATIVE_FMA) && !HWY_NATIVE_FMA)
+#define TESSARY_HAS_FUSED 0
+#else
+#define TESSARY_HAS_FUSED 1
+#endif
+
+// In software where the processor has no such instruction.
 HWY_INLINE Real mulAdd(Real a, Real b, Real c) {
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if !TESSARY_HAS_FUSED
     const RealTag d;
     HWY_ALIGN double x[WIDTH], y[WIDTH], z[WIDTH];
     hn::Store(a.v, d, x);
@@ -203,7 +212,7 @@ class OrbitLanes {
         dIm.set(l, im);
         offsetRe.set(l, tier.julia ? zero : re);
         offsetIm.set(l, tier.julia ? zero : im);
-        bound[l] = tier.ownSquared;
+        bound[l] = tier.startSquared;
         if (used) block.count[l] = ::deep::UNDECIDED;
     }
 
@@ -235,7 +244,7 @@ class OrbitLanes {
     // Lane l's units become 2^exponent; d and F are in them already.
     void setLaneScale(int l, std::int64_t exponent) {
         q[l] = exponent;
-        const double shift = power(tier.unitExponent - exponent);
+        const double shift = power(tier.offsetExponent - exponent);
         scale[l] = power(exponent);
         scaleSquared[l] = power(2 * exponent);
         own[l] = tier.ownSquared * shift * shift + FLOOR;
@@ -281,6 +290,11 @@ class OrbitLanes {
         dSize[l] = r * r + i * i;
     }
 
+    // Whether lane l has surely not escaped: (|z| + e)^2 is at most s (1 + 1 / 1023) + 1024 e^2.
+    bool isInside(int l) const {
+        return size[l] + 1024 * operations[l] * bound[l] * scaleSquared[l] < 0.9375 * tier.limit;
+    }
+
     // Whether the orbit of lane l, at z_k, has escaped: ends the lane if so, or if that cannot be
     // said.
     //
@@ -295,12 +309,32 @@ class OrbitLanes {
         const Scalar beyond = kept + (tr * (re + re + tr) + ti * (im + im + ti));
         const double d = std::sqrt(dSize[l]) * scale[l];
         const double z = std::hypot(head(re), head(im));
-        const double error2 = operations[l] * bound[l] * scaleSquared[l];
-        const double off = (2 * std::sqrt(size[l] * error2) + error2 +
+        // Where its square would underflow e does not.
+        const double e = std::sqrt(operations[l] * bound[l]) * scale[l];
+        const double off = (2 * std::sqrt(size[l]) * e + e * e +
                             8 * U * (std::fabs(head(kept)) + 4 * d * (z + d)) + tier.sizeOff) *
                            (1 + 0x1p-20);
         if (-head(beyond) > off) return;
         if (head(beyond) > off) return escaped(l);
+        if (off < 0x1p-470) return decideBelowDoubles(l);
+        finish(l, ::deep::UNDECIDED, NOT_A_NUMBER);
+    }
+
+    // The same sum and the same bound in numbers that do not underflow, of a double's precision.
+    void decideBelowDoubles(int l) {
+        using ::deep::Wide;
+        constexpr double u = 0x1p-53;
+        const Wide dr(dRe.part[0][l], q[l]), di(dIm.part[0][l], q[l]);
+        const double re = reference.z[0][2 * m[l]], im = reference.z[0][2 * m[l] + 1];
+        const Wide kept = reference.sizeAt(m[l]);
+        const Wide beyond = kept + (dr * (Wide(2 * re) + dr) + di * (Wide(2 * im) + di));
+        const Wide d(std::sqrt(dSize[l]), q[l]), e(std::sqrt(operations[l] * bound[l]), q[l]);
+        const Wide z(std::hypot(re, im));
+        const Wide roundings = Wide(8 * u) * (abs(kept) + Wide(4) * d * (z + d));
+        const Wide off = (Wide(2 * std::sqrt(size[l])) * e + e * e + roundings + tier.ownSizeOff) *
+                         Wide(1 + 0x1p-20);
+        if (-beyond > off) return;
+        if (beyond > off) return escaped(l);
         finish(l, ::deep::UNDECIDED, NOT_A_NUMBER);
     }
 
@@ -372,9 +406,9 @@ class OrbitLanes {
         const double s = head(zr) * head(zr) + head(zi) * head(zi);
         if (at && s < dSize[l] * ofD * ofD) return tinyRebase(l, unit, zr, zi, s);
         const Scalar wr = zr + re, wi = zi + im;
-        const std::int64_t next = std::max(unit + q[l], tier.unitExponent);
+        const std::int64_t next = std::max(unit + q[l], tier.offsetExponent);
         const double product = power(unit + q[l] - next);
-        const double c = power(tier.unitExponent - next);
+        const double c = power(tier.offsetExponent - next);
         const Scalar dr = scaleAdd(product, wr * dRe[l] + -(wi * dIm[l]), times(offsetRe[l], c));
         const Scalar di = scaleAdd(product, wr * dIm[l] + wi * dRe[l], times(offsetIm[l], c));
         const double f = bound[l];
@@ -383,12 +417,15 @@ class OrbitLanes {
                      3 * j * f * j * f * power(4 * q[l] - 2 * next)) *
                         UPWARDS +
                     tier.ownSquared * c * c * UPWARDS + FLOOR);
+        sizeBefore[l] = s * power(unit) * power(unit);
+        boundBefore[l] = f * power(2 * (q[l] - next));
         dRe.set(l, dr);
         dIm.set(l, di);
         ++m[l];
         ++k[l];
         setLaneScale(l, next);
         measure(l);
+        if (!isInside(l)) decide(l);
     }
 
     void tinyRebase(int l, std::int64_t unit, Scalar zr, Scalar zi, double s) {
@@ -413,7 +450,8 @@ class OrbitLanes {
         if (node.aExponent != 0 || node.bExponent != 0) {
             if (most > 0) rescale(l, q[l] + std::ilogb(most) / 2 + 1);
         }
-        const std::int64_t ofA = q[l] + node.aExponent, ofB = tier.unitExponent + node.bExponent;
+        const std::int64_t ofA = q[l] + node.aExponent;
+        const std::int64_t ofB = tier.offsetExponent + node.bExponent;
         const bool moves = node.aExponent != 0 || node.bExponent != 0;
         const std::int64_t next = moves ? std::max(ofA, ofB) : q[l];
         const double a = power(ofA - next), b = power(ofB - next);

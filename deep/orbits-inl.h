@@ -247,9 +247,10 @@ class Orbits : public OrbitLanes<PARTS> {
     // Lane by lane after a step that not all are calm after.
     bool settle() {
         spread();
+        const bool inside = areInside();
         bool all = true, any = false;
         for (int l = 0; l < BLOCK; ++l) {
-            if (this->isLive(l) && !isInside(l)) this->decide(l);
+            if (this->isLive(l) && !inside && !this->isInside(l)) this->decide(l);
             if (!this->isLive(l)) continue;
             any = any || this->wantsRebase(l);
             all = all && size[l] <= CLOSE_ENOUGH * dSize[l] * scaleSquared[l];
@@ -258,8 +259,16 @@ class Orbits : public OrbitLanes<PARTS> {
         return all && rebaseAll();
     }
 
-    bool isInside(int l) const {
-        return size[l] + 1024 * operations[l] * bound[l] * scaleSquared[l] < 0.9375 * tier.limit;
+    // Whether all lanes are as surely inside as the reference is, next to which they are: with m
+    // the largest |d| and e <= m / 4, | |z|^2 - |Z|^2 | and all errors are below 8 m (|Z| + m).
+    bool areInside() const {
+        using ::deep::Wide;
+        const Wide kept = reference.sizeAt(at);
+        if (!(kept < Wide())) return false;
+        const Wide most(std::sqrt(largest()) * (1 + 0x1p-20), this->q[0]);
+        const double re = reference.z[0][2 * at], im = reference.z[0][2 * at + 1];
+        const Wide off = Wide(8) * most * (Wide(std::hypot(re, im)) + most) + tier.ownSizeOff;
+        return off < -kept;
     }
 
     void spread() {
@@ -282,11 +291,9 @@ class Orbits : public OrbitLanes<PARTS> {
         spread();
         for (int l = 0; l < BLOCK; ++l) {
             if (!this->isLive(l)) continue;
-            if (this->isTiny(l)) {
-                this->tinyStep(l);
-            }
+            if (this->isTiny(l)) this->tinyStep(l);
         }
-        return gather();
+        return live != 0 && gather();
     }
 
     bool rescaleAll(double most) {
@@ -423,7 +430,7 @@ class Orbits : public OrbitLanes<PARTS> {
         const int made = until[l] - static_cast<int>(left[l]);
         this->m[l] += static_cast<std::uint32_t>(made);
         this->k[l] += made;
-        if (!isInside(l)) this->decide(l);
+        if (!this->isInside(l)) this->decide(l);
         if (this->isLive(l)) attend(l);
         if (!this->isLive(l)) park(l);
     }
@@ -438,6 +445,7 @@ class Orbits : public OrbitLanes<PARTS> {
             if (rebases || reference.isEnd(this->m[l])) this->rebase(l);
             if (this->isTiny(l)) {
                 this->tinyStep(l);
+                if (!this->isLive(l)) return;
             } else if (!skipAlone(l)) {
                 return wait(l);
             }

@@ -1,6 +1,7 @@
 #include "deep/reference.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace deep {
 namespace {
@@ -12,11 +13,24 @@ void split(mpfr_srcptr x, Big& rest, double& high, double& low) {
     low = mpfr_get_d(rest, MPFR_RNDN);
 }
 
+// Of 0 something below all others that a shift by it leaves at 0.
+long exponentOf(mpfr_srcptr x) {
+    return mpfr_zero_p(x) ? -(1L << 24) : mpfr_get_exp(x);
+}
+
 class Orbit {
   public:
     Orbit(const ExactView& exact, const ExactPoint& start, const ExactPoint& constant, double bound,
           long bits)
-        : limit(bound), re(bits), im(bits), cr(bits), ci(bits), rr(bits), ii(bits), rest(bits) {
+        : limit(bound),
+          keepsZeros(exact.spacingExponent() < -60),
+          re(bits),
+          im(bits),
+          cr(bits),
+          ci(bits),
+          rr(bits),
+          ii(bits),
+          rest(bits) {
         divide(re, start.re, exact.denominator());
         divide(im, start.im, exact.denominator());
         divide(cr, constant.re, exact.denominator());
@@ -33,6 +47,7 @@ class Orbit {
         mpfr_add(rest, rr, ii, MPFR_RNDN);
         const double square = mpfr_get_d(rest, MPFR_RNDN);
         mpfr_sub_d(rest, rest, limit, MPFR_RNDN);
+        keepTinySize(to);
         split(rest, rest, part[4], part[5]);
         if (!(square >= 0x1p-300)) keepTiny(to);
         for (int p = 0; p < 2; ++p) {
@@ -40,11 +55,11 @@ class Orbit {
             to.z[p].push_back(part[2 + p]);
             to.size[p].push_back(part[4 + p]);
         }
-        return square <= 16;
+        return square <= std::max(16.0, limit);
     }
 
     // Each square is rounded by 2^-p of itself, their difference and the product by as much again,
-    // the sums with C by 2^-p |Z'|, C itself twice: for |Z| <= 4 less than 128 * 2^-p in all.
+    // the sums with C by 2^-p |Z'|, C itself twice: 5 |Z|^2 + 4 |C| in all.
     void step() {
         mpfr_mul(im, re, im, MPFR_RNDN);
         mpfr_mul_2ui(im, im, 1, MPFR_RNDN);
@@ -54,20 +69,25 @@ class Orbit {
     }
 
   private:
+    bool isZero() const {
+        mpfr_srcptr x = re, y = im;
+        return mpfr_zero_p(x) && mpfr_zero_p(y);
+    }
+
+    // `rest` is |Z|^2 - L.
+    void keepTinySize(Reference& to) {
+        long exponent = 0;
+        const double mantissa = mpfr_get_d_2exp(&exponent, rest, MPFR_RNDN);
+        if (mantissa == 0 || exponent >= TINY_EXPONENT) return;
+        to.tinySizes.push_back(
+            {static_cast<std::uint32_t>(to.size[0].size()), Wide(mantissa, exponent)});
+    }
+
     void keepTiny(Reference& to) {
-        if (mpfr_zero_p(static_cast<mpfr_srcptr>(re)) && mpfr_zero_p(static_cast<mpfr_srcptr>(im)))
-            return;
-        long exponent = TINY_EXPONENT;
-        if (!mpfr_zero_p(static_cast<mpfr_srcptr>(re))) exponent = mpfr_get_exp(re);
-        if (!mpfr_zero_p(static_cast<mpfr_srcptr>(im))) {
-            const long other = mpfr_get_exp(im);
-            exponent =
-                mpfr_zero_p(static_cast<mpfr_srcptr>(re)) ? other : std::max(exponent, other);
-        }
-        TinyPoint point{static_cast<std::uint32_t>(to.size[0].size()),
-                        static_cast<std::int32_t>(exponent),
-                        {},
-                        {}};
+        const auto at = static_cast<std::uint32_t>(to.size[0].size());
+        if (at == to.critical || (isZero() && !keepsZeros)) return;
+        const long exponent = std::max(exponentOf(re), exponentOf(im));
+        TinyPoint point{at, static_cast<std::int32_t>(exponent), {}, {}};
         Big scaled(mpfr_get_prec(static_cast<mpfr_srcptr>(re)));
         Big left(mpfr_get_prec(static_cast<mpfr_srcptr>(re)));
         mpfr_mul_2si(scaled, re, -exponent, MPFR_RNDN);
@@ -77,7 +97,9 @@ class Orbit {
         to.tiny.push_back(point);
     }
 
-    double limit;
+    const double limit;
+    // Where differences are not small their steps from 0 are plain ones.
+    const bool keepsZeros;
     Big re, im, cr, ci, rr, ii, rest;
 };
 
@@ -86,11 +108,14 @@ class Orbit {
 Reference::Reference(const ExactView& exact, const View& view, long precision, StopFlag stop)
     : bits(precision) {
     const ExactPoint zero{};
+    digits =
+        bits + 2 * std::max(exact.wholeBits(exact.centre()), exact.wholeBits(exact.constant()));
     if (!exact.isJulia()) {
         addOrbit(exact, view, zero, exact.centre(), stop);
         firstEnd = lastEnd;
         return;
     }
+    critical = ~std::uint32_t{0};
     addOrbit(exact, view, exact.centre(), exact.constant(), stop);
     firstEnd = lastEnd;
     critical = lastEnd + 1;
@@ -99,12 +124,21 @@ Reference::Reference(const ExactView& exact, const View& view, long precision, S
 
 void Reference::addOrbit(const ExactView& exact, const View& view, const ExactPoint& start,
                          const ExactPoint& constant, StopFlag stop) {
-    Orbit orbit(exact, start, constant, view.limit, bits);
+    Orbit orbit(exact, start, constant, view.limit, digits);
     for (int n = 0; orbit.keep(*this) && n < view.maxIters; ++n) {
-        if (n % 256 == 255 && isSet(stop)) break;  // short, but a reference still
+        if (n % 256 == 255 && isSet(stop)) {
+            isWhole = false;  // short, but a reference still
+            break;
+        }
         orbit.step();
     }
     lastEnd = static_cast<std::uint32_t>(size[0].size() - 1);
+}
+
+Wide Reference::sizeAt(std::uint32_t m) const {
+    const auto at = std::lower_bound(tinySizes.begin(), tinySizes.end(), m,
+                                     [](const TinySize& s, std::uint32_t i) { return s.at < i; });
+    return at != tinySizes.end() && at->at == m ? at->size : Wide(size[0][m]);
 }
 
 const TinyPoint* Reference::tinyFrom(std::uint32_t m) const {

@@ -19,6 +19,12 @@ struct TinyPoint {
     double re[2], im[2];
 };
 
+// A size |Z|^2 - L that doubles cannot hold.
+struct TinySize {
+    std::uint32_t at;
+    Wide size;
+};
+
 // Points below this, 2^-150 in size, are kept as tiny points. Their squares, and products of these
 // with the squares of differences, then stay in the range of double.
 inline constexpr int TINY_EXPONENT = -150;
@@ -28,23 +34,30 @@ inline constexpr int TINY_EXPONENT = -150;
 //
 // A Mandelbrot set has the orbit of 0 under the centre, with Z = 0 at index 0. A Julia set has
 // first that of the centre, then that of 0, where Z = 0 at index `critical`. An orbit ends, with
-// its last point kept, at the iteration limit or where |Z| > 4.
+// its last point kept, at the iteration limit or where |Z|^2 > max(16, L).
 struct Reference {
-    // bits: precision of the arithmetic. Gives up, with an orbit cut short, once `stop` is set.
+    // bits: precision of the arithmetic, for points up to 1; what lies further out gets more. Gives
+    // up, with an orbit cut short, once `stop` is set.
     Reference(const ExactView& exact, const View& view, long bits, StopFlag stop);
 
     // Whether index m is the last of its orbit.
     bool isEnd(std::uint32_t m) const { return m == firstEnd || m == lastEnd; }
+    // |Z_m|^2 - L to a double's precision, however small.
+    Wide sizeAt(std::uint32_t m) const;
     // The first tiny point at m or behind it, or the end of the list.
     const TinyPoint* tinyFrom(std::uint32_t m) const;
 
     std::vector<double> z[2];     // re, im, re, im ... of each part
     std::vector<double> size[2];  // |Z|^2 - L of each part
     std::vector<TinyPoint> tiny;
+    std::vector<TinySize> tinySizes;
+    bool isWhole = true;  // was not cut short
     std::uint32_t critical = 0, firstEnd = 0, lastEnd = 0;
     long bits;
 
   private:
+    long digits;  // the precision itself
+
     void addOrbit(const ExactView& exact, const View& view, const ExactPoint& start,
                   const ExactPoint& constant, StopFlag stop);
 };

@@ -43,12 +43,13 @@ bool isInUse(Tier tier) {
 }
 
 bool isForVectors(const View& view) {
-    return view.limit >= 0x1p-4 && view.limit <= 0x1p30 && view.maxIters > 0;
+    return view.limit >= 0x1p-4 && view.limit <= 0x1p62 && view.maxIters > 0;
 }
 
-// 56 bits below the spacing are ample for doubles, and pairs have 46 more.
+// 56 bits below the spacing are ample for doubles, and pairs have 46 more. In a Julia set a pass by
+// 0 squares differences, and nothing is added that would hide it.
 long referenceBits(const ExactView& exact) {
-    return std::max(160L, 130 - exact.spacingExponent());
+    return std::max(160L, 130 - exact.spacingExponent() * (exact.isJulia() ? 2 : 1));
 }
 
 template <int PARTS>
@@ -58,12 +59,15 @@ TierData<PARTS> makeTier(const Reference& reference, const ExactView& exact, con
     TierData<PARTS> tier;
     HalfStep step(exact);
     const std::int64_t unit = step.unitExponent(view);
-    const double eta = std::ldexp(1.0, static_cast<int>(7 - reference.bits - unit));
+    const std::int64_t etaExponent = 7 - reference.bits;
+    const bool julia = exact.isJulia();
+    tier.offsetExponent = julia ? etaExponent : unit;
+    const double eta = Wide(1, etaExponent - tier.offsetExponent).value();
     tier.reference = &reference;
-    tier.skips.make(reference, view.limit, u, RADIUS, eta, unit);
+    tier.skips.make(reference, view.limit, u, RADIUS, eta, tier.offsetExponent);
     tier.limit = view.limit;
     tier.maxIters = view.maxIters;
-    tier.julia = exact.isJulia();
+    tier.julia = julia;
     tier.unitExponent = unit;
     mpfr_mul_2si(step.value, step.value, -unit, MPFR_RNDN);
     tier.halfStep[0] = mpfr_get_d(step.value, MPFR_RNDN);
@@ -73,12 +77,12 @@ TierData<PARTS> makeTier(const Reference& reference, const ExactView& exact, con
     }
     tier.wide = view.pixelsWide;
     tier.high = view.pixelsHigh;
-    const double own = 6 * u + eta, ofSize = 18 * u;
+    const double own = 6 * u + eta, ofSize = 18 * u, start = 7 * u;
+    tier.startSquared = 3 * start * start;
     tier.ownSquared = 3 * own * own * (1 + 0x1p-30);
     tier.sizeFactor = 3 * ofSize * ofSize;
-    // Nothing below 2^-480 is told apart: products of differences may have underflowed.
-    const int shift = static_cast<int>(std::min(reference.bits, 900L));
-    tier.sizeOff = std::ldexp(8 * (400 + view.limit), -shift) + 0x1p-480;
+    tier.ownSizeOff = Wide(8 * (400 + 4 * view.limit), -reference.bits);
+    tier.sizeOff = tier.ownSizeOff.value() + 0x1p-480;
     tier.logLimit = fixedLog(view.limit);
     return tier;
 }

@@ -30,8 +30,9 @@ struct Block {
     double value[BLOCK];
 };
 
-// The constants of a vector tier. Differences are kept in units of 2^unitExponent, which is no less
-// than the largest |dc| (Mandelbrot) or |d_0| (Julia) of the picture.
+// The constants of a vector tier. Differences start in units of 2^unitExponent, which is no less
+// than the largest |dc| (Mandelbrot) or |d_0| (Julia) of the picture. What each step adds is no
+// more than Delta = 2^offsetExponent: dc, or in a Julia set the eta of the reference alone.
 //
 // Let u bound the relative error of an operation of the tier. With w = 2 Z + d, d' = w d + dc and z
 // = Z + d, where |Z| <= 2 |z| and so |w| <= 3 |z|, the roundings of a step are: Z as kept, 4 u
@@ -48,9 +49,12 @@ struct TierData {
     std::int64_t unitExponent;
     double halfStep[PARTS];  // width / (2 W)
     long wide, high;
-    double ownSquared;  // 3 b^2
-    double sizeFactor;  // 3 (18 u)^2
-    double sizeOff;     // how far |Z|^2 - L as kept may be off besides 2 u of it
+    std::int64_t offsetExponent;
+    double startSquared;  // 3 b^2 of d_0, in units
+    double ownSquared;    // 3 b^2, Delta being 1
+    double sizeFactor;    // 3 (18 u)^2
+    Wide ownSizeOff;      // how far |Z|^2 - L as kept may be off besides 2 u of it
+    double sizeOff;       // no less than it and what products of differences lose to underflow
     double logLimit;
     static constexpr double UNIT = PARTS == 1 ? 0x1p-53 : 0x1p-99;
 };
