@@ -52,11 +52,12 @@ Decimal middleOf(double low, double high) {
 std::optional<ExactFlight::Place> ExactFlight::placeOf(const fractal& view) {
     if (view.exact) {
         const ExactPlace& place = *view.exact;
-        return Place{Decimal::of(place.re), Decimal::of(place.im), Decimal::of(place.width)};
+        return Place{Decimal::of(place.re), Decimal::of(place.im), Decimal::of(place.width),
+                     place.re, place.im};
     }
     if (!isUpright(view.xMin, view.xMax) || !isUpright(view.yMin, view.yMax)) return {};
-    return Place{middleOf(view.xMin, view.xMax), middleOf(view.yMin, view.yMax),
-                 Decimal::of(view.xMax) - Decimal::of(view.xMin)};
+    const Decimal re = middleOf(view.xMin, view.xMax), im = middleOf(view.yMin, view.yMax);
+    return Place{re, im, Decimal::of(view.xMax) - Decimal::of(view.xMin), re.text(), im.text()};
 }
 
 std::optional<ExactFlight> ExactFlight::between(const fractal& from, const fractal& to) {
@@ -91,11 +92,13 @@ ExactPlace ExactFlight::at(double done, double left) const {
     if (!shrinking) std::swap(done, left);
     Decimal width = widthAt(done, left);
     const std::int64_t last = width.magnitude() - DIGITS;
-    const auto centre = [&](const Decimal& smallOne, const Decimal& largeOne) {
-        return smallOne + towardsLarge(largeOne - smallOne, done, left).rounded(last);
+    const auto centre = [&](const Decimal& end, const Decimal& start,
+                            const std::string& asWritten) {
+        if (end == start) return asWritten;
+        return (end + towardsLarge(start - end, done, left).rounded(last)).text();
     };
-    return {centre(small.re, large.re).text(),
-            centre(small.im, large.im).text(),
+    return {centre(small.re, large.re, small.reText),
+            centre(small.im, large.im, small.imText),
             width.rounded(last + 1).text(),
             {},
             {}};

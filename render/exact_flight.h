@@ -19,12 +19,14 @@ class ExactFlight {
     static std::optional<ExactFlight> between(const fractal& from, const fractal& to);
 
     // The place after `done` of the way, with `left` still to go; both 0 to 1, together 1. Its
-    // width is rounded to 20 digits, its centre to as small a part of that. No constant.
+    // width is rounded to 20 digits, its centre to as small a part of that; a part of the centre
+    // that stays is written as at the end that is narrower. No constant.
     ExactPlace at(double done, double left) const;
 
   private:
     struct Place {
         Decimal re, im, width;
+        std::string reText, imText;  // the centre as it was written
     };
     static std::optional<Place> placeOf(const fractal& view);
     ExactFlight(const Place& from, const Place& to);

@@ -5,12 +5,30 @@
 
 namespace render {
 
+namespace {
+
+// A picture that keeps the one whose reference it shares, so that the next one finds it as well.
+struct Borrower {
+    HeldPicture lender;
+    deep::Picture picture;
+};
+
+}  // namespace
+
+HeldPicture ExactPicture::fresh(StopFlag stop) const {
+    if (!lender) return std::make_shared<const deep::Picture>(view, stop);
+    HeldPicture from = lender->picture(stop);
+    deep::Picture own(view, *from, stop);
+    const auto both = std::make_shared<const Borrower>(Borrower{std::move(from), std::move(own)});
+    return {both, &both->picture};
+}
+
 HeldPicture ExactPicture::picture(StopFlag stop) {
     const std::lock_guard lock(making);
     if (auto there = made.lock()) return there;
-    auto fresh = std::make_shared<const deep::Picture>(view, stop);
-    made = fresh;
-    return fresh;
+    HeldPicture now = fresh(stop);
+    made = now;
+    return now;
 }
 
 // Without a step no orbit escapes, wherever it is.

@@ -9,6 +9,7 @@
 #include "frac/number_text.h"
 #include "render/colour_range.h"
 #include "render/plan.h"
+#include "render/precision.h"
 #include "render/shard.h"
 
 namespace render {
@@ -103,6 +104,7 @@ Film planFilm(const Options& options, const Source& source) {
     const bool stretches = options.colour.wanted.autoRange && !options.dryRun;
     Pictures pictures(planner, size, nameOf, stretches ? &ranges : nullptr);
     for (const Frame& frame : film.frames) film.jobs.push_back(pictures.of(frame));
+    shareReferences(film.jobs);
     return film;
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <utility>
 
 #include "compute/saturate.h"
 #include "frac/formula_names.h"
@@ -110,6 +112,42 @@ fractal placedExactly(fractal view, Size size) {
     place.width = (Decimal::of(view.xMax) - Decimal::of(view.xMin)).text();
     placeExactly(view, place);
     return framed(std::move(view), size);
+}
+
+namespace {
+
+// What pictures of one reference have in common.
+std::string referenceOf(const deep::View& view) {
+    std::string text;
+    for (const std::string* part : {&view.re, &view.im, &view.cRe, &view.cIm}) {
+        text.append(*part).append(1, ' ');
+    }
+    return text.append(numberText(view.limit));
+}
+
+// A reference serves narrower spacing and more steps than the picture has.
+bool servesMore(const ExactPicture& a, const ExactPicture& b) {
+    const deep::View &one = a.what(), &other = b.what();
+    if (one.maxIters != other.maxIters) return one.maxIters > other.maxIters;
+    const Decimal shorter = Decimal::of(std::string_view(one.width)),
+                  longer = Decimal::of(std::string_view(other.width));
+    return (shorter - longer).sign() < 0;
+}
+
+}  // namespace
+
+void shareReferences(const std::vector<Job>& jobs) {
+    std::map<std::string, std::shared_ptr<ExactPicture>> best;
+    for (const Job& job : jobs) {
+        if (!job.exact) continue;
+        auto& lender = best[referenceOf(job.exact->what())];
+        if (!lender || servesMore(*job.exact, *lender)) lender = job.exact;
+    }
+    for (const Job& job : jobs) {
+        if (!job.exact) continue;
+        const auto& lender = best[referenceOf(job.exact->what())];
+        if (lender != job.exact) job.exact->shareReferenceOf(lender);
+    }
 }
 
 void choosePrecision(Job& job, Precision wanted) {

@@ -1,6 +1,8 @@
 // Which arithmetic a picture takes, and what exact arithmetic is told of it.
 #pragma once
 
+#include <vector>
+
 #include "deep/deep_picture.h"
 #include "render/job.h"
 
@@ -17,6 +19,9 @@ bool isBeyondDouble(const fractal& view, Size samples);
 // The view at the exact place that its rectangle names: its middle and its width, to the last bit.
 // Failure where it has none: it is mirrored, not finite, or its proportions are not the picture's.
 fractal placedExactly(fractal view, Size size);
+
+// Lets the exact pictures of a film that have one centre take over the reference of the deepest.
+void shareReferences(const std::vector<Job>& jobs);
 
 // Chooses the arithmetic of a job from what is wanted of it: Precision::automatic is exact where
 // doubles do not suffice. Colouring, size and supersampling of the job must be there. Failure

@@ -143,6 +143,18 @@ def precision():
                         for which in ("--single", "--double")]))
 
 
+def deep():
+    """The flight of the page about deep views, where it ends."""
+    with open(os.path.join(HERE, "deep.md"), encoding="utf-8") as file:
+        flight = file.read().split("```json\n")[1].split("```")[0]
+    with tempfile.TemporaryDirectory() as folder:
+        source = os.path.join(folder, "flight.json")
+        with open(source, "w", encoding="utf-8") as file:
+            file.write(flight)
+        return jpeg(image(render("--entry", "2", "--size", "640x400", "--supersample", "2", "--colour",
+                                 "smooth", "--period", "400", source=source)))
+
+
 def colours():
     """The same view in the random colours, the RGB cycle and a gradient."""
     ways = (["--palette", "random"], ["--palette", "rgb"],
@@ -190,6 +202,7 @@ def poster():
 
 STILLS = {
     "pictures/precision.jpg": precision,
+    "pictures/deep.jpg": deep,
     "pictures/colours.jpg": colours,
     "pictures/samples.jpg": samples,
     "pictures/fits.jpg": fits,

@@ -18,11 +18,21 @@ def without_blocks(text):
     return re.sub(r"(?ms)^```.*?^```$", "", text)
 
 
+def blocks(page, kind=""):
+    """The blocks of a kind, which stands behind the marks that they begin with."""
+    return [text for marked, text in re.findall(r"(?ms)^```(\w*)\n(.*?)^```$", read(page))
+            if marked == kind]
+
+
 def commands(page):
     """The command lines of its blocks, what a program prints left out."""
-    lines = [line for block in re.findall(r"(?ms)^```\n(.*?)^```$", read(page))
-             for line in block.splitlines()]
+    lines = [line for block in blocks(page) for line in block.splitlines()]
     return [line for line in lines if not line.startswith("Total rendering time")]
+
+
+def documents(page):
+    """The JSON documents that a page shows."""
+    return blocks(page, "json")
 
 
 def anchors(page):

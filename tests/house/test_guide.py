@@ -107,6 +107,9 @@ class Commands(unittest.TestCase):
                 for name in ("tour", "deep-zoom", "benchmark"):
                     shutil.copy(os.path.join(SOURCE, "share", f"{name}.frac"), folder)
                 shutil.copy(os.path.join(GUIDE, "gallery", "mandelbrot.png"), folder)
+                for document in guide.documents(page):
+                    with open(os.path.join(folder, "flight.json"), "w", encoding="utf-8") as file:
+                        file.write(document)
                 for command in guide.commands(page):
                     self.run_one(page, command, folder)
 

@@ -120,6 +120,45 @@ class Stills(ExactTest):
         self.assertEqual(pixels(self.still("none.json", "--size", "4")).max(), 0)
 
 
+class Undecided(ExactTest):
+    """A point on the circle under z^2, which never leaves it: with a bound of 1 each step is a tie
+    of numbers whose digits double. Pixel (1, 1) of four is that point."""
+
+    OPTIONS = ["tie.json", "--size", "2x2", "--escape", "1"]
+
+    def setUp(self):
+        super().setUp()
+        self.write("tie.json", self.document(
+            {"formula": "julia", "center": ["0.6", "0.8"], "width": "1e-30", "c": ["0", "0"],
+             "maxIters": 300}))
+
+    def told(self, *arguments):
+        """What is made, of which the run says how much was not decided."""
+        done = self.run_render(*self.OPTIONS, *arguments)
+        self.assertEqual((done.returncode, done.stderr), (0, b"tessary-render: unproven: 1\n"))
+        return done.stdout
+
+    def test_its_count_is_marked(self):
+        self.told("--counts", "out.npy")
+        counts = np.load(self.path("out.npy"))
+        self.assertEqual(counts[1, 1], -1)
+        self.assertGreater(np.delete(counts, 3).min(), 0)
+
+    def test_it_has_no_value(self):
+        self.told("--values", "out.npy")
+        self.assertTrue(np.isnan(np.load(self.path("out.npy"))[1, 1]))
+
+    def test_it_is_painted_as_a_point_that_stays(self):
+        for options, colour in ([], (0, 0, 0)), (["--gradient", "dusk", "--inside", "#102030"], (16, 32, 48)), \
+                (["--colour", "smooth", "--dither", "none"], (0, 0, 0)), (["--depth", "16"], (0, 0, 0)):
+            with self.subTest(options=options):
+                picture = pixels(self.told(*options, "-o", "-"))
+                self.assertEqual(tuple(picture[1, 1]), colour)
+
+    def test_it_is_told_once_where_values_are_measured_first(self):
+        self.told("--gradient", "dusk", "--range", "auto", "-o", "-")
+
+
 class Documents(ExactTest):
     def test_a_picture_knows_where_it_lies_and_makes_itself_again(self):
         picture = self.still("deep.json", "--size", "16x12", "--colour", "smooth")
