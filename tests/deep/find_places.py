@@ -126,7 +126,7 @@ def real_minibrot(period, widths):
 
 def julia(point, c, width):
     """A view of Julia's set of c, all of whose digits count."""
-    places = max(20, int(-gmpy2.log10(mpfr(width))) + 30)
+    places = max(20, int(-2 * gmpy2.log10(mpfr(width))) + 30)
     precise = mpfr(10) ** -places
     return about(point, width) + (digits(c.real, precise), digits(c.imag, precise))
 
