@@ -41,6 +41,7 @@ class Orbit {
           ci(bits),
           rr(bits),
           ii(bits),
+          sizeBefore(bits),
           m(bits),
           difference(bits) {
         const ExactPoint& c = exact.isJulia() ? exact.constant() : pixel;
@@ -57,6 +58,7 @@ class Orbit {
         for (int n = 0; n < view.maxIters; ++n) {
             if (n % 256 == 0 && isSet(stop)) return {INTERRUPTED, INSIDE};
             const Wide before = size, beforeOff = sizeOff;
+            mpfr_set(sizeBefore, m, MPFR_RNDN);
             step();
             const Side at = side();
             if (at == Side::unknown) return {UNDECIDED, INSIDE};
@@ -65,8 +67,9 @@ class Orbit {
         return {view.maxIters, INSIDE};
     }
 
-    // The value at the precision reached, though it might round to another unit.
-    double uncertainValue() const { return lastValue; }
+    // What is known at the precision reached: the count may be, though the value might yet round to
+    // another unit.
+    Outcome known() const { return open; }
 
   private:
     // Returns what the rounded number may be off.
@@ -116,31 +119,50 @@ class Orbit {
     }
 
     Outcome escaped(int n, Wide before, Wide beforeOff, bool wantsValue) {
-        if (!wantsValue) return {n, 0};
-        // ln(1 + x) <= x, and ln(1 - x) >= -x / (1 - x); each logarithm itself is within 4 u.
-        const Wide most = before.isZero() ? Wide() : beforeOff;
-        const double first = before.isZero() ? 0 : ratio(most, before);
-        const double second = ratio(sizeOff, size);
+        if (!wantsValue || (before.isZero() && beforeOff.isZero())) return {n, static_cast<double>(n)};
+        const Rounded v = valueOf(n, before, beforeOff);
+        if (v.certain) return {n, v.value};
+        open = {n, v.value};
+        return {UNDECIDED, INSIDE};
+    }
+
+    // ln(1 + x) <= x, and ln(1 - x) >= -x / (1 - x); each logarithm itself is within 4 u.
+    Rounded valueOf(int n, Wide before, Wide beforeOff) {
+        mpfr_sub(difference, m, sizeBefore, MPFR_RNDN);
+        const Wide gap = wide(difference);
+        if (gap < before * Wide(0x1p-30)) return nearValue(n, gap, before, beforeOff + sizeOff);
         const double logBefore = logarithm(before), logAfter = logarithm(size);
-        const double own = std::isinf(logBefore) ? 0 : std::fabs(logBefore);
-        const double error = std::max(first, second) + 0x1p-50 * (own + std::fabs(logAfter));
-        const Rounded v = roundedValue(n, logBefore, logAfter, fixedLog(view.limit), error);
-        lastValue = v.value;
-        return {v.certain && (!before.isZero() || beforeOff.isZero()) ? n : UNDECIDED, v.value};
+        const double error = std::max(ratio(beforeOff, before), ratio(sizeOff, size)) +
+                             0x1p-50 * (std::fabs(logBefore) + std::fabs(logAfter));
+        return roundedValue(n, logBefore, logAfter, fixedLog(view.limit), error);
+    }
+
+    // Where one step leads from just below the limit to just above, logarithms would cancel: of
+    // x = (L - s) / s and y = (s' - s) / s the quotient of ln(1 + x) and ln(1 + y) is wanted.
+    Rounded nearValue(int n, Wide gap, Wide before, Wide off) {
+        mpfr_sub_d(difference, sizeBefore, view.limit, MPFR_RNDN);
+        const Wide left = -wide(difference);
+        const auto bend = [](double x) { return 1 - x / 2 + x * x / 3; };
+        const double x = quotient(left, before), y = quotient(gap, before);
+        const double q = quotient(left, gap) * (bend(x) / bend(y));
+        return roundedQuotient(n, q, 4 * quotient(off, gap) + 0x1p-48);
+    }
+
+    static double quotient(Wide a, Wide b) {
+        return Wide(a.mantissa() / b.mantissa(), a.exponent() - b.exponent()).value();
     }
 
     static double ratio(Wide off, Wide of) {
-        const double r =
-            Wide(off.mantissa() / of.mantissa(), off.exponent() - of.exponent()).value();
+        const double r = of.isZero() ? 1 : quotient(off, of);
         return r < 1 ? r / (1 - r) : std::numeric_limits<double>::infinity();
     }
 
     const View& view;
     const Wide unit;
-    Big zr, zi, cr, ci, rr, ii, m, difference;
+    Big zr, zi, cr, ci, rr, ii, sizeBefore, m, difference;
     Wide radius, constantOff, constantSize, size, sizeOff;
     bool squaresRounded = false;
-    double lastValue = INSIDE;
+    Outcome open{UNDECIDED, INSIDE};
 };
 
 }  // namespace
@@ -158,7 +180,8 @@ Outcome followExactly(const ExactView& exact, const View& view, int i, int j, bo
     for (long bits = std::max(128L, 64 - exact.spacingExponent());; bits += bits / 2) {
         Orbit orbit(exact, view, pixel, bits);
         const Outcome outcome = orbit.follow(wantsValue, stop);
-        if (outcome.count != UNDECIDED || bits > MOST_BITS) return outcome;
+        if (outcome.count != UNDECIDED) return outcome;
+        if (bits > MOST_BITS) return orbit.known();
     }
 }
 

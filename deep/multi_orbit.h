@@ -26,7 +26,7 @@ struct Outcome {
 inline constexpr long MOST_BITS = 1L << 16;
 
 // Pixel (i, j) of the view; any thread. wantsValue: the precision also grows until the value is
-// known to VALUE_UNIT, or to 2^-60 where it lies too near the middle between two units.
+// known to VALUE_UNIT; one that never is, in the middle between two units, is given as it is last.
 Outcome followExactly(const ExactView& exact, const View& view, int i, int j, bool wantsValue,
                       StopFlag stop);
 

@@ -21,7 +21,7 @@ namespace deep_orbits {
 inline constexpr double CLOSE_ENOUGH = 256;
 
 // Steps between two looks at what is not in the loop.
-inline constexpr int STEPS_TOGETHER = 16, STEPS_APART = 64;
+inline constexpr int STEPS_TOGETHER = 64, STEPS_APART = 64;
 
 template <int PARTS>
 class Orbits : public OrbitLanes<PARTS> {

@@ -16,4 +16,7 @@ struct Rounded {
 // The logarithms' own roundings are part of `error`.
 Rounded roundedValue(int count, double logBefore, double logAfter, double logLimit, double error);
 
+// The same of a quotient q that is off by no more than `off`.
+Rounded roundedQuotient(int count, double q, double off);
+
 }  // namespace deep
