@@ -126,7 +126,7 @@ def real_minibrot(period, widths):
 
 def julia(point, c, width):
     """A view of Julia's set of c, all of whose digits count."""
-    places = max(20, int(-gmpy2.log10(mpfr(width))) + 30)
+    places = max(20, int(-2 * gmpy2.log10(mpfr(width))) + 30)
     precise = mpfr(10) ** -places
     return about(point, width) + (digits(c.real, precise), digits(c.imag, precise))
 
@@ -248,7 +248,8 @@ def edge(chance, width, julia):
     steps, _, slope = deviating(*((c, point) if julia else (point, None)), limit)
     if steps > 3000 or abs(slope) * mpfr(width) > 0.01:
         return None
-    part = chance.choice([-1, 1]) * mpfr(10) ** -chance.uniform(6, 36)
+    about_what = chance.choice([(6, 36), (14.5, 17), (14.5, 17), (28, 33)])  # anything, doubles, pairs
+    part = chance.choice([-1, 1]) * mpfr(10) ** -chance.uniform(*about_what)
     wanted = limit + part * abs(slope) * mpfr(width)
     for _ in range(60):
         z, d = orbit_from(*((c, point) if julia else (point, None)), steps)
@@ -271,7 +272,7 @@ def edge(chance, width, julia):
 def edges(number):
     chance = random.Random(1)
     while number > 0:
-        found = edge(chance, chance.choice(WIDTHS), chance.random() < 0.25)
+        found = edge(chance, chance.choice(WIDTHS + 3 * WIDTHS[:7]), chance.random() < 0.25)
         if found:
             print(*found)
             number -= 1
@@ -283,4 +284,4 @@ def places():
 
 
 if __name__ == "__main__":
-    edges(400) if sys.argv[1:] == ["edges"] else places()
+    edges(700) if sys.argv[1:] == ["edges"] else places()
