@@ -15,30 +15,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <string>
 
 #include "compute/stop_flag.h"
+#include "deep/view.h"
 
 namespace deep {
-
-// What a picture depends on. Decimals are texts of frac/decimal_text.h. Pixel (i, j) of W x H
-// stands exactly at
-//     centre + ((i/W - 1/2) width, (j/H - 1/2) width H/W):
-// row 0 has the smallest imaginary part, as in every picture of the program (pixelPoint).
-struct View {
-    std::string re, im, width;   // centre and width
-    std::string cRe, cIm;        // the constant of a Julia set; both empty: the Mandelbrot set
-    int pixelsWide, pixelsHigh;  // W, H: samples of the whole picture, at least 1
-    double limit;                // escape bound: |z|^2 > limit
-    int maxIters;
-};
-
-// One line without a full stop that says why this view cannot be rendered, or nothing. Cheap.
-std::string refusal(const View& view);
-
-// Values are whole multiples of this. Rounding to them hides which of several ways, all of them
-// proven and none of them exact, a pixel took. Half a unit is below 1e-6 of a step.
-inline constexpr double VALUE_UNIT = 0x1p-20;
 
 // A view with all that its pixels share. Const once made: any threads render parts at once, which
 // may overlap only if they write elsewhere. A view that refusal() refuses must not come here.

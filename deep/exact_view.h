@@ -2,7 +2,7 @@
 #pragma once
 
 #include "deep/big_number.h"
-#include "deep/deep_picture.h"
+#include "deep/view.h"
 
 namespace deep {
 

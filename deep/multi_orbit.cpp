@@ -119,7 +119,8 @@ class Orbit {
     }
 
     Outcome escaped(int n, Wide before, Wide beforeOff, bool wantsValue) {
-        if (!wantsValue || (before.isZero() && beforeOff.isZero())) return {n, static_cast<double>(n)};
+        if (!wantsValue || (before.isZero() && beforeOff.isZero()))
+            return {n, static_cast<double>(n)};
         const Rounded v = valueOf(n, before, beforeOff);
         if (v.certain) return {n, v.value};
         open = {n, v.value};

@@ -6,8 +6,9 @@
 // are decided too. Discs do not wrap as rectangles do, which would cost digits every step.
 #pragma once
 
-#include "deep/deep_picture.h"
+#include "compute/stop_flag.h"
 #include "deep/exact_view.h"
+#include "deep/view.h"
 
 namespace deep {
 

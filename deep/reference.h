@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "compute/stop_flag.h"
 #include "deep/exact_view.h"
 #include "deep/wide.h"
 

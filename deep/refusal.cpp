@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "deep/deep_picture.h"
+#include "deep/view.h"
 #include "frac/decimal_text.h"
 
 namespace deep {

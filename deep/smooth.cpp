@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "deep/deep_picture.h"
+#include "deep/view.h"
 
 namespace deep {
 

@@ -4,9 +4,10 @@
 #include <cstdint>
 #include <memory>
 
-#include "deep/deep_picture.h"
+#include "compute/stop_flag.h"
 #include "deep/reference.h"
 #include "deep/skips.h"
+#include "deep/view.h"
 
 namespace deep {
 

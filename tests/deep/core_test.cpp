@@ -125,6 +125,25 @@ TEST(DeepCore, EveryTierAloneHasTheRightCountsWhereItHasAny) {
     }
 }
 
+// A hundred thousand pixels of a dense spiral: with a bound that does not grow by 2 |z| a step the
+// doubles are sure of a wrong count.
+TEST(DeepCore, DoublesAreSureOfNothingThatPairsContradict) {
+    const deep::View view{
+        "-0.77568376800899379", "0.136467368294735125", "2e-13", "", "", 320, 320, 4, 5000};
+    const Numbers all = render(view);
+    deep::useAlone(deep::Tier::pairs);
+    const Numbers right = render(view);
+    deep::useAlone(deep::Tier::doubles);
+    const Numbers doubles = render(view);
+    deep::useAllTiers();
+    EXPECT_EQ(all.counts, right.counts);
+    std::int64_t wrong = 0;
+    for (std::size_t n = 0; n < right.counts.size(); ++n) {
+        if (doubles.counts[n] != -1 && doubles.counts[n] != right.counts[n]) ++wrong;
+    }
+    EXPECT_EQ(wrong, 0);
+}
+
 // A flight towards one centre, the deepest frame first.
 TEST(DeepFlight, SharesOneReferenceAndChangesNoNumber) {
     deep::View view{"-0.10101", "0.9563", "1e-60", "", "", 24, 16, 4, 3000};
