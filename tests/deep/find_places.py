@@ -238,7 +238,7 @@ def edge(chance, width, julia):
     name = chance.choice(sorted(MISIUREWICZ))
     limit = chance.choice([4, 4, 4, 100, 65536])
     c = misiurewicz(name)
-    away = mpfr(10) ** -chance.uniform(1, max(2, min(14, 0.6 * depth)))
+    away = mpfr(10) ** -chance.uniform(1, max(2, min(60, 0.8 * depth)))
     away *= gmpy2.exp(mpc(0, chance.uniform(0, 6.3)))
     if julia:
         c = mpc(mpfr(digits(c.real, "1e-40")), mpfr(digits(c.imag, "1e-40")))

@@ -18,14 +18,18 @@ import tempfile
 
 SOURCE = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 TERMS = [  # what, file, text, what stands in its place
+    ("all with u, kappa and beta", "tiers.cpp", "constexpr double u = TierData<PARTS>::UNIT;",
+     "constexpr double u = TierData<PARTS>::UNIT * 0x1p-40;"),
     ("18 u |z||d|", "tiers.cpp", "tier.sizeFactor = 3 * ofSize * ofSize", "tier.sizeFactor = 0"),
     ("b", "tiers.cpp", "tier.ownSquared = 3 * own * own", "tier.ownSquared = 0x1p-300 * own"),
     ("kappa", "skips.cpp", "map.kappa = (ay * x.kappa", "map.kappa = 0 * (ay * x.kappa"),
     ("the square left out", "skips.cpp", "size * Wide(epsilon)", "size * Wide(0x1p-20)"),
     ("beta", "skips.cpp", "map.beta = ((ay", "map.beta = 0 * ((ay"),
-    ("the room to the limit", "skips.cpp", "stays(0.995 * std::min(2.0, std::sqrt(limit)))", "stays(1e9)"),
+    ("the room to the limit", "skips.cpp", "stays(0.995 * std::min(2.0, std::sqrt(limit)))",
+     "stays(1e9)"),
     ("2 |z| e: 4 for 1", "orbits-inl.h", "Real(4 * UPWARDS) * x.s", "Real(1 * UPWARDS) * x.s"),
-    ("2 |z| e + e^2 of a decision", "orbit_lanes-inl.h", "off = (2 * std::sqrt(size[l]) * e + e * e", "off = (0"),
+    ("2 |z| e + e^2 of a decision", "orbit_lanes-inl.h",
+     "off = (2 * std::sqrt(size[l]) * e + e * e", "off = (0"),
 ]
 TESTS = {  # quickest first
     "deep_tiers_test": "*IsRightOrLeaves*:*DecidesMost*/0:*DecidesMost*/1",
