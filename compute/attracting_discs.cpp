@@ -1,8 +1,18 @@
 #include "compute/attracting_discs.h"
 
 #include <cmath>
+#include <limits>
 
 namespace {
+
+struct KnownDiscs {
+    Point c{std::numeric_limits<double>::quiet_NaN(), 0};
+    double unit = 0;
+    Discs discs;
+};
+
+// Each thread writes and reads its own, no lock.
+thread_local KnownDiscs lastOfThread;
 
 double lengthOf(const Point& z) {
     return std::sqrt(magnitudeSquared(z));
@@ -94,4 +104,14 @@ void findDiscsByTrial(const Constants& c, Discs& discs) {
         discs.fit(1, 60, c);
         return;
     }
+}
+
+const Discs& discsOfView(const Point& c, double unit) {
+    KnownDiscs& known = lastOfThread;
+    if (!(c.r == known.c.r && c.i == known.c.i && unit == known.unit)) {
+        known.c = c;
+        known.unit = unit;
+        findDiscsByTrial({c, 0, unit}, known.discs);
+    }
+    return known.discs;
 }

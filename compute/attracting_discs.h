@@ -64,3 +64,7 @@ void findDiscs(const Constants& c, Discs& discs);
 // Sets the discs about the cycle that the orbit of zero comes to under the middle c, if it has at
 // most Discs::MOST points. Takes some microseconds.
 void findDiscsByTrial(const Constants& c, Discs& discs);
+
+// The discs that findDiscsByTrial sets for a constant that a whole view has. Any thread; each keeps
+// those of its last constant and unit, to which the reference holds until it asks for others.
+const Discs& discsOfView(const Point& c, double unit);

@@ -32,25 +32,6 @@ inline constexpr bool squares = std::is_same_v<R, MandelbrotRule> || std::is_sam
 template <class T>
 inline constexpr double UNIT = static_cast<double>(std::numeric_limits<T>::epsilon()) / 2;
 
-// The last constant of a view and its discs. Each thread writes and reads its own, no lock.
-template <class T>
-struct KnownDiscs {
-    Point c{std::numeric_limits<double>::quiet_NaN(), 0};
-    Discs discs;
-};
-template <class T>
-inline thread_local KnownDiscs<T> knownDiscs;
-
-template <class T>
-const Discs& discsOfView(const Point& c) {
-    KnownDiscs<T>& known = knownDiscs<T>;
-    if (!(c.r == known.c.r && c.i == known.c.i)) {
-        known.c = c;
-        findDiscsByTrial({c, 0, UNIT<T>}, known.discs);
-    }
-    return known.discs;
-}
-
 // The points of a chunk that has just been taken. An extent that vanishes when squared does so
 // beside the roundings that are allowed anyway.
 template <class T>
@@ -69,7 +50,7 @@ class ChunkDiscs {
     ChunkDiscs(const Slots<T>& s, const VectorTile<T>& tile, bool wanted) {
         if (!squares<R> || !wanted || !(tile.limit >= T(4))) return;
         if (R::constant == Constant::view) {
-            discs = &discsOfView<T>({tile.cx, tile.cy});
+            discs = &discsOfView({tile.cx, tile.cy}, UNIT<T>);
         } else if (mayAttract(s)) {
             findDiscs(constantsOf(s), own);
         }

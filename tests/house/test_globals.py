@@ -132,6 +132,7 @@ class Globals(unittest.TestCase):
         kept = {name for file, name, _ in self.symbols if file.startswith(("compute/", "frac/"))}
         harmless = {
             "cycleDetection",  # a switch of tests and benchmarks
+            "lastOfThread",  # the discs of the constant that a thread had last: time, not pixels
             "lastChunkRepeated",  # what a thread expects of its next chunk: time, not pixels
             "presets",  # never written
             "scalarAlone",  # a switch of tests and benchmarks
