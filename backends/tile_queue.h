@@ -43,8 +43,8 @@ class TileQueue {
     void pop_front() { ++first; }
     void clear() { first = last = memory.data(); }
 
-    // Makes room for so many tiles in all: until there are more nothing is allocated. Throws
-    // std::bad_alloc, and nothing has changed.
+    // Makes room for so many tiles in all: filling an empty queue up to them allocates nothing.
+    // Throws std::bad_alloc, and nothing has changed.
     void reserve(std::size_t tiles);
 
   private:

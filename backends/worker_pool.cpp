@@ -36,7 +36,7 @@ std::optional<params> takeTile() {
     if (workQ.empty()) return std::nullopt;
     const params tile = workQ.front();
     workQ.pop_front();
-    __builtin_prefetch(workQ.begin() + 1);
+    if (!workQ.empty()) __builtin_prefetch(workQ.begin() + 1);
     return tile;
 }
 

@@ -13,7 +13,8 @@
 // arithmetic, m_(-1) that of the orbit's start, and L the limit, a pixel escapes at the first step
 // n with m_n > L, n < maxIters. Its count is n and its value
 //     v = (n - 1) + q,   q = (ln L - ln m_(n-1)) / (ln m_n - ln m_(n-1)),
-// with logarithms and all else in double (compute/fixed_math.h); a q that is not a number or
+// with logarithms (to base 2, which the quotient does not mind) and all else in double
+// (compute/fixed_math.h); a q that is not a number or
 // outside [0, 1] is taken as 1, so that v lies in [n - 1, n]. A pixel that stays has the count
 // max(maxIters, 0) and the value NaN; so has every pixel under an unknown rule. That holds for
 // Julia, too: what its own loop counts beyond the limit is no escape here, as it is none in the

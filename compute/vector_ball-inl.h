@@ -21,6 +21,7 @@
 // are below their own surplus, 2^-14 and 2^-9.
 //
 // A decision needs E <= 2^-4 and |z|^2 further from the limit L than E (2 |z| + E) and roundings.
+// An escape needs the small E of the step before alone: E' is a bound then, however large it is.
 // That a state stays is mostly seen at once: |z|^2 + K E <= L (1 - 2^-18) with K = 16 max(L, 2)
 // has both. For then E <= L / K <= 1/16, and 2 |z| + E <= 2 sqrt(L) + 1/16 < K.
 //

@@ -28,9 +28,10 @@ struct Form {
 };
 
 // z^2 + c. The rule adds re * im to itself; doubling is exact, and the fused sum with c rounds once
-// as the rule's does. It would differ where 2 re im passes the largest number, which no state
-// within a limit below 2^32 does; a part that is not a number makes every part of the next so
-// either way.
+// as the rule's does. It would differ where 2 re im passes the largest number. As it is no greater
+// than |z|^2, no state within a finite limit comes there; under a limit that is infinite or not a
+// number nobody escapes, and no count tells. A part that is not a number makes every part of the
+// next so either way.
 struct SquareForm {
     static constexpr bool anywhere = false;
     template <class T>

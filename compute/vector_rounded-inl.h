@@ -1,11 +1,11 @@
 // The correctly rounded functions of compute/rounded_trig.h on vectors, and orbits of the scalar
 // trigonometric rules in double, many at once: for pixels that compute/vector_certified-inl.h
-// cannot settle.
+// or compute/vector_stages-inl.h cannot settle.
 //
 // The sums are those of the scalar text, so their bound is its bound, too. Lanes that they cannot
 // decide, and arguments that they are not made for, go to the scalar functions.
 //
-// Included once for each instruction set (see compute/value_renderer.cpp).
+// Included once for each instruction set (see compute/value_renderer.cpp and vector_renderer.cpp).
 #if defined(TESSARY_COMPUTE_VECTOR_ROUNDED_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef TESSARY_COMPUTE_VECTOR_ROUNDED_INL_H
 #undef TESSARY_COMPUTE_VECTOR_ROUNDED_INL_H
@@ -183,8 +183,13 @@ struct RoundedOrbits {
     RealMask live;
 
     HWY_INLINE RoundedOrbits(const FollowedPixels& pixels, std::size_t at)
-        : c{Real(hn::Load(RealTag(), pixels.re + at)), Real(hn::Load(RealTag(), pixels.im + at))},
-          live(hn::FirstN(RealTag(), pixels.used - at)) {
+        : RoundedOrbits(pixels, at, hn::FirstN(RealTag(), pixels.used - at)) {}
+
+    // Lanes behind the last pixel follow the orbit of 0.
+    HWY_INLINE RoundedOrbits(const FollowedPixels& pixels, std::size_t at, RealMask some)
+        : c{Real(hn::MaskedLoad(some, RealTag(), pixels.re + at)),
+            Real(hn::MaskedLoad(some, RealTag(), pixels.im + at))},
+          live(some) {
         z = saved = {Real(0.0), Real(0.0)};
         before = after = Real(0.0);
     }

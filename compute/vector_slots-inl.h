@@ -304,7 +304,7 @@ bool endRepeats(Slots<T>& s) {
 // Under every rule a NaN part leaves a NaN part in the next state: each new part is a sum of
 // products with both old parts, save for Barnsley-Sierpinski, where each part follows from itself
 // and so stays NaN alone. A live state has no infinite part, so the sum of its parts is NaN just
-// when one of them is.
+// when one of them is; or the limit is infinite or NaN, and nobody escapes.
 template <class T>
 bool endNotNumbers(Slots<T>& s) {
     const typename Slots<T>::D d;

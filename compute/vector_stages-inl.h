@@ -3,7 +3,9 @@
 //
 // In a double picture the constant of an orbit in float is the pixel's point rounded to float. That
 // is at most u |c|_1 away, the error of the bounds' own orbit in float; and the scalar rule rounds
-// to double, not twice to float, which leaves more than that (see compute/vector_ball-inl.h).
+// to double, not twice to float, which leaves more than that (see compute/vector_ball-inl.h). A
+// point below the range of float is off by less than the 3 u cosh h that the bounds have to spare,
+// and one beyond it has an infinite bound, so that it stays in doubt.
 //
 // Included once for each instruction set (see compute/vector_renderer.cpp).
 #if defined(TESSARY_COMPUTE_VECTOR_STAGES_INL_H) == defined(HWY_TARGET_TOGGLE)

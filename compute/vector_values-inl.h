@@ -129,7 +129,8 @@ HWY_INLINE Real promoted(const std::uint32_t* from) {
         RealTag(), hn::BitCast(di, hn::Load(hn::RebindToUnsigned<decltype(di)>(), from))));
 }
 
-// Where fixedLogs2() will do. What comes before an escape is no greater than the limit.
+// Where fixedLogs2() will do. What comes before an escape is no greater than the limit, or infinite
+// where an orbit starts there: the quotient is 1 either way.
 HWY_INLINE RealMask areNormal(Real before, Real after) {
     const Real smallest(std::numeric_limits<double>::min()),
         largest(std::numeric_limits<double>::max());

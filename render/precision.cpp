@@ -85,11 +85,12 @@ fractal framed(fractal view, Size size) {
     return view;
 }
 
-// The second way to be beyond is that of widths that no double holds.
+// Widths that no double holds are beyond it at either end.
 bool isBeyondDouble(const fractal& view, Size samples) {
     constexpr double SHARE = 0x1p-40, LEAST = 1e-280;
     const double width = view.exact ? nearestNumber(view.exact->width) : view.xMax - view.xMin;
     const double spacing = std::abs(width) / samples.width;
+    if (!std::isfinite(spacing)) return true;
     return spacing < SHARE * largestCoordinate(view) || spacing < LEAST;
 }
 

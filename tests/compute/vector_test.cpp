@@ -86,7 +86,8 @@ TEST_P(EveryCatalogueView, IsTheScalarPictureAtEveryEscapeLimit) {
     View v = view();
     v.width = v.height = 24;
     v.maxIters = 100;
-    for (const int size : {INT_MIN, -1, 0, 1, 2, 90000, 90001, 1000000, INT_MAX}) {
+    for (const int size :
+         {INT_MIN, -1, 0, 1, 2, 3, 4, 1899, 1900, 1901, 65536, 90000, 90001, 1000000, INT_MAX}) {
         v.maxSize = size;
         EXPECT_TRUE(allTargetsAgree(v, "escape"));
     }
