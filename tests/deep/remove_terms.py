@@ -27,7 +27,7 @@ TERMS = [  # what, file, text, what stands in its place
     ("beta", "skips.cpp", "map.beta = ((ay", "map.beta = 0 * ((ay"),
     ("the room to the limit", "skips.cpp", "stays(0.995 * std::min(2.0, std::sqrt(limit)))",
      "stays(1e9)"),
-    ("2 |z| e: 4 for 1", "orbits-inl.h", "Real(4 * UPWARDS) * x.s", "Real(1 * UPWARDS) * x.s"),
+    ("2 |z| e: 4 for 1", "vector_steps-inl.h", "Real(4 * UPWARDS) * x.s", "Real(1 * UPWARDS) * x.s"),
     ("2 |z| e + e^2 of a decision", "orbit_lanes-inl.h",
      "off = (2 * std::sqrt(size[l]) * e + e * e", "off = (0"),
 ]
