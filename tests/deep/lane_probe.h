@@ -24,10 +24,8 @@ struct Opened {
         friend auto member(Name); \
     };                            \
     template struct Opened<Name, &Orbits::name>
-TESSARY_OPEN(DRe, dRe);
-TESSARY_OPEN(DIm, dIm);
-TESSARY_OPEN(CRe, cRe);
-TESSARY_OPEN(CIm, cIm);
+TESSARY_OPEN(Differences, d);
+TESSARY_OPEN(Added, c);
 TESSARY_OPEN(Bound, bound);
 TESSARY_OPEN(Operations, operations);
 TESSARY_OPEN(Index, m);
@@ -78,28 +76,23 @@ class Probe {
     // d at this index of the reference, nothing to be added by a step.
     void put(std::uint32_t index, double re, double im, double squared = 0, double count = 1) {
         (lanes.*member(SetLaneScale()))(0, 0);
-        (lanes.*member(CRe())).set(0, 0);
-        (lanes.*member(CIm())).set(0, 0);
+        (lanes.*member(Added())).set(0, orbits::OrbitLanes<1>::Scalar{});
         at() = index;
         operations() = count;
         setDifference(re, im, squared);
     }
     // d with the square of its error, over the count; units, index and what a step adds stay.
     void setDifference(double re, double im, double squared) {
-        (lanes.*member(DRe())).set(0, re);
-        (lanes.*member(DIm())).set(0, im);
+        (lanes.*member(Differences())).set(0, orbits::OrbitLanes<1>::Scalar{re, im});
         bound() = squared;
         (lanes.*member(Measure()))(0);
     }
 
     void step() {
-        using orbits::Real;
         auto x = (lanes.*member(Load()))(0);
         const auto with = (lanes.*member(ConstantsOf()))(0, 1);
-        const double* z = &tier.reference->z[0][2 * std::size_t{at()}];
-        const auto cr = (lanes.*member(CRe())).vector(0), ci = (lanes.*member(CIm())).vector(0);
-        (lanes.*member(Step()))(x, with, x.zr + Real(z[0]), x.zi + Real(z[1]), cr, ci, Real(z[2]),
-                                Real(z[3]));
+        const orbits::OrbitLanes<1>::Vector from = point(at()), to = point(at() + 1);
+        (lanes.*member(Step()))(x, with, x.z + from, (lanes.*member(Added())).vector(0), to);
         (lanes.*member(Store()))(0, x);
         operations() += 1;
         ++at();
@@ -116,12 +109,16 @@ class Probe {
 
     std::int64_t unit() { return (lanes.*member(Unit()))[0]; }
     Exact difference() {
-        return {mpq_class((lanes.*member(DRe()))[0]), mpq_class((lanes.*member(DIm()))[0])};
+        const auto d = (lanes.*member(Differences()))[0];
+        return {mpq_class(d.re), mpq_class(d.im)};
     }
     // No less than the square of the error, in the square of the unit.
     mpq_class squaredBound() { return mpq_class(operations()) * mpq_class(bound()); }
 
   private:
+    orbits::OrbitLanes<1>::Vector point(std::uint32_t m) const {
+        return orbits::of<orbits::Real>(tier.reference->point<1>(m));
+    }
     double& bound() { return (lanes.*member(Bound()))[0]; }
     double& operations() { return (lanes.*member(Operations()))[0]; }
     std::uint32_t& at() { return (lanes.*member(Index()))[0]; }

@@ -80,11 +80,11 @@ FixedPoint fixedPoint(std::mt19937_64& random, int n) {
     return point;
 }
 
-template <int PARTS>
-Point partsOf(const double* re, const double* im, std::int64_t exponent) {
-    Point sum = pointOf(re[0], im[0], exponent);
-    for (int p = 1; p < PARTS; ++p) sum = sum + pointOf(re[p], im[p], exponent);
-    return sum;
+Point pointOf(const Complex<double>& x, std::int64_t exponent) {
+    return pointOf(x.re, x.im, exponent);
+}
+Point pointOf(const Complex<Pair<double>>& x, std::int64_t exponent) {
+    return pointOf(x.re.high, x.im.high, exponent) + pointOf(x.re.low, x.im.low, exponent);
 }
 
 constexpr double unitOf(int parts) {
@@ -95,9 +95,7 @@ constexpr double unitOf(int parts) {
 template <int PARTS>
 struct Promise {
     explicit Promise(const deep::Node<PARTS>& n)
-        : node(n),
-          a(partsOf<PARTS>(n.ar, n.ai, n.aExponent)),
-          b(partsOf<PARTS>(n.br, n.bi, n.bExponent)) {
+        : node(n), a(pointOf(n.a, n.aExponent)), b(pointOf(n.b, n.bExponent)) {
         // The table keeps 2 (kappa + 8 u |A|)^2 and 2 (beta + 8 u |B|)^2.
         constexpr double u = unitOf(PARTS);
         kappa = std::sqrt(n.onSize / 2) - 8 * u * sizeOf(a, n.aExponent);
