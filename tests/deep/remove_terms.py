@@ -3,9 +3,9 @@
 
     remove_terms.py BUILD [TEST...]
 
-BUILD is a release build with tests; without a TEST all of them are asked, quickest first. Each change is made in a copy of deep/, compiled for one
-instruction set and linked with the tests' objects of the build. The page of the bounds is
-docs/deep-zoom.md.
+BUILD is a release build with tests; without a TEST all of them are asked, quickest first. Each
+change is made in a copy of deep/, compiled for few instruction sets and linked with the tests'
+objects of the build. The table of what it tells is in docs/deep-zoom.md, the page of the bounds.
 """
 
 import glob
