@@ -76,14 +76,14 @@ class Probe {
     // d at this index of the reference, nothing to be added by a step.
     void put(std::uint32_t index, double re, double im, double squared = 0, double count = 1) {
         (lanes.*member(SetLaneScale()))(0, 0);
-        (lanes.*member(Added())).set(0, orbits::Complex<double>{});
+        (lanes.*member(Added())).set(0, orbits::OrbitLanes<1>::Scalar{});
         at() = index;
         operations() = count;
         setDifference(re, im, squared);
     }
     // d with the square of its error, over the count; units, index and what a step adds stay.
     void setDifference(double re, double im, double squared) {
-        (lanes.*member(Differences())).set(0, orbits::Complex<double>{re, im});
+        (lanes.*member(Differences())).set(0, orbits::OrbitLanes<1>::Scalar{re, im});
         bound() = squared;
         (lanes.*member(Measure()))(0);
     }
@@ -91,9 +91,8 @@ class Probe {
     void step() {
         auto x = (lanes.*member(Load()))(0);
         const auto with = (lanes.*member(ConstantsOf()))(0, 1);
-        const auto from = pointOfAll(at()), next = pointOfAll(at() + 1);
-        const auto added = (lanes.*member(Added())).vector(0);
-        (lanes.*member(Step()))(x, with, x.z + from, added, next);
+        const orbits::OrbitLanes<1>::Vector from = point(at()), to = point(at() + 1);
+        (lanes.*member(Step()))(x, with, x.z + from, (lanes.*member(Added())).vector(0), to);
         (lanes.*member(Store()))(0, x);
         operations() += 1;
         ++at();
@@ -117,8 +116,8 @@ class Probe {
     mpq_class squaredBound() { return mpq_class(operations()) * mpq_class(bound()); }
 
   private:
-    orbits::Complex<orbits::Real> pointOfAll(std::uint32_t index) const {
-        return orbits::of<orbits::Real>(tier.reference->point<1>(index));
+    orbits::OrbitLanes<1>::Vector point(std::uint32_t m) const {
+        return orbits::of<orbits::Real>(tier.reference->point<1>(m));
     }
     double& bound() { return (lanes.*member(Bound()))[0]; }
     double& operations() { return (lanes.*member(Operations()))[0]; }
