@@ -94,8 +94,7 @@ class Orbits : public VectorSteps<PARTS> {
     int stepsLeft() {
         const std::uint32_t end = at <= reference.firstEnd ? reference.firstEnd : reference.lastEnd;
         const std::uint32_t room = std::min(end, nextTiny()) - at;
-        return static_cast<int>(
-            std::min<std::uint32_t>(room, static_cast<std::uint32_t>(tier.maxIters - done)));
+        return static_cast<int>(std::min(room, static_cast<std::uint32_t>(tier.maxIters - done)));
     }
 
     // How many plain steps from index `at` on: to the next index that nodes start at, where the
@@ -223,8 +222,7 @@ class Orbits : public VectorSteps<PARTS> {
     bool tinyTogether() {
         spread();
         for (int l = 0; l < BLOCK; ++l) {
-            if (!this->isLive(l)) continue;
-            if (this->isTiny(l)) this->tinyStep(l);
+            if (this->isLive(l) && this->isTiny(l)) this->tinyStep(l);
         }
         return live != 0 && gather();
     }
