@@ -81,34 +81,6 @@ HWY_INLINE double mulAdd(double a, double b, double c) {
 #include "deep/pair.h"
 #undef TESSARY_VECTOR_TEXT
 
-template <class R>
-HWY_INLINE R scaleAdd(R power, R a, R c) {
-    return mulAdd(power, a, c);
-}
-
-HWY_INLINE double head(double x) {
-    return x;
-}
-HWY_INLINE Real head(Real x) {
-    return x;
-}
-template <class R>
-HWY_INLINE R head(Pair<R> x) {
-    return x.high;
-}
-
-template <class R>
-HWY_INLINE R times(R x, R power) {
-    return x * power;
-}
-template <class R>
-HWY_INLINE Pair<R> times(Pair<R> x, R power) {
-    return {x.high * power, x.low * power};
-}
-
-template <int PARTS, class R>
-using Of = std::conditional_t<PARTS == 1, R, Pair<R>>;
-
 // 2^exponent; 0 below the normal numbers, infinite above them.
 HWY_INLINE double power(std::int64_t exponent) {
     if (exponent < -1022) return 0;
@@ -116,54 +88,65 @@ HWY_INLINE double power(std::int64_t exponent) {
                            : powerOfTwo(static_cast<int>(exponent));
 }
 
-// Numbers of all lanes, in as many parts as the tier has.
+// What plain code made, for one lane or the same for all.
+template <class R>
+HWY_INLINE R of(double x) {
+    return R(x);
+}
+template <class R>
+HWY_INLINE Pair<R> of(::Pair<double> x) {
+    return {R(x.high), R(x.low)};
+}
+template <class R, class N>
+HWY_INLINE auto of(const ::Complex<N>& z) {
+    return Complex<decltype(of<R>(z.re))>{of<R>(z.re), of<R>(z.im)};
+}
+
+// A number of one lane or of a vector of them, from where its parts stand.
+inline constexpr int APART = 2 * BLOCK;
+HWY_INLINE void load(const double* from, double& to) {
+    to = *from;
+}
+HWY_INLINE void load(const double* from, Real& to) {
+    to = Real(hn::Load(RealTag(), from));
+}
+template <class R>
+HWY_INLINE void load(const double* from, Pair<R>& to) {
+    load(from, to.high);
+    load(from + APART, to.low);
+}
+HWY_INLINE void store(double x, double* to) {
+    *to = x;
+}
+HWY_INLINE void store(Real x, double* to) {
+    hn::Store(x.v, RealTag(), to);
+}
+template <class R>
+HWY_INLINE void store(Pair<R> x, double* to) {
+    store(x.high, to);
+    store(x.low, to + APART);
+}
+
+// Numbers of all lanes, in as many parts as the tier has: re, im, and of pairs the lows of both.
 template <int PARTS>
 struct Lanes {
-    HWY_ALIGN double part[PARTS][BLOCK];
+    HWY_ALIGN double part[2 * PARTS * BLOCK];
 
-    HWY_INLINE Of<PARTS, Real> vector(int v) const {
-        const RealTag d;
-        if constexpr (PARTS == 1) {
-            return Real(hn::Load(d, part[0] + v * WIDTH));
-        } else {
-            return {Real(hn::Load(d, part[0] + v * WIDTH)), Real(hn::Load(d, part[1] + v * WIDTH))};
-        }
+    template <class R>
+    HWY_INLINE Complex<Of<PARTS, R>> get(int l) const {
+        Complex<Of<PARTS, R>> z;
+        load(part + l, z.re);
+        load(part + BLOCK + l, z.im);
+        return z;
     }
-    HWY_INLINE void setVector(int v, Of<PARTS, Real> x) {
-        const RealTag d;
-        if constexpr (PARTS == 1) {
-            hn::Store(x.v, d, part[0] + v * WIDTH);
-        } else {
-            hn::Store(x.high.v, d, part[0] + v * WIDTH);
-            hn::Store(x.low.v, d, part[1] + v * WIDTH);
-        }
-    }
-    HWY_INLINE Of<PARTS, double> operator[](int l) const {
-        if constexpr (PARTS == 1) {
-            return part[0][l];
-        } else {
-            return {part[0][l], part[1][l]};
-        }
-    }
-    HWY_INLINE void set(int l, Of<PARTS, double> x) {
-        if constexpr (PARTS == 1) {
-            part[0][l] = x;
-        } else {
-            part[0][l] = x.high;
-            part[1][l] = x.low;
-        }
+    HWY_INLINE Complex<Of<PARTS, Real>> vector(int v) const { return get<Real>(v * WIDTH); }
+    HWY_INLINE Complex<Of<PARTS, double>> operator[](int l) const { return get<double>(l); }
+    template <class N>
+    HWY_INLINE void set(int l, const Complex<N>& z) {
+        store(z.re, part + l);
+        store(z.im, part + BLOCK + l);
     }
 };
-
-template <int PARTS, class R>
-HWY_INLINE Of<PARTS, R> numberOf(const double* high, const double* low) {
-    if constexpr (PARTS == 1) {
-        (void)low;
-        return R(*high);
-    } else {
-        return {R(*high), R(*low)};
-    }
-}
 
 HWY_INLINE Bits bitsOf(RealMask mask) {
     HWY_ALIGN std::uint8_t bytes[8] = {};
@@ -175,8 +158,8 @@ HWY_INLINE Bits bitsOf(RealMask mask) {
 template <int PARTS>
 class OrbitLanes {
   public:
-    using Vector = Of<PARTS, Real>;
-    using Scalar = Of<PARTS, double>;
+    using Vector = Complex<Of<PARTS, Real>>;
+    using Scalar = Complex<Of<PARTS, double>>;
 
     OrbitLanes(const TierData<PARTS>& data, ::deep::Block& pixels, bool values)
         : tier(data), reference(*data.reference), block(pixels), wantsValues(values) {}
@@ -202,16 +185,12 @@ class OrbitLanes {
     void startLane(int l, bool used) {
         const long right = used ? 2L * block.x[l] - tier.wide : 0;
         const long down = used ? 2L * block.y[l] - tier.high : 0;
-        const Scalar unit = numberOf<PARTS, double>(tier.halfStep, tier.halfStep + PARTS - 1);
-        const double none = 0;
-        const auto r = static_cast<double>(right), i = static_cast<double>(down);
-        const Scalar re = numberOf<PARTS, double>(&r, &none) * unit;
-        const Scalar im = numberOf<PARTS, double>(&i, &none) * unit;
-        const Scalar zero = numberOf<PARTS, double>(&none, &none);
-        dRe.set(l, re);
-        dIm.set(l, im);
-        offsetRe.set(l, tier.julia ? zero : re);
-        offsetIm.set(l, tier.julia ? zero : im);
+        const auto unit = of<double>(tier.halfStep);
+        const Scalar start{
+            of<double>(::deep::cut<PARTS>(::Pair<double>{static_cast<double>(right), 0})) * unit,
+            of<double>(::deep::cut<PARTS>(::Pair<double>{static_cast<double>(down), 0})) * unit};
+        d.set(l, start);
+        offset.set(l, tier.julia ? Scalar{} : start);
         bound[l] = tier.startSquared;
         if (used) block.count[l] = ::deep::UNDECIDED;
     }
@@ -223,14 +202,7 @@ class OrbitLanes {
         block.count[l] = count;
         block.value[l] = value;
         live &= ~(Bits{1} << l);
-        const double none = 0;
-        const Scalar zero = numberOf<PARTS, double>(&none, &none);
-        dRe.set(l, zero);
-        dIm.set(l, zero);
-        offsetRe.set(l, zero);
-        offsetIm.set(l, zero);
-        cRe.set(l, zero);
-        cIm.set(l, zero);
+        for (auto* numbers : {&d, &offset, &c}) numbers->set(l, Scalar{});
         bound[l] = 0;
         size[l] = dSize[l] = 0;
     }
@@ -248,8 +220,7 @@ class OrbitLanes {
         scale[l] = power(exponent);
         scaleSquared[l] = power(2 * exponent);
         own[l] = tier.ownSquared * shift * shift + FLOOR;
-        cRe.set(l, times(offsetRe[l], shift));
-        cIm.set(l, times(offsetIm[l], shift));
+        c.set(l, times(offset[l], shift));
         skipLimit[l] = largestSize(exponent);
     }
 
@@ -264,30 +235,19 @@ class OrbitLanes {
     // Changes lane l's units.
     void rescale(int l, std::int64_t exponent) {
         const double by = power(q[l] - exponent);
-        dRe.set(l, times(dRe[l], by));
-        dIm.set(l, times(dIm[l], by));
+        d.set(l, times(d[l], by));
         bound[l] = bound[l] * by * by + FLOOR;
         dSize[l] *= by * by;
         setLaneScale(l, exponent);
     }
 
-    Scalar referenceRe(std::uint32_t at) const {
-        return numberOf<PARTS, double>(&reference.z[0][2 * at], &reference.z[PARTS - 1][2 * at]);
-    }
-    Scalar referenceIm(std::uint32_t at) const {
-        return numberOf<PARTS, double>(&reference.z[0][2 * at + 1],
-                                       &reference.z[PARTS - 1][2 * at + 1]);
-    }
+    Scalar point(int l) const { return of<double>(reference.template point<PARTS>(m[l])); }
 
     // z, |z|^2 and |d|^2 of lane l.
     void measure(int l) {
-        const Scalar re = scaleAdd(scale[l], dRe[l], referenceRe(m[l]));
-        const Scalar im = scaleAdd(scale[l], dIm[l], referenceIm(m[l]));
-        zRe.set(l, re);
-        zIm.set(l, im);
-        size[l] = head(re) * head(re) + head(im) * head(im);
-        const double r = dRe.part[0][l], i = dIm.part[0][l];
-        dSize[l] = r * r + i * i;
+        z.set(l, scaleAdd(scale[l], d[l], point(l)));
+        size[l] = squareOf(z[l]);
+        dSize[l] = squareOf(d[l]);
     }
 
     // Whether lane l has surely not escaped: (|z| + e)^2 is at most s (1 + 1 / 1023) + 1024 e^2.
@@ -300,20 +260,19 @@ class OrbitLanes {
     //
     // |z|^2 - L = (|Z|^2 - L) + d (2 Z + d) with an error of 2 |z| e + e^2 and that of the sum.
     void decide(int l) {
-        const Scalar re = referenceRe(m[l]), im = referenceIm(m[l]);
-        const double none = 0;
-        const Scalar zero = numberOf<PARTS, double>(&none, &none);
-        const Scalar tr = scaleAdd(scale[l], dRe[l], zero), ti = scaleAdd(scale[l], dIm[l], zero);
-        const Scalar kept =
-            numberOf<PARTS, double>(&reference.size[0][m[l]], &reference.size[PARTS - 1][m[l]]);
-        const Scalar beyond = kept + (tr * (re + re + tr) + ti * (im + im + ti));
-        const double d = std::sqrt(dSize[l]) * scale[l];
-        const double z = std::hypot(head(re), head(im));
+        const Scalar from = point(l), t = times(d[l], scale[l]);
+        const auto kept = of<double>(
+            ::deep::cut<PARTS>(::Pair<double>{reference.size[0][m[l]], reference.size[1][m[l]]}));
+        const Scalar sum = from + from + t;
+        const auto beyond = kept + (t.re * sum.re + t.im * sum.im);
+        const double away = std::sqrt(dSize[l]) * scale[l];
+        const double length = std::hypot(head(from.re), head(from.im));
         // Where its square would underflow e does not.
         const double e = std::sqrt(operations[l] * bound[l]) * scale[l];
-        const double off = (2 * std::sqrt(size[l]) * e + e * e +
-                            8 * U * (std::fabs(head(kept)) + 4 * d * (z + d)) + tier.sizeOff) *
-                           (1 + 0x1p-20);
+        const double off =
+            (2 * std::sqrt(size[l]) * e + e * e +
+             8 * U * (std::fabs(head(kept)) + 4 * away * (length + away)) + tier.sizeOff) *
+            (1 + 0x1p-20);
         if (-head(beyond) > off) return;
         if (head(beyond) > off) return escaped(l);
         if (off < 0x1p-470) return decideBelowDoubles(l);
@@ -324,13 +283,13 @@ class OrbitLanes {
     void decideBelowDoubles(int l) {
         using ::deep::Wide;
         constexpr double u = 0x1p-53;
-        const Wide dr(dRe.part[0][l], q[l]), di(dIm.part[0][l], q[l]);
+        const Wide dr(head(d[l].re), q[l]), di(head(d[l].im), q[l]);
         const double re = reference.z[0][2 * m[l]], im = reference.z[0][2 * m[l] + 1];
         const Wide kept = reference.sizeAt(m[l]);
         const Wide beyond = kept + (dr * (Wide(2 * re) + dr) + di * (Wide(2 * im) + di));
-        const Wide d(std::sqrt(dSize[l]), q[l]), e(std::sqrt(operations[l] * bound[l]), q[l]);
-        const Wide z(std::hypot(re, im));
-        const Wide roundings = Wide(8 * u) * (abs(kept) + Wide(4) * d * (z + d));
+        const Wide away(std::sqrt(dSize[l]), q[l]), e(std::sqrt(operations[l] * bound[l]), q[l]);
+        const Wide length(std::hypot(re, im));
+        const Wide roundings = Wide(8 * u) * (abs(kept) + Wide(4) * away * (length + away));
         const Wide off = (Wide(2 * std::sqrt(size[l])) * e + e * e + roundings + tier.ownSizeOff) *
                          Wide(1 + 0x1p-20);
         if (-beyond > off) return;
@@ -358,116 +317,6 @@ class OrbitLanes {
         return off < 0.5 ? off / (1 - off) : std::numeric_limits<double>::infinity();
     }
 
-    // d <- z with the reference at 0 again. z has Z's rounding and its own: 2 u (|d| + 2 |z|).
-    void rebase(int l) {
-        operations[l] += 1;
-        std::int64_t exponent = q[l];
-        if (exponent < -200 && size[l] > 0) {
-            exponent = std::max<std::int64_t>(exponent, std::ilogb(size[l]) / 2);
-        }
-        const double to = power(-exponent), by = power(q[l] - exponent);
-        bound[l] =
-            (bound[l] + 8 * U * U * dSize[l]) * by * by + 32 * U * U * size[l] * to * to + FLOOR;
-        bound[l] *= UPWARDS;
-        dRe.set(l, times(zRe[l], to));
-        dIm.set(l, times(zIm[l], to));
-        m[l] = reference.critical;
-        if (exponent != q[l]) setLaneScale(l, exponent);
-        measure(l);
-    }
-
-    bool wantsRebase(int l) const { return !(size[l] >= dSize[l] * scaleSquared[l]); }
-
-    // Whether lane l stands where z, or what it is made of, is too small for a step in plain
-    // doubles.
-    bool isTiny(int l) const {
-        if (m[l] == reference.critical) return size[l] < 0x1p-300;
-        const ::deep::TinyPoint* tiny = reference.tinyFrom(m[l]);
-        return tiny != tinyEnd() && tiny->at == m[l];
-    }
-    const ::deep::TinyPoint* tinyEnd() const {
-        return reference.tiny.data() + reference.tiny.size();
-    }
-
-    // One step from a tiny point, with every product in units of its own.
-    void tinyStep(int l) {
-        operations[l] += 1;
-        const ::deep::TinyPoint* tiny = reference.tinyFrom(m[l]);
-        const bool at = m[l] != reference.critical;
-        const std::int64_t unit = at ? std::max<std::int64_t>(tiny->exponent, q[l]) : q[l];
-        const double ofZ = at ? power(tiny->exponent - unit) : 0, ofD = power(q[l] - unit);
-        const double none = 0;
-        const Scalar zero = numberOf<PARTS, double>(&none, &none);
-        const Scalar re =
-            at ? times(numberOf<PARTS, double>(tiny->re, tiny->re + PARTS - 1), ofZ) : zero;
-        const Scalar im =
-            at ? times(numberOf<PARTS, double>(tiny->im, tiny->im + PARTS - 1), ofZ) : zero;
-        const Scalar zr = scaleAdd(ofD, dRe[l], re), zi = scaleAdd(ofD, dIm[l], im);
-        const double s = head(zr) * head(zr) + head(zi) * head(zi);
-        if (at && s < dSize[l] * ofD * ofD) return tinyRebase(l, unit, zr, zi, s);
-        const Scalar wr = zr + re, wi = zi + im;
-        const std::int64_t next = std::max(unit + q[l], tier.offsetExponent);
-        const double product = power(unit + q[l] - next);
-        const double c = power(tier.offsetExponent - next);
-        const Scalar dr = scaleAdd(product, wr * dRe[l] + -(wi * dIm[l]), times(offsetRe[l], c));
-        const Scalar di = scaleAdd(product, wr * dIm[l] + wi * dRe[l], times(offsetIm[l], c));
-        const double f = bound[l];
-        const double j = operations[l];
-        bound[l] = ((s * (4 * f + 2 * tier.sizeFactor * dSize[l]) * product * product +
-                     3 * j * f * j * f * power(4 * q[l] - 2 * next)) *
-                        UPWARDS +
-                    tier.ownSquared * c * c * UPWARDS + FLOOR);
-        sizeBefore[l] = s * power(unit) * power(unit);
-        boundBefore[l] = f * power(2 * (q[l] - next));
-        dRe.set(l, dr);
-        dIm.set(l, di);
-        ++m[l];
-        ++k[l];
-        setLaneScale(l, next);
-        measure(l);
-        if (!isInside(l)) decide(l);
-    }
-
-    void tinyRebase(int l, std::int64_t unit, Scalar zr, Scalar zi, double s) {
-        const double by = power(q[l] - unit);
-        bound[l] = ((bound[l] + 8 * U * U * dSize[l]) * by * by + 32 * U * U * s + FLOOR) * UPWARDS;
-        dRe.set(l, zr);
-        dIm.set(l, zi);
-        m[l] = reference.critical;
-        setLaneScale(l, unit);
-        measure(l);
-    }
-
-    // Many steps of lane l.
-    void skip(int l, const Node<PARTS>& node, int steps) {
-        operations[l] += 1;
-        const Scalar ar = numberOf<PARTS, double>(node.ar, node.ar + PARTS - 1);
-        const Scalar ai = numberOf<PARTS, double>(node.ai, node.ai + PARTS - 1);
-        const Scalar br = numberOf<PARTS, double>(node.br, node.br + PARTS - 1);
-        const Scalar bi = numberOf<PARTS, double>(node.bi, node.bi + PARTS - 1);
-        const double f = operations[l] * bound[l];
-        const double most = std::max(dSize[l], f);
-        if (node.aExponent != 0 || node.bExponent != 0) {
-            if (most > 0) rescale(l, q[l] + std::ilogb(most) / 2 + 1);
-        }
-        const std::int64_t ofA = q[l] + node.aExponent;
-        const std::int64_t ofB = tier.offsetExponent + node.bExponent;
-        const bool moves = node.aExponent != 0 || node.bExponent != 0;
-        const std::int64_t next = moves ? std::max(ofA, ofB) : q[l];
-        const double a = power(ofA - next), b = power(ofB - next);
-        const Scalar pr = times(dRe[l], a), pi = times(dIm[l], a);
-        const Scalar cr = times(offsetRe[l], b), ci = times(offsetIm[l], b);
-        bound[l] = (node.onBound * bound[l] + node.onSize * dSize[l]) * a * a +
-                   node.onDelta * b * b + FLOOR;
-        bound[l] *= UPWARDS;
-        dRe.set(l, ar * pr + -(ai * pi) + (br * cr + -(bi * ci)));
-        dIm.set(l, ar * pi + ai * pr + (br * ci + bi * cr));
-        m[l] += static_cast<std::uint32_t>(steps);
-        k[l] += steps;
-        if (next != q[l]) setLaneScale(l, next);
-        measure(l);
-    }
-
     const TierData<PARTS>& tier;
     const ::deep::Reference& reference;
     ::deep::Block& block;
@@ -476,7 +325,7 @@ class OrbitLanes {
     Bits live = 0;
     // Differences, what each step adds to them (dc in the units of now, and as the picture has it),
     // and the states of the orbits.
-    Lanes<PARTS> dRe, dIm, cRe, cIm, offsetRe, offsetIm, zRe, zIm;
+    Lanes<PARTS> d, c, offset, z;
     // F, |z|^2, |d|^2; the first two before the last step as well.
     HWY_ALIGN double bound[BLOCK], size[BLOCK], dSize[BLOCK];
     HWY_ALIGN double sizeBefore[BLOCK], boundBefore[BLOCK];

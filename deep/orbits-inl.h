@@ -9,7 +9,7 @@
 #define TESSARY_DEEP_ORBITS_INL_H
 #endif
 
-#include "deep/orbit_lanes-inl.h"
+#include "deep/vector_steps-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
@@ -24,9 +24,9 @@ inline constexpr double CLOSE_ENOUGH = 256;
 inline constexpr int STEPS_TOGETHER = 64, STEPS_APART = 64;
 
 template <int PARTS>
-class Orbits : public OrbitLanes<PARTS> {
-    using Base = OrbitLanes<PARTS>;
-    using typename Base::Vector;
+class Orbits : public VectorSteps<PARTS> {
+    using Base = VectorSteps<PARTS>;
+    using typename Base::Constants, typename Base::State, typename Base::Vector;
 
   public:
     Orbits(const TierData<PARTS>& data, ::deep::Block& pixels, bool values, StopFlag flag)
@@ -46,99 +46,9 @@ class Orbits : public OrbitLanes<PARTS> {
     }
 
   private:
-    using Base::block, Base::bound, Base::boundBefore, Base::cIm, Base::cRe, Base::dIm, Base::dRe;
-    using Base::dSize, Base::live, Base::operations, Base::own, Base::reference, Base::scale;
-    using Base::scaleSquared, Base::size, Base::sizeBefore, Base::skipLimit, Base::tier, Base::zIm;
-    using Base::zRe;
+    using Base::bound, Base::c, Base::d, Base::dSize, Base::live, Base::operations;
+    using Base::reference, Base::size, Base::skipLimit, Base::tier, Base::z;
     static constexpr double U = Base::U;
-
-    // What a step needs that stays while the units do.
-    struct Constants {
-        Real unit, squared, own, inside, second, doubt;
-    };
-
-    Constants constantsOf(int v, double steps) const {
-        const RealTag d;
-        const int l = v * WIDTH;
-        const Real j = Real(hn::Load(d, operations + l)) + Real(steps);
-        const Real squared(hn::Load(d, scaleSquared + l));
-        return {Real(hn::Load(d, scale + l)),        squared,
-                Real(hn::Load(d, own + l)),          Real(0.9375 * tier.limit),
-                Real(3 * UPWARDS) * j * j * squared, Real(1024) * j * squared};
-    }
-
-    // The numbers of a vector of lanes while they are stepped.
-    struct State {
-        Vector dr, di, zr, zi;
-        Real f, s, d2, fBefore, sBefore;
-    };
-
-    State load(int v) const {
-        const RealTag d;
-        const int l = v * WIDTH;
-        const Real f(hn::Load(d, bound + l)), s(hn::Load(d, size + l));
-        return {dRe.vector(v),
-                dIm.vector(v),
-                zRe.vector(v),
-                zIm.vector(v),
-                f,
-                s,
-                Real(hn::Load(d, dSize + l)),
-                f,
-                s};
-    }
-
-    void store(int v, const State& x) {
-        const RealTag d;
-        const int l = v * WIDTH;
-        dRe.setVector(v, x.dr);
-        dIm.setVector(v, x.di);
-        zRe.setVector(v, x.zr);
-        zIm.setVector(v, x.zi);
-        hn::Store(x.f.v, d, bound + l);
-        hn::Store(x.s.v, d, size + l);
-        hn::Store(x.d2.v, d, dSize + l);
-        hn::Store(x.fBefore.v, d, boundBefore + l);
-        hn::Store(x.sBefore.v, d, sizeBefore + l);
-    }
-
-    // One step, given w = 2 Z + d; then z from the reference's next point. The lanes that are calm:
-    // surely not escaped, and with |z| >= |d|.
-    HWY_INLINE RealMask step(State& x, const Constants& with, const Vector& wr, const Vector& wi,
-                             const Vector& cr, const Vector& ci, const Vector& nextRe,
-                             const Vector& nextIm) const {
-        x.fBefore = x.f;
-        x.sBefore = x.s;
-        const Real slope = mulAdd(with.second, x.f, Real(4 * UPWARDS) * x.s);
-        const Real own2 = mulAdd(x.s, Real(tier.sizeFactor * UPWARDS) * x.d2, with.own);
-        x.f = mulAdd(x.f, slope, own2);
-        const Vector dr = mulAdd(wr, x.dr, mulAdd(-wi, x.di, cr));
-        x.di = mulAdd(wr, x.di, mulAdd(wi, x.dr, ci));
-        x.dr = dr;
-        x.zr = scaleAdd(with.unit, x.dr, nextRe);
-        x.zi = scaleAdd(with.unit, x.di, nextIm);
-        x.s = squareOf(x.zr, x.zi);
-        x.d2 = squareOf(x.dr, x.di);
-        return hn::And(hn::Lt(mulAdd(with.doubt, x.f, x.s).v, with.inside.v),
-                       hn::Ge(x.s.v, (with.squared * x.d2).v));
-    }
-
-    static HWY_INLINE Real squareOf(const Vector& re, const Vector& im) {
-        return mulAdd(head(re), head(re), head(im) * head(im));
-    }
-
-    HWY_INLINE Vector point(int component, std::size_t index) const {
-        return numberOf<PARTS, Real>(
-            &reference.z[0][2 * index + static_cast<std::size_t>(component)],
-            &reference.z[PARTS - 1][2 * index + static_cast<std::size_t>(component)]);
-    }
-
-    RealMask liveLanes(int v) const {
-        const RealTag d;
-        HWY_ALIGN double on[WIDTH];
-        for (int l = 0; l < WIDTH; ++l) on[l] = this->isLive(v * WIDTH + l) ? 1.0 : 0.0;
-        return hn::Gt(hn::Load(d, on), hn::Zero(d));
-    }
 
     // ---- all lanes at the same step ----
 
@@ -158,7 +68,7 @@ class Orbits : public OrbitLanes<PARTS> {
         if (at < tinyFrom || at > tinyNext) {
             const auto* tiny = reference.tinyFrom(at);
             tinyFrom = at;
-            tinyNext = tiny == this->tinyEnd() ? ~std::uint32_t{0} : tiny->at;
+            tinyNext = tiny == reference.tinyEnd() ? ~std::uint32_t{0} : tiny->at;
         }
         return tinyNext;
     }
@@ -172,23 +82,19 @@ class Orbits : public OrbitLanes<PARTS> {
 
     // The largest D + 16 E of a live lane.
     double largest() const {
-        const RealTag d;
-        auto most = hn::Zero(d);
+        auto most = hn::Zero(RealTag());
         for (int v = 0; v < VECTORS; ++v) {
-            const int l = v * WIDTH;
-            const Real e2 = Real(hn::Load(d, operations + l)) * Real(hn::Load(d, bound + l));
-            const Real x = mulAdd(Real(16.0), e2, Real(hn::Load(d, dSize + l)));
-            most = hn::Max(
-                most, hn::IfThenElseZero(live == ALL ? hn::FirstN(d, WIDTH) : liveLanes(v), x.v));
+            const Real e2 = this->vectorOf(operations, v) * this->vectorOf(bound, v);
+            const Real x = mulAdd(Real(16.0), e2, this->vectorOf(dSize, v));
+            most = hn::Max(most, hn::IfThenElseZero(this->lanesOf(v), x.v));
         }
-        return hn::GetLane(hn::MaxOfLanes(d, most));
+        return hn::GetLane(hn::MaxOfLanes(RealTag(), most));
     }
 
     int stepsLeft() {
         const std::uint32_t end = at <= reference.firstEnd ? reference.firstEnd : reference.lastEnd;
         const std::uint32_t room = std::min(end, nextTiny()) - at;
-        return static_cast<int>(
-            std::min<std::uint32_t>(room, static_cast<std::uint32_t>(tier.maxIters - done)));
+        return static_cast<int>(std::min(room, static_cast<std::uint32_t>(tier.maxIters - done)));
     }
 
     // How many plain steps from index `at` on: to the next index that nodes start at, where the
@@ -212,12 +118,12 @@ class Orbits : public OrbitLanes<PARTS> {
         Constants with[VECTORS];
         RealMask lanes[VECTORS];
         for (int v = 0; v < VECTORS; ++v) {
-            x[v] = load(v);
-            with[v] = constantsOf(v, steps);
-            lanes[v] = live == ALL ? hn::FirstN(RealTag(), WIDTH) : liveLanes(v);
+            x[v] = this->load(v);
+            with[v] = this->constantsOf(v, steps);
+            lanes[v] = this->lanesOf(v);
         }
         const int made = stepRun(x, with, lanes, steps);
-        for (int v = 0; v < VECTORS; ++v) store(v, x[v]);
+        for (int v = 0; v < VECTORS; ++v) this->store(v, x[v]);
         for (double& n : operations) n += made;
         const bool calm = made <= steps;
         at += static_cast<std::uint32_t>(calm ? made : made - steps);
@@ -228,18 +134,15 @@ class Orbits : public OrbitLanes<PARTS> {
     // The steps made, `steps` more if it ended because lanes were no longer calm.
     HWY_INLINE int stepRun(State (&x)[VECTORS], const Constants (&with)[VECTORS],
                            const RealMask (&lanes)[VECTORS], int steps) const {
-        const RealTag d;
         for (int n = 0; n < steps; ++n) {
-            const std::size_t from = at + static_cast<std::size_t>(n);
-            const Vector re = point(0, from), im = point(1, from);
-            const Vector nextRe = point(0, from + 1), nextIm = point(1, from + 1);
-            RealMask restless = hn::FirstN(d, 0);
+            const std::size_t index = at + static_cast<std::size_t>(n);
+            const Vector from = this->pointOfAll(index), to = this->pointOfAll(index + 1);
+            RealMask restless = hn::FirstN(RealTag(), 0);
             for (int v = 0; v < VECTORS; ++v) {
-                const RealMask calm = step(x[v], with[v], x[v].zr + re, x[v].zi + im, cRe.vector(v),
-                                           cIm.vector(v), nextRe, nextIm);
+                const RealMask calm = this->step(x[v], with[v], x[v].z + from, c.vector(v), to);
                 restless = hn::Or(restless, hn::AndNot(calm, lanes[v]));
             }
-            if (!hn::AllFalse(d, restless)) return n + 1 + steps;
+            if (!hn::AllFalse(RealTag(), restless)) return n + 1 + steps;
         }
         return steps;
     }
@@ -248,10 +151,9 @@ class Orbits : public OrbitLanes<PARTS> {
     bool settle() {
         Bits doubtful = 0, wanting = 0, far = 0;
         for (int v = 0; v < VECTORS; ++v) {
-            const RealTag d;
-            const Constants with = constantsOf(v, 0);
-            const Real s(hn::Load(d, size + v * WIDTH)), f(hn::Load(d, bound + v * WIDTH));
-            const Real d2 = with.squared * Real(hn::Load(d, dSize + v * WIDTH));
+            const Constants with = this->constantsOf(v, 0);
+            const Real s = this->vectorOf(size, v), f = this->vectorOf(bound, v);
+            const Real d2 = with.squared * this->vectorOf(dSize, v);
             const auto inside = hn::Lt(mulAdd(with.doubt, f, s).v, with.inside.v);
             doubtful |= bitsOf(hn::Not(inside)) << (v * WIDTH);
             wanting |= bitsOf(hn::Not(hn::Ge(s.v, d2.v))) << (v * WIDTH);
@@ -302,37 +204,25 @@ class Orbits : public OrbitLanes<PARTS> {
         const Real to(power(-this->q[0])), toSquared = to * to;
         const Real ofD(8 * U * U), ofZ(32 * U * U * UPWARDS);
         for (int v = 0; v < VECTORS; ++v) {
-            State x = load(v);
-            const RealMask lanes = liveLanes(v);
-            x.s = Real(hn::IfThenElseZero(lanes, x.s.v));
+            State x = this->load(v);
+            const RealMask lanes = this->lanesOf(v);
+            x.s = this->onlyOf(lanes, x.s);
             x.f = mulAdd(Real(UPWARDS), mulAdd(ofD, x.d2, x.f),
                          mulAdd(ofZ * toSquared, x.s, Real(FLOOR)));
-            x.zr = onlyOf(lanes, x.zr);
-            x.zi = onlyOf(lanes, x.zi);
-            x.dr = times(x.zr, to);
-            x.di = times(x.zi, to);
+            x.z = {this->onlyOf(lanes, x.z.re), this->onlyOf(lanes, x.z.im)};
+            x.d = times(x.z, to);
             x.d2 = x.s * toSquared;
-            store(v, x);
+            this->store(v, x);
         }
         for (double& n : operations) n += 1;
         at = reference.critical;
         return true;
     }
 
-    static HWY_INLINE Vector onlyOf(RealMask lanes, Vector x) {
-        if constexpr (PARTS == 1) {
-            return Real(hn::IfThenElseZero(lanes, x.v));
-        } else {
-            return {Real(hn::IfThenElseZero(lanes, x.high.v)),
-                    Real(hn::IfThenElseZero(lanes, x.low.v))};
-        }
-    }
-
     bool tinyTogether() {
         spread();
         for (int l = 0; l < BLOCK; ++l) {
-            if (!this->isLive(l)) continue;
-            if (this->isTiny(l)) this->tinyStep(l);
+            if (this->isLive(l) && this->isTiny(l)) this->tinyStep(l);
         }
         return live != 0 && gather();
     }
@@ -365,36 +255,23 @@ class Orbits : public OrbitLanes<PARTS> {
 
     bool skipTogether(const Node<PARTS>& node) {
         if (node.aExponent != 0 || node.bExponent != 0) return skipScaled(node);
-        const RealTag d;
-        const Vector ar = numberOf<PARTS, Real>(node.ar, node.ar + PARTS - 1);
-        const Vector ai = numberOf<PARTS, Real>(node.ai, node.ai + PARTS - 1);
-        const Vector br = numberOf<PARTS, Real>(node.br, node.br + PARTS - 1);
-        const Vector bi = numberOf<PARTS, Real>(node.bi, node.bi + PARTS - 1);
+        const Vector a = of<Real>(node.a), b = of<Real>(node.b);
         at += static_cast<std::uint32_t>(span);
         done += span;
-        const Vector nextRe = point(0, at), nextIm = point(1, at);
+        const Vector to = this->pointOfAll(at);
         const Real onBound(node.onBound * UPWARDS), onSize(node.onSize * UPWARDS);
         const Real onOwn(node.onDelta / tier.ownSquared * UPWARDS);
-        RealMask restless = hn::FirstN(d, 0);
+        RealMask restless = hn::FirstN(RealTag(), 0);
         for (int v = 0; v < VECTORS; ++v) {
-            State x = load(v);
-            const Constants with = constantsOf(v, 1);
-            const Vector cr = cRe.vector(v), ci = cIm.vector(v);
+            State x = this->load(v);
+            const Constants with = this->constantsOf(v, 1);
             x.f = mulAdd(onBound, x.f, mulAdd(onSize, x.d2, mulAdd(onOwn, with.own, Real(FLOOR))));
-            const Vector dr = mulAdd(ar, x.dr, mulAdd(-ai, x.di, mulAdd(br, cr, -(bi * ci))));
-            x.di = mulAdd(ar, x.di, mulAdd(ai, x.dr, mulAdd(br, ci, bi * cr)));
-            x.dr = dr;
-            x.zr = scaleAdd(with.unit, x.dr, nextRe);
-            x.zi = scaleAdd(with.unit, x.di, nextIm);
-            x.s = squareOf(x.zr, x.zi);
-            x.d2 = squareOf(x.dr, x.di);
-            const RealMask calm = hn::Ge(x.s.v, (with.squared * x.d2).v);
-            restless = hn::Or(restless,
-                              hn::AndNot(calm, live == ALL ? hn::FirstN(d, WIDTH) : liveLanes(v)));
-            store(v, x);
+            const RealMask calm = this->arrive(x, with, mulAdd(a, x.d, b * c.vector(v)), to);
+            restless = hn::Or(restless, hn::AndNot(calm, this->lanesOf(v)));
+            this->store(v, x);
         }
         for (double& n : operations) n += 1;
-        return hn::AllFalse(d, restless) || settle();
+        return hn::AllFalse(RealTag(), restless) || settle();
     }
 
     // The same, lane by lane: where exponents change.
@@ -432,39 +309,24 @@ class Orbits : public OrbitLanes<PARTS> {
     }
 
     void stepApart(int v) {
-        const RealTag d;
         const hn::RebindToSigned<RealTag> di;
         const int l = v * WIDTH;
-        State x = load(v);
-        const Constants with = constantsOf(v, 1);
+        State x = this->load(v);
+        const Constants with = this->constantsOf(v, 1);
         const auto index = hn::Load(di, next + l);
-        const Vector nextRe = gathered(0, index), nextIm = gathered(1, index);
-        const Vector wr = scaleAdd(-with.unit, x.dr, x.zr + x.zr);
-        const Vector wi = scaleAdd(-with.unit, x.di, x.zi + x.zi);
-        const RealMask calm = step(x, with, wr, wi, cRe.vector(v), cIm.vector(v), nextRe, nextIm);
-        store(v, x);
+        const Vector to{this->gathered(0, index, x.d.re), this->gathered(1, index, x.d.im)};
+        const Vector w = scaleAdd(-with.unit, x.d, x.z + x.z);
+        const RealMask calm = this->step(x, with, w, c.vector(v), to);
+        this->store(v, x);
         const auto one = hn::Load(di, advances + l);
         hn::Store(hn::Add(index, one), di, next + l);
         const auto rest = hn::Sub(hn::Load(di, left + l), hn::ShiftRight<1>(one));
         hn::Store(rest, di, left + l);
-        const Real j = Real(hn::Load(d, operations + l)) + Real(1.0);
-        hn::Store(j.v, d, operations + l);
-        const RealMask over = hn::RebindMask(d, hn::Eq(rest, hn::Zero(di)));
+        deep_orbits::store(this->vectorOf(operations, v) + Real(1.0), operations + l);
+        const RealMask over = hn::RebindMask(RealTag(), hn::Eq(rest, hn::Zero(di)));
         const RealMask wanted = hn::Or(hn::Not(calm), over);
         Bits calls = bitsOf(wanted) << l & live;
         for (; calls != 0; calls &= calls - 1) call(std::countr_zero(calls));
-    }
-
-    // The next points of the lanes' references; index is that of the real part.
-    template <class Index>
-    HWY_INLINE Vector gathered(int component, Index index) const {
-        const RealTag d;
-        if constexpr (PARTS == 1) {
-            return Real(hn::GatherIndex(d, reference.z[0].data() + component, index));
-        } else {
-            return {Real(hn::GatherIndex(d, reference.z[0].data() + component, index)),
-                    Real(hn::GatherIndex(d, reference.z[1].data() + component, index))};
-        }
     }
 
     void call(int l) {
@@ -480,7 +342,7 @@ class Orbits : public OrbitLanes<PARTS> {
     void attend(int l) {
         for (;;) {
             if (this->k[l] >= tier.maxIters) {
-                return this->finish(l, tier.maxIters, std::numeric_limits<double>::quiet_NaN());
+                return this->finish(l, tier.maxIters, Base::NOT_A_NUMBER);
             }
             const bool rebases = this->m[l] != reference.critical && this->wantsRebase(l);
             if (rebases || reference.isEnd(this->m[l])) this->rebase(l);
@@ -519,7 +381,6 @@ class Orbits : public OrbitLanes<PARTS> {
         advances[l] = 2;
     }
 
-    static constexpr Bits ALL = (Bits{1} << BLOCK) - 1;
     const StopFlag stop;
     std::uint32_t at = 0;  // of all lanes together
     int done = 0, span = 0;

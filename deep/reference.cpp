@@ -6,13 +6,6 @@
 namespace deep {
 namespace {
 
-// x as a sum of two doubles; `rest` is overwritten.
-void split(mpfr_srcptr x, Big& rest, double& high, double& low) {
-    high = mpfr_get_d(x, MPFR_RNDN);
-    mpfr_sub_d(rest, x, high, MPFR_RNDN);
-    low = mpfr_get_d(rest, MPFR_RNDN);
-}
-
 // Of 0 something below all others that a shift by it leaves at 0.
 long exponentOf(mpfr_srcptr x) {
     return mpfr_zero_p(x) ? -(1L << 24) : mpfr_get_exp(x);
@@ -39,22 +32,19 @@ class Orbit {
 
     // Adds the point reached; whether the orbit goes on behind it.
     bool keep(Reference& to) {
-        double part[6];
-        split(re, rest, part[0], part[1]);
-        split(im, rest, part[2], part[3]);
+        const Pair<double> x = split(re), y = split(im);
         mpfr_sqr(rr, re, MPFR_RNDN);
         mpfr_sqr(ii, im, MPFR_RNDN);
         mpfr_add(rest, rr, ii, MPFR_RNDN);
         const double square = mpfr_get_d(rest, MPFR_RNDN);
         mpfr_sub_d(rest, rest, limit, MPFR_RNDN);
         keepTinySize(to);
-        split(rest, rest, part[4], part[5]);
+        const Pair<double> size = split(rest);
         if (!(square >= 0x1p-300)) keepTiny(to);
-        for (int p = 0; p < 2; ++p) {
-            to.z[p].push_back(part[p]);
-            to.z[p].push_back(part[2 + p]);
-            to.size[p].push_back(part[4 + p]);
-        }
+        to.z[0].insert(to.z[0].end(), {x.high, y.high});
+        to.z[1].insert(to.z[1].end(), {x.low, y.low});
+        to.size[0].push_back(size.high);
+        to.size[1].push_back(size.low);
         return square <= std::max(16.0, limit);
     }
 
@@ -87,14 +77,15 @@ class Orbit {
         const auto at = static_cast<std::uint32_t>(to.size[0].size());
         if (at == to.critical || (isZero() && !keepsZeros)) return;
         const long exponent = std::max(exponentOf(re), exponentOf(im));
-        TinyPoint point{at, static_cast<std::int32_t>(exponent), {}, {}};
-        Big scaled(mpfr_get_prec(static_cast<mpfr_srcptr>(re)));
-        Big left(mpfr_get_prec(static_cast<mpfr_srcptr>(re)));
-        mpfr_mul_2si(scaled, re, -exponent, MPFR_RNDN);
-        split(scaled, left, point.re[0], point.re[1]);
-        mpfr_mul_2si(scaled, im, -exponent, MPFR_RNDN);
-        split(scaled, left, point.im[0], point.im[1]);
-        to.tiny.push_back(point);
+        to.tiny.push_back({at,
+                           static_cast<std::int32_t>(exponent),
+                           {scaled(re, -exponent), scaled(im, -exponent)}});
+    }
+
+    static Pair<double> scaled(mpfr_srcptr x, long power) {
+        Big number(mpfr_get_prec(x));
+        mpfr_mul_2si(number, x, power, MPFR_RNDN);
+        return split(number);
     }
 
     const double limit;
@@ -104,6 +95,13 @@ class Orbit {
 };
 
 }  // namespace
+
+Pair<double> split(mpfr_srcptr x) {
+    const double high = mpfr_get_d(x, MPFR_RNDN);
+    Big rest(mpfr_get_prec(x));
+    mpfr_sub_d(rest, x, high, MPFR_RNDN);
+    return {high, mpfr_get_d(rest, MPFR_RNDN)};
+}
 
 Reference::Reference(const ExactView& exact, const View& view, long precision, StopFlag stop)
     : bits(precision) {
@@ -145,6 +143,11 @@ const TinyPoint* Reference::tinyFrom(std::uint32_t m) const {
     const auto at = std::lower_bound(tiny.begin(), tiny.end(), m,
                                      [](const TinyPoint& p, std::uint32_t i) { return p.at < i; });
     return tiny.data() + (at - tiny.begin());
+}
+
+const TinyPoint* Reference::tinyAt(std::uint32_t m) const {
+    const TinyPoint* point = tinyFrom(m);
+    return point != tinyEnd() && point->at == m ? point : nullptr;
 }
 
 }  // namespace deep

@@ -9,15 +9,33 @@
 
 #include "compute/stop_flag.h"
 #include "deep/exact_view.h"
+#include "deep/pair.h"
 #include "deep/wide.h"
 
 namespace deep {
 
-// A point that doubles cannot hold: (re, im) * 2^exponent, in two parts each.
+// x as the sum of two doubles.
+Pair<double> split(mpfr_srcptr x);
+
+// As many parts as a tier keeps.
+template <int PARTS>
+inline Of<PARTS, double> cut(const Pair<double>& x) {
+    if constexpr (PARTS == 1) {
+        return x.high;
+    } else {
+        return x;
+    }
+}
+template <int PARTS>
+inline Complex<Of<PARTS, double>> cut(const Complex<Pair<double>>& z) {
+    return {cut<PARTS>(z.re), cut<PARTS>(z.im)};
+}
+
+// A point that doubles cannot hold: number * 2^exponent.
 struct TinyPoint {
     std::uint32_t at;
     std::int32_t exponent;
-    double re[2], im[2];
+    Complex<Pair<double>> number;
 };
 
 // A size |Z|^2 - L that doubles cannot hold.
@@ -45,8 +63,16 @@ struct Reference {
     bool isEnd(std::uint32_t m) const { return m == firstEnd || m == lastEnd; }
     // |Z_m|^2 - L to a double's precision, however small.
     Wide sizeAt(std::uint32_t m) const;
-    // The first tiny point at m or behind it, or the end of the list.
+    // The first tiny point at m or behind it, or the end of the list; the one at m, or null.
     const TinyPoint* tinyFrom(std::uint32_t m) const;
+    const TinyPoint* tinyAt(std::uint32_t m) const;
+    const TinyPoint* tinyEnd() const { return tiny.data() + tiny.size(); }
+
+    template <int PARTS>
+    Complex<Of<PARTS, double>> point(std::size_t m) const {
+        return cut<PARTS>(
+            Complex<Pair<double>>{{z[0][2 * m], z[1][2 * m]}, {z[0][2 * m + 1], z[1][2 * m + 1]}});
+    }
 
     std::vector<double> z[2];     // re, im, re, im ... of each part
     std::vector<double> size[2];  // |Z|^2 - L of each part

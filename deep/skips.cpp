@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <type_traits>
 
 #include "compute/fixed_math.h"
 #include "deep/pair.h"
@@ -22,45 +21,9 @@ double power(std::int64_t exponent) {
                             : powerOfTwo(static_cast<int>(std::min<std::int64_t>(exponent, 1023)));
 }
 
-double scaled(double x, double by) {
-    return x * by;
-}
-
-Pair<double> scaled(Pair<double> x, double by) {
-    return {x.high * by, x.low * by};
-}
-
-double head(double x) {
-    return x;
-}
-
-double head(Pair<double> x) {
-    return x.high;
-}
-
-template <class N>
-struct Complex {
-    N re, im;
-};
-
-template <class N>
-Complex<N> operator*(const Complex<N>& a, const Complex<N>& b) {
-    return {mulAdd(a.re, b.re, -(a.im * b.im)), mulAdd(a.re, b.im, a.im * b.re)};
-}
-
-template <class N>
-Complex<N> operator+(const Complex<N>& a, const Complex<N>& b) {
-    return {a.re + b.re, a.im + b.im};
-}
-
-template <class N>
-Complex<N> scaled(const Complex<N>& a, double by) {
-    return {scaled(a.re, by), scaled(a.im, by)};
-}
-
 template <class N>
 double sizeOf(const Complex<N>& a) {
-    return std::sqrt(head(a.re) * head(a.re) + head(a.im) * head(a.im)) * UPWARDS;
+    return std::sqrt(squareOf(a)) * UPWARDS;
 }
 
 // A number with an exponent of its own, which is 0 as long as the number is of moderate size.
@@ -74,7 +37,7 @@ struct Scaled {
         const int own = size > 0 ? std::ilogb(size) : 0;
         const std::int64_t all = exponent + own;
         const std::int64_t wanted = std::abs(all) <= MOST_SHIFT ? 0 : all;
-        number = scaled(number, power(exponent - wanted));
+        number = times(number, power(exponent - wanted));
         exponent = wanted;
     }
 };
@@ -85,7 +48,7 @@ struct Scaled {
 template <int PARTS>
 class SkipMaker {
   public:
-    using Number = std::conditional_t<PARTS == 1, double, Pair<double>>;
+    using Number = Of<PARTS, double>;
     struct Map {
         Scaled<Number> a, b;
         double kappa, beta;
@@ -130,22 +93,10 @@ class SkipMaker {
         return maps;
     }
 
-    Complex<Number> number(const double* re, const double* im) const {
-        if constexpr (PARTS == 1) {
-            return {re[0], im[0]};
-        } else {
-            return {{re[0], re[1]}, {im[0], im[1]}};
-        }
-    }
-
     Scaled<Number> point(std::uint32_t m) const {
-        const TinyPoint* tiny = reference.tinyFrom(m);
-        if (tiny != reference.tiny.data() + reference.tiny.size() && tiny->at == m) {
-            return {number(tiny->re, tiny->im), tiny->exponent};
-        }
-        const double re[2] = {reference.z[0][2 * m], reference.z[1][2 * m]};
-        const double im[2] = {reference.z[0][2 * m + 1], reference.z[1][2 * m + 1]};
-        return {number(re, im), 0};
+        const TinyPoint* tiny = reference.tinyAt(m);
+        if (tiny != nullptr) return {cut<PARTS>(tiny->number), tiny->exponent};
+        return {reference.point<PARTS>(m), 0};
     }
 
     double distance(std::uint32_t m) const {
@@ -154,8 +105,8 @@ class SkipMaker {
 
     // One step: w = 2 Z + d, |d|^2 <= r |d|, and 2 Z is rounded by u |2 Z| when kept.
     Map leaf(std::uint32_t m) const {
-        Map map{point(m), {number(ONE, NONE), 0}, 0, ownBeta, {}};
-        map.a.number = scaled(map.a.number, 2);
+        Map map{point(m), {cut<PARTS>(ONE), 0}, 0, ownBeta, {}};
+        map.a.number = times(map.a.number, 2.0);
         const Wide size(sizeOf(map.a.number), map.a.exponent);
         const Wide room(stays - distance(m));
         map.radius = size * Wide(epsilon);
@@ -174,7 +125,7 @@ class SkipMaker {
         const double bx = sizeOf(x.b.number), by = sizeOf(y.b.number);
         map.a = {y.a.number * x.a.number, y.a.exponent + x.a.exponent};
         map.kappa = (ay * x.kappa + y.kappa * (ax + x.kappa) + 6 * u * ay * ax) * UPWARDS;
-        addParts(map, x, y, ax, bx, ay, by);
+        addParts(map, x, y, bx, ay, by);
         rescale(map);
         const Wide moved = Wide((bx + x.beta) * UPWARDS, x.b.exponent) * delta;
         const Wide grown((ax + x.kappa) * UPWARDS, x.a.exponent);
@@ -188,12 +139,11 @@ class SkipMaker {
     }
 
     // B = A_y B_x + B_y; beta = |A_y| beta_x + kappa_y (|B_x| + beta_x) + beta_y + roundings.
-    void addParts(Map& map, const Map& x, const Map& y, double, double bx, double ay,
-                  double by) const {
+    void addParts(Map& map, const Map& x, const Map& y, double bx, double ay, double by) const {
         const std::int64_t first = y.a.exponent + x.b.exponent;
         map.b.exponent = std::max(first, y.b.exponent);
         const double f = power(first - map.b.exponent), g = power(y.b.exponent - map.b.exponent);
-        map.b.number = scaled(y.a.number * x.b.number, f) + scaled(y.b.number, g);
+        map.b.number = times(y.a.number * x.b.number, f) + times(y.b.number, g);
         map.beta = ((ay * x.beta + y.kappa * (bx + x.beta) + 6 * u * ay * bx) * f +
                     (y.beta + 6 * u * by) * g) *
                    UPWARDS;
@@ -227,8 +177,8 @@ class SkipMaker {
         const double a = sizeOf(map.a.number), b = sizeOf(map.b.number);
         const double slope = a + map.kappa, size = map.kappa + 8 * u * a,
                      rest = map.beta + 8 * u * b;
-        store(map.a.number, n.ar, n.ai);
-        store(map.b.number, n.br, n.bi);
+        n.a = map.a.number;
+        n.b = map.b.number;
         n.onBound = slope * slope * UPWARDS;
         n.onSize = 2 * size * size * UPWARDS;
         n.onDelta = 2 * rest * rest * UPWARDS;
@@ -238,17 +188,7 @@ class SkipMaker {
         return n;
     }
 
-    static void store(const Complex<Number>& from, double* re, double* im) {
-        if constexpr (PARTS == 1) {
-            re[0] = from.re;
-            im[0] = from.im;
-        } else {
-            re[0] = from.re.high, re[1] = from.re.low;
-            im[0] = from.im.high, im[1] = from.im.low;
-        }
-    }
-
-    static constexpr double ONE[2] = {1, 0}, NONE[2] = {0, 0};
+    static constexpr Complex<Pair<double>> ONE{{1, 0}, {0, 0}};
     const Reference& reference;
     const double u, epsilon, stays, ownBeta;
     const Wide delta;

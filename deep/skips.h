@@ -14,12 +14,12 @@
 
 namespace deep {
 
-// A = (ar, ai) 2^aExponent, B = (br, bi) 2^bExponent, each in as many parts as the tier has. The
-// bound F of the squared error (see orbits-inl.h) becomes, with D = |d|^2,
+// A = a 2^aExponent, B = b 2^bExponent, each in as many parts as the tier has. The
+// bound F of the squared error (see orbit_lanes-inl.h) becomes, with D = |d|^2,
 //     2^(2 aExponent) (onBound F + onSize D) + 2^(2 bExponent + 2 deltaExponent) onDelta.
 template <int PARTS>
 struct Node {
-    double ar[PARTS], ai[PARTS], br[PARTS], bi[PARTS];
+    Complex<Of<PARTS, double>> a, b;
     double onBound, onSize, onDelta;
     std::int64_t key;  // of the largest D + 16 E that is in the radius, see keyOf
     std::int32_t aExponent, bExponent;

@@ -70,11 +70,7 @@ TierData<PARTS> makeTier(const Reference& reference, const ExactView& exact, con
     tier.julia = julia;
     tier.unitExponent = unit;
     mpfr_mul_2si(step.value, step.value, -unit, MPFR_RNDN);
-    tier.halfStep[0] = mpfr_get_d(step.value, MPFR_RNDN);
-    if constexpr (PARTS == 2) {
-        mpfr_sub_d(step.value, step.value, tier.halfStep[0], MPFR_RNDN);
-        tier.halfStep[1] = mpfr_get_d(step.value, MPFR_RNDN);
-    }
+    tier.halfStep = cut<PARTS>(split(step.value));
     tier.wide = view.pixelsWide;
     tier.high = view.pixelsHigh;
     const double own = 6 * u + eta, ofSize = 18 * u, start = 7 * u;

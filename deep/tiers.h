@@ -48,7 +48,7 @@ struct TierData {
     int maxIters;
     bool julia;
     std::int64_t unitExponent;
-    double halfStep[PARTS];  // width / (2 W)
+    Of<PARTS, double> halfStep;  // width / (2 W)
     long wide, high;
     std::int64_t offsetExponent;
     double startSquared;  // 3 b^2 of d_0, in units

@@ -4,9 +4,11 @@
     find_places.py > places.txt
     find_places.py edges > edges.txt
 
-Needs python3-gmpy2. Points are found by Newton's method at more digits than a view needs:
-nuclei (0 has period p), Misiurewicz points (0 falls on a cycle after k steps), repelling points of
-Julia sets. Minibrots at any depth: about a Misiurewicz point, at distance r from it, there are
+Needs gmpy2 (Debian: apt-get install python3-gmpy2). Neither the build nor the tests do: both lists
+are kept, so that it is no package of packaging/debian-packages.txt.
+
+Points are found by Newton's method at more digits than a view needs: nuclei (0 has period p),
+Misiurewicz points (0 falls on a cycle after k steps), repelling points of Julia sets. Minibrots at any depth: about a Misiurewicz point, at distance r from it, there are
 nuclei whose minibrots have a size of about r^2.
 
 A line is: name, formula (-: Mandelbrot), re, im, width, c's re and im (-: none), escape limit,
