@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "compute/fixed_math.h"
+#include "deep/exact_tie.h"
 #include "deep/smooth.h"
 #include "deep/wide.h"
 
@@ -29,11 +31,16 @@ double logarithm(Wide x) {
 
 enum class Side { inside, outside, unknown };
 
+// The steps, in order, after which an orbit lies exactly on the limit, and so has not escaped.
+using Ties = std::vector<int>;
+
 // One orbit at one precision.
 class Orbit {
   public:
-    Orbit(const ExactView& exact, const View& v, const ExactPoint& pixel, long bits)
+    Orbit(const ExactView& exact, const View& v, const ExactPoint& pixel, long bits,
+          const Ties& onLimit)
         : view(v),
+          ties(onLimit),
           unit(1, -bits),
           zr(bits),
           zi(bits),
@@ -60,8 +67,12 @@ class Orbit {
             const Wide before = size, beforeOff = sizeOff;
             mpfr_set(sizeBefore, m, MPFR_RNDN);
             step();
+            if (std::binary_search(ties.begin(), ties.end(), n)) continue;
             const Side at = side();
-            if (at == Side::unknown) return {UNDECIDED, INSIDE};
+            if (at == Side::unknown) {
+                inDoubt = n;
+                return {UNDECIDED, INSIDE};
+            }
             if (at == Side::outside) return escaped(n, before, beforeOff, wantsValue);
         }
         return {view.maxIters, INSIDE};
@@ -70,6 +81,9 @@ class Orbit {
     // What is known at the precision reached: the count may be, though the value might yet round to
     // another unit.
     Outcome known() const { return open; }
+
+    // The step after which it could not be said whether the orbit has escaped, or -1.
+    int stepInDoubt() const { return inDoubt; }
 
   private:
     // Returns what the rounded number may be off.
@@ -159,10 +173,12 @@ class Orbit {
     }
 
     const View& view;
+    const Ties& ties;
     const Wide unit;
     Big zr, zi, cr, ci, rr, ii, sizeBefore, m, difference;
     Wide radius, constantOff, constantSize, size, sizeOff;
     bool squaresRounded = false;
+    int inDoubt = -1;
     Outcome open{UNDECIDED, INSIDE};
 };
 
@@ -178,11 +194,19 @@ Outcome followExactly(const ExactView& exact, const View& view, int i, int j, bo
     if (view.limit >= 4 && exact.staysOnRealAxis(pixel)) {
         return {std::max(view.maxIters, 0), INSIDE};
     }
-    for (long bits = std::max(128L, 64 - exact.spacingExponent());; bits += bits / 2) {
-        Orbit orbit(exact, view, pixel, bits);
+    Ties ties;
+    long bits = std::max(128L, 64 - exact.spacingExponent());
+    for (;;) {
+        Orbit orbit(exact, view, pixel, bits, ties);
         const Outcome outcome = orbit.follow(wantsValue, stop);
         if (outcome.count != UNDECIDED) return outcome;
+        const int n = orbit.stepInDoubt();
+        if (n >= 0 && isExactTie(exact, pixel, n, view.limit)) {
+            ties.push_back(n);
+            continue;
+        }
         if (bits > MOST_BITS) return orbit.known();
+        bits += bits / 2;
     }
 }
 

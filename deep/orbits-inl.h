@@ -40,8 +40,8 @@ class Orbits : public VectorSteps<PARTS> {
         }
         at = this->m[0];
         done = this->k[0];
-        while (live != 0 && together()) {
-        }
+        bool united = live != 0 && rebaseSome();
+        while (united && live != 0) united = together();
         if (live != 0) apart();
     }
 
@@ -224,7 +224,21 @@ class Orbits : public VectorSteps<PARTS> {
         for (int l = 0; l < BLOCK; ++l) {
             if (this->isLive(l) && this->isTiny(l)) this->tinyStep(l);
         }
-        return live != 0 && gather();
+        return live != 0 && rebaseSome() && gather();
+    }
+
+    // Where |z| is below |d|, which may be so where an orbit begins and behind a tiny point.
+    // Whether the lanes are still together.
+    bool rebaseSome() {
+        bool any = false;
+        for (int l = 0; l < BLOCK; ++l) {
+            if (!this->isLive(l) || this->m[l] == reference.critical || !this->wantsRebase(l)) {
+                continue;
+            }
+            this->rebase(l);
+            any = true;
+        }
+        return !any || gather();
     }
 
     bool rescaleAll(double most) {

@@ -49,7 +49,8 @@ class Orbit {
     }
 
     // Each square is rounded by 2^-p of itself, their difference and the product by as much again,
-    // the sums with C by 2^-p |Z'|, C itself twice: 5 |Z|^2 + 4 |C| in all.
+    // the sums with C by 2^-p |Z'|, C itself twice: 5 |Z|^2 + 4 |C| in all. The last point that is
+    // stepped from has |Z|^2 <= max(16, L), for which `digits` has its bits.
     void step() {
         mpfr_mul(im, re, im, MPFR_RNDN);
         mpfr_mul_2ui(im, im, 1, MPFR_RNDN);
@@ -108,6 +109,7 @@ Reference::Reference(const ExactView& exact, const View& view, long precision, S
     const ExactPoint zero{};
     digits =
         bits + 2 * std::max(exact.wholeBits(exact.centre()), exact.wholeBits(exact.constant()));
+    if (view.limit > 16) digits += std::ilogb(view.limit) - 3;
     if (!exact.isJulia()) {
         addOrbit(exact, view, zero, exact.centre(), stop);
         firstEnd = lastEnd;

@@ -145,6 +145,33 @@ TEST(DeepCore, DoublesAreSureOfNothingThatPairsContradict) {
 }
 
 // A flight towards one centre, the deepest frame first.
+// 1.2 + 1.6 i and 1.6 + 1.2 i, of size 2, are pixels here; binary fractions hold neither.
+TEST(DeepTie, IsDecidedInFractions) {
+    const Numbers n = render({"0", "0", "4", "", "", 40, 40, 4, 100});
+    EXPECT_EQ(n.undecided, 0);
+    for (const std::size_t x : {8U, 32U}) {
+        for (const std::size_t y : {4U, 36U}) {
+            EXPECT_EQ(n.counts[40 * y + x], 1) << x << ' ' << y;
+            EXPECT_EQ(n.counts[40 * x + y], 1) << y << ' ' << x;
+        }
+    }
+}
+
+// (0.1 + 0.1 i)^2 + c = 1.2 + 1.6 i. The pixel is the second of the second row.
+TEST(DeepTie, OfAJuliaSetIsDecidedInFractions) {
+    const Numbers n = render({"0.1", "0.1", "1e-40", "1.2", "1.58", 2, 2, 4, 50});
+    EXPECT_EQ(n.undecided, 0);
+    EXPECT_EQ(n.counts[3], 1);
+}
+
+// A fixed point of size 2: each step ends on the limit, and none beyond it.
+TEST(DeepTie, OfStepAfterStepIsDecidedInFractionsWhileTheseAreShort) {
+    deep::View fixed{"1.2", "1.6", "1e-40", "2.32", "-2.24", 2, 2, 4, 7};
+    EXPECT_EQ(render(fixed).counts[3], 7);
+    fixed.maxIters = 50;
+    EXPECT_EQ(render(fixed).undecided, 1);
+}
+
 TEST(DeepFlight, SharesOneReferenceAndChangesNoNumber) {
     deep::View view{"-0.10101", "0.9563", "1e-60", "", "", 24, 16, 4, 3000};
     const deep::Picture deepest(view);

@@ -138,12 +138,11 @@ oracle::View point(const char* re, const char* im, double limit, int maxIters) {
     return {re, im, "1e-40", "", "", 8, 8, limit, maxIters};
 }
 
-// |c| = 2 where no binary number says so: not decided is an answer, a wrong count is none.
-TEST(ATie, IsNeverGuessed) {
+// |c| = 2 where no binary number says so.
+TEST(ATie, InFractionsIsDecided) {
     const Numbers drawn = renderWhole(point("1.2", "1.6", 4, 100));
-    const std::int32_t centre = drawn.counts[4 * 8 + 4];
-    EXPECT_TRUE(centre == 1 || centre == oracle::UNDECIDED) << centre;
-    EXPECT_EQ(drawn.undecided, std::count(drawn.counts.begin(), drawn.counts.end(), -1));
+    EXPECT_EQ(drawn.counts[4 * 8 + 4], 1);
+    EXPECT_EQ(drawn.undecided, 0);
 }
 
 TEST(ATie, InBinaryNumbersIsDecided) {
