@@ -37,10 +37,10 @@ class Picture {
     // Writes the pixels [xStart, xEnd) x [yStart, yEnd), which lie within the picture: (x, y) is
     // element (y - yStart) * stride + (x - xStart). Either pointer may be null.
     //
-    // A count is the first step n < maxIters, from 0, with |z_n|^2 > limit, maxIters where there is
-    // none, and -1 where that could not be decided within the effort that multi_orbit.h states. A
-    // value is that of compute/value_tile.h, rounded to VALUE_UNIT; NaN where the orbit stays or is
-    // undecided.
+    // A count is the first step n < maxIters, from 0, with |z|^2 > limit behind it, maxIters where
+    // there is none, and -1 where that could not be decided within the effort that multi_orbit.h
+    // states. A value is that of compute/value_tile.h, rounded to VALUE_UNIT; NaN where the orbit
+    // stays or is undecided.
     //
     // Returns how many pixels were left undecided. Once `stop` is set it returns within some
     // milliseconds, and what was not known by then is not written.
