@@ -23,8 +23,8 @@ class LaneSteps : public OrbitLanes<PARTS> {
     using Base::bound, Base::boundBefore, Base::c, Base::d, Base::dSize, Base::k, Base::m;
     using Base::offset, Base::operations, Base::q, Base::reference, Base::scaleSquared, Base::size;
     using Base::sizeBefore, Base::tier, Base::z;
+    using Base::U;
     using typename Base::Scalar;
-    static constexpr double U = Base::U;
 
     using Base::Base;
 

@@ -332,9 +332,9 @@ class OrbitLanes {
     // 2^q, its square, 3 b^2, the largest D + 16 E of any node.
     HWY_ALIGN double scale[BLOCK], scaleSquared[BLOCK], own[BLOCK], skipLimit[BLOCK];
     HWY_ALIGN double operations[BLOCK];  // no less than j
-    std::int64_t q[BLOCK];
-    std::uint32_t m[BLOCK];  // index of the reference
-    std::int32_t k[BLOCK];   // steps done
+    std::int64_t q[BLOCK] = {};
+    std::uint32_t m[BLOCK] = {};  // index of the reference
+    std::int32_t k[BLOCK] = {};   // steps done
 };
 
 }  // namespace deep_orbits

@@ -48,7 +48,7 @@ class Orbits : public VectorSteps<PARTS> {
   private:
     using Base::bound, Base::c, Base::d, Base::dSize, Base::live, Base::operations;
     using Base::reference, Base::size, Base::skipLimit, Base::tier, Base::z;
-    static constexpr double U = Base::U;
+    using Base::U;
 
     // ---- all lanes at the same step ----
 
