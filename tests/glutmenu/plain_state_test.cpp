@@ -63,17 +63,19 @@ Switch here(GLenum name) {
 // Everything that the version knows and PlainState turns off, on every unit there is.
 std::set<Switch> everything() {
     std::set<Switch> all;
-    for (const GLenum name :
+    for (const int each :
          {GL_ALPHA_TEST, GL_COLOR_LOGIC_OP, GL_COLOR_SUM, GL_CULL_FACE, GL_FOG, GL_LIGHTING,
           GL_LINE_SMOOTH, GL_LINE_STIPPLE, GL_POLYGON_SMOOTH, GL_POLYGON_STIPPLE,
           GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_ALPHA_TO_ONE, GL_SAMPLE_COVERAGE, GL_SCISSOR_TEST,
           GL_STENCIL_TEST, GL_CLIP_PLANE0, GL_CLIP_PLANE5}) {
+        const auto name = static_cast<GLenum>(each);
         if (gl.knows(name)) all.insert({GL_TEXTURE0, name});
     }
     const GLenum units = gl.number < 13 ? 1 : 4;
     for (GLenum unit = 0; unit < units; ++unit) {
-        for (const GLenum name : {GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP,
-                                  GL_TEXTURE_RECTANGLE}) {
+        for (const int each : {GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP,
+                               GL_TEXTURE_RECTANGLE}) {
+            const auto name = static_cast<GLenum>(each);
             if (gl.knows(name)) all.insert({GL_TEXTURE0 + unit, name});
         }
     }
