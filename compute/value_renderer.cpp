@@ -15,7 +15,7 @@
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#include "compute/vector_certified_values-inl.h"
+#include "compute/vector_trig_values-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {

@@ -20,7 +20,6 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
-#include <type_traits>
 
 #include "compute/value_tile.h"
 #include "compute/vector_certified-inl.h"
@@ -63,8 +62,8 @@ struct CertifiedKnown : Known<double> {
     HWY_ALIGN double spread[ROOM];
 };
 
-inline void moveKnown(const CertifiedValueSlots& slots, std::size_t slot, CertifiedKnown& known) {
-    const std::size_t place = slots.s.place[slot];
+inline void moveKnown(const CertifiedValueSlots& slots, std::size_t slot, std::size_t place,
+                      CertifiedKnown& known) {
     known.count[place] = slots.s.count[slot];
     known.before[place] = slots.before[slot];
     known.after[place] = slots.after[slot];
@@ -111,11 +110,13 @@ HWY_NOINLINE HWY_FLATTEN void certifiedValues(const CertifiedKnown& known, std::
     const Real inside(std::numeric_limits<double>::quiet_NaN()), ln(logLimit);
     for (std::size_t at = 0; at < n; at += hn::Lanes(d)) {
         const Real count = promoted(known.count + at);
-        const CertifiedValue v =
-            certifiedValue(count, promoted(known.before + at), promoted(known.after + at),
-                           promoted(known.spread + at), ln);
         // From 0 every orbit starts, and has the value 0 where it escapes at once.
         const RealMask first = count == zero, last = count >= stays;
+        CertifiedValue v{inside, last};
+        if (!hn::AllTrue(d, last)) {
+            v = certifiedValue(count, promoted(known.before + at), promoted(known.after + at),
+                               promoted(known.spread + at), ln);
+        }
         hn::Store(select(last, inside, select(first, zero, v.value)).v, d, values + at);
         hn::Store(hn::VecFromMask(d, hn::Or(v.certain, hn::Or(first, last))), d, certain + at);
     }
@@ -174,6 +175,21 @@ class CertifiedChunk {
     HWY_ALIGN double values[CertifiedKnown::ROOM], certain[CertifiedKnown::ROOM];
 };
 
+// Follows the slots to their end and calls move(slot) for each at its own. Returns whether all came
+// there.
+template <class R, class Move>
+bool followCertified(CertifiedValueSlots& slots, const VectorTile<double>& geometry, int limit,
+                     bool detect, Move&& move) {
+    const auto close = [&]() HWY_ATTR {
+        forEachEnded(slots.s, move);
+        closeCertifiedRanks<R>(slots, [](std::size_t, std::size_t) {});
+    };
+    if (!iterateCertified<R>(slots, geometry, limit, detect, close)) return false;
+    if (!slots.s.placed) writePlaces(slots.s);
+    for (std::size_t n = 0; n < slots.s.used; ++n) move(n);
+    return true;
+}
+
 // As renderValueChunk, for the trigonometric rules in double.
 template <class R>
 void renderValueChunkCertified(const ValueTile<double>& tile, const VectorTile<double>& geometry,
@@ -184,27 +200,9 @@ void renderValueChunkCertified(const ValueTile<double>& tile, const VectorTile<d
     CertifiedKnown known;
     fillSlots<R>(slots.s, geometry, chunk, limit);
     slots.s.stride = slots.s.columns;
-    const auto move = [&](std::size_t n) { moveKnown(slots, n, known); };
-    const auto close = [&]() HWY_ATTR {
-        forEachEnded(slots.s, move);
-        closeCertifiedRanks<R>(slots, [](std::size_t, std::size_t) {});
-    };
-    if (!iterateCertified<R>(slots, geometry, limit, detect, close)) return;
-    if (!slots.s.placed) writePlaces(slots.s);
-    for (std::size_t n = 0; n < slots.s.used; ++n) move(n);
+    const auto move = [&](std::size_t n) { moveKnown(slots, n, slots.s.place[n], known); };
+    if (!followCertified<R>(slots, geometry, limit, detect, move)) return;
     CertifiedChunk<typename KindOf<R>::Kind>(tile, geometry, chunk, detect).finish(known);
-}
-
-template <class R, class T>
-void renderValueTile(const ValueTile<T>& tile, bool detect) {
-    const VectorTile<T> geometry = geometryOf(tile);
-    forEachChunk(geometry, [&](const Chunk& chunk) HWY_ATTR {
-        if constexpr (usesTrig<R> && std::is_same_v<T, double>) {
-            renderValueChunkCertified<R>(tile, geometry, chunk, detect);
-        } else {
-            renderValueChunk<R>(tile, geometry, chunk, detect);
-        }
-    });
 }
 
 }  // namespace HWY_NAMESPACE

@@ -52,6 +52,20 @@ class ChunkCounts {
         count[place] = static_cast<std::uint32_t>(found);
     }
 
+    // Has every pixel that escaped counted anew: those below the limit.
+    void doubtEscaped(int limit) {
+        const auto stays = static_cast<std::uint32_t>(limit);
+        for (std::size_t n = 0; n < pixels; ++n) count[n] = count[n] < stays ? DOUBT : count[n];
+    }
+
+    // The count of each pixel, DOUBT included.
+    template <class Word>
+    void copyTo(Word* counts) const {
+        std::copy_n(count, pixels, counts);
+    }
+
+    std::size_t size() const { return pixels; }
+
     bool anyInDoubt() const { return std::find(count, count + pixels, DOUBT) != count + pixels; }
 
     // Calls visit(place, r, i) for every pixel in doubt.

@@ -46,27 +46,33 @@ void renderTiles(const View& v, Numbers& out, Render&& render) {
 }
 
 template <class Render>
-Numbers numbers(const View& v, Render&& render) {
+Numbers numbers(const View& v, Wanted wanted, Render&& render) {
     const auto size =
         static_cast<std::size_t>(v.width + GAP) * static_cast<std::size_t>(v.height + 2 * MARGIN);
     Numbers out{std::vector<std::int32_t>(size, Numbers::CANARY),
                 std::vector<double>(size, Numbers::CANARY)};
+    const auto renderWanted = [&](auto tile, int type) {
+        if (wanted == Wanted::COUNTS) tile.values = nullptr;
+        if (wanted == Wanted::VALUES) tile.counts = nullptr;
+        render(tile, type);
+    };
     if (v.doublePrecision) {
-        renderTiles<double>(v, out, render);
+        renderTiles<double>(v, out, renderWanted);
     } else {
-        renderTiles<float>(v, out, render);
+        renderTiles<float>(v, out, renderWanted);
     }
     return out;
 }
 
 }  // namespace
 
-Numbers vectorNumbers(const View& view) {
-    return numbers(view, [](const auto& tile, int type) { renderValues(tile, type); });
+Numbers vectorNumbers(const View& view, Wanted wanted) {
+    return numbers(view, wanted, [](const auto& tile, int type) { renderValues(tile, type); });
 }
 
-Numbers scalarNumbers(const View& view) {
-    return numbers(view, [](const auto& tile, int type) { renderValuesScalar(tile, type); });
+Numbers scalarNumbers(const View& view, Wanted wanted) {
+    return numbers(view, wanted,
+                   [](const auto& tile, int type) { renderValuesScalar(tile, type); });
 }
 
 testing::AssertionResult sameNumbers(const Numbers& actual, const Numbers& expected, int width) {
@@ -83,11 +89,11 @@ testing::AssertionResult sameNumbers(const Numbers& actual, const Numbers& expec
     return testing::AssertionSuccess();
 }
 
-testing::AssertionResult allTargetsAgree(const View& view) {
-    const Numbers expected = scalarNumbers(view);
+testing::AssertionResult allTargetsAgree(const View& view, Wanted wanted) {
+    const Numbers expected = scalarNumbers(view, wanted);
     for (const vector_control::Target& target : allTargets()) {
         const ForcedTarget forced(target.bit);
-        auto result = sameNumbers(vectorNumbers(view), expected, view.width);
+        auto result = sameNumbers(vectorNumbers(view, wanted), expected, view.width);
         if (!result) return result << " on " << target.name << ", " << view;
     }
     return testing::AssertionSuccess();

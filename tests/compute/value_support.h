@@ -31,14 +31,17 @@ struct Numbers {
     std::vector<double> values;
 };
 
-Numbers vectorNumbers(const View& view);
-Numbers scalarNumbers(const View& view);
+// Which of a tile's pointers are not null.
+enum class Wanted { BOTH, COUNTS, VALUES };
+
+Numbers vectorNumbers(const View& view, Wanted wanted = Wanted::BOTH);
+Numbers scalarNumbers(const View& view, Wanted wanted = Wanted::BOTH);
 
 // Whether all bits are the same, with the first pixel where they are not.
 testing::AssertionResult sameNumbers(const Numbers& actual, const Numbers& expected, int width);
 
 // Whether every instruction set gives the scalar numbers, bit for bit.
-testing::AssertionResult allTargetsAgree(const View& view);
+testing::AssertionResult allTargetsAgree(const View& view, Wanted wanted = Wanted::BOTH);
 
 // A catalogue view with the limit that smooth colours want.
 View catalogueView(std::size_t index, bool doublePrecision);

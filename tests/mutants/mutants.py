@@ -43,6 +43,7 @@ TESTS_OF = [
     ("compute/vector_rounded-inl.h", "vector_rounded_test value_vector_test"),
     ("compute/vector_log-inl.h", "value_vector_test"),
     ("compute/vector_values-inl.h", "value_vector_test"),
+    ("compute/vector_trig_values-inl.h", "value_vector_test"),
     ("compute/attracting_discs", "attracting_discs_test"),
     ("compute/vector_unwatched", "vector_conditions_test vector_test"),
     ("compute/vector_renderer", "vector_targets_test vector_boundary_test vector_test"),
