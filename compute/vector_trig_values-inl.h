@@ -46,16 +46,17 @@ bool settleInFloat(ChunkCounts<T>& counts, const ValueTile<T>& tile, const Vecto
     return true;
 }
 
+// In stages; returns whether the first settled a pixel, or was given up.
 template <class R>
-void renderValueChunkInStages(const ValueTile<float>& tile, const VectorTile<float>& geometry,
+bool renderValueChunkInStages(const ValueTile<float>& tile, const VectorTile<float>& geometry,
                               const Chunk& chunk, bool detect) {
     ChunkCounts<float> counts(geometry, chunk);
-    if (!settleInFloat<R>(counts, tile, geometry, detect)) return;
+    if (!settleInFloat<R>(counts, tile, geometry, detect)) return true;
     ValueSlots<float> s;
     std::size_t places[ChunkCounts<float>::ROOM];
     const std::size_t left = counts.takeDoubtful(s, places);
     const int limit = std::max(tile.maxIters, 0);
-    if (left > 0 && !iterateSlots<KeepMagnitudes, R>(s, geometry, limit, detect)) return;
+    if (left > 0 && !iterateSlots<KeepMagnitudes, R>(s, geometry, limit, detect)) return true;
     Known<float> known;
     counts.copyTo(known.count);
     for (std::size_t n = 0; n < left; ++n) {
@@ -64,24 +65,30 @@ void renderValueChunkInStages(const ValueTile<float>& tile, const VectorTile<flo
         known.after[places[n]] = s.after[n];
     }
     finishChunk<float>(tile, chunk, {known.count, known.before, known.after}, counts.size());
+    return left < counts.size();
 }
 
 template <class R>
-void renderValueChunkInStages(const ValueTile<double>& tile, const VectorTile<double>& geometry,
+bool renderValueChunkInStages(const ValueTile<double>& tile, const VectorTile<double>& geometry,
                               const Chunk& chunk, bool detect) {
     ChunkCounts<double> counts(geometry, chunk);
-    if (!settleInFloat<R>(counts, tile, geometry, detect)) return;
+    if (!settleInFloat<R>(counts, tile, geometry, detect)) return true;
     const int limit = std::max(tile.maxIters, 0);
     CertifiedValueSlots slots;
     std::size_t places[ChunkCounts<double>::ROOM];
-    counts.takeDoubtful(slots.s, places);
+    const std::size_t left = counts.takeDoubtful(slots.s, places);
     startAtZero(slots.s, limit);
     CertifiedKnown known;
     counts.copyTo(known.count);
     const auto move = [&](std::size_t n) { moveKnown(slots, n, places[slots.s.place[n]], known); };
-    if (!followCertified<R>(slots, geometry, limit, detect, move)) return;
+    if (!followCertified<R>(slots, geometry, limit, detect, move)) return true;
     CertifiedChunk<typename KindOf<R>::Kind>(tile, geometry, chunk, detect).finish(known);
+    return left < counts.size();
 }
+
+// Chunks of a tile that are made at once behind one in which the first stage settled nothing,
+// before it is tried again: neighbours are alike, and where no pixel stays the stage is lost.
+inline constexpr int CHUNKS_AT_ONCE = 3;
 
 #endif  // TESSARY_HAS_LEAN
 
@@ -98,12 +105,14 @@ void renderValueChunkAtOnce(const ValueTile<double>& tile, const VectorTile<doub
     renderValueChunkCertified<R>(tile, geometry, chunk, detect);
 }
 
+// atOnce: how many chunks from this one on are made in one stage.
 template <class R, class T>
 void renderTrigValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometry,
-                          const Chunk& chunk, bool detect) {
+                          const Chunk& chunk, bool detect, [[maybe_unused]] int& atOnce) {
 #if TESSARY_HAS_LEAN
-    if (static_cast<double>(tile.limit) <= LEAN_LIMIT) {
-        return renderValueChunkInStages<R>(tile, geometry, chunk, detect);
+    if (static_cast<double>(tile.limit) <= LEAN_LIMIT && atOnce-- <= 0) {
+        atOnce = renderValueChunkInStages<R>(tile, geometry, chunk, detect) ? 0 : CHUNKS_AT_ONCE;
+        return;
     }
 #endif
     renderValueChunkAtOnce<R>(tile, geometry, chunk, detect);
@@ -112,9 +121,10 @@ void renderTrigValueChunk(const ValueTile<T>& tile, const VectorTile<T>& geometr
 template <class R, class T>
 void renderValueTile(const ValueTile<T>& tile, bool detect) {
     const VectorTile<T> geometry = geometryOf(tile);
+    [[maybe_unused]] int atOnce = 0;
     forEachChunk(geometry, [&](const Chunk& chunk) HWY_ATTR {
         if constexpr (usesTrig<R>) {
-            renderTrigValueChunk<R>(tile, geometry, chunk, detect);
+            renderTrigValueChunk<R>(tile, geometry, chunk, detect, atOnce);
         } else {
             renderValueChunk<R>(tile, geometry, chunk, detect);
         }
