@@ -1,10 +1,11 @@
-// deep_bench [RE IM WIDTH LIMIT PIXELS_WIDE PIXELS_HIGH [CHECKED]]: what deep pictures cost, tier
-// by tier, processor time of one thread.
+// deep_bench PIXELS_WIDE PIXELS_HIGH CHECKED < PLACES: what deep pictures cost, tier by tier,
+// processor time of one thread. Places are read as tests/deep/places.txt has them, a line each:
+// name, "julia" or -, centre, width, constant (or - -), escape limit, iteration limit.
 //
-// Prints, for the given view or for a list of places, milliseconds of the reference with its tables
-// and of the picture, the share of pixels that the doubles and the pairs leave, microseconds a
-// pixel, and CHECKED pixels (0: none) by arithmetic of many digits: their microseconds, and how
-// many differ.
+// Prints for each milliseconds of the reference with its tables and of the picture, the share of
+// pixels that the doubles and the pairs leave, microseconds a pixel, plain vectors of doubles where
+// these are worth a look, and CHECKED pixels (0: none) by arithmetic of many digits: their
+// microseconds, and how many differ.
 #include <time.h>
 
 #include <cstdio>
