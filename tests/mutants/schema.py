@@ -1,8 +1,8 @@
 """Many changes compiled into one program, of which the environment chooses one.
 
 Where a slot (slots.py) holds a change, the text chooses between the changed slot and the slot as it is,
-by number: `TESSARY_MUTANT=17 program` runs with change 17 alone. Constant expressions are always those
-of the source, so that a change which no test notices here is tried by itself as well.
+by number: `TESSARY_MUTANT=17 program` runs with change 17 alone. What the compiler evaluates is always
+that of the source, so that a change which no test notices here is tried by itself as well.
 """
 
 import re
@@ -16,7 +16,9 @@ CHOICE = f"""#pragma once
 #include <cstdlib>
 namespace mutants {{
 static const int number = std::getenv("{VARIABLE}") ? std::atoi(std::getenv("{VARIABLE}")) : 0;
-constexpr bool chosen(int which) {{ return !__builtin_is_constant_evaluated() && number == which; }}
+inline bool chosen(int which) {{ return number == which; }}
+// In what the compiler may evaluate, where the source alone counts.
+constexpr bool chosenNow(int which) {{ return !__builtin_is_constant_evaluated() && chosen(which); }}
 }}
 """
 
@@ -83,11 +85,12 @@ class Schema:
     def _choose(self, out, slot, within, inside):
         around, numbers = out.owner(), inside[slot]
         opening, otherwise, closing = BRACKETS[slot.kind]
+        chosen = "chosenNow" if slot.constant else "chosen"
         out.belongs_to(numbers[0])
         out.add("{\n" if slot.kind == STATEMENT else "(\n")
         for number in numbers:
             out.belongs_to(number)
-            out.add(opening.format(number) + self._changed(slot, number) + otherwise)
+            out.add(opening.format(f"{chosen}({number})") + self._changed(slot, number) + otherwise)
         # What does not fit together is laid to the first change.
         out.belongs_to(numbers[0])
         out.add(OPEN[slot.kind])
@@ -112,9 +115,9 @@ class Schema:
 
 # Around what is chosen, by kind of slot; the first line of a choice belongs to its change.
 BRACKETS = {
-    "expression": ("::mutants::chosen({}) ? (\n", "\n) :\n", "\n)\n)"),
-    STEP: ("::mutants::chosen({}) ? (void)(\n", "\n) :\n", "\n)\n)"),
-    STATEMENT: ("if (::mutants::chosen({})) {{\n", "\n} else\n", "\n}\n}"),
+    "expression": ("::mutants::{} ? (\n", "\n) :\n", "\n)\n)"),
+    STEP: ("::mutants::{} ? (void)(\n", "\n) :\n", "\n)\n)"),
+    STATEMENT: ("if (::mutants::{}) {{\n", "\n} else\n", "\n}\n}"),
 }
 OPEN = {"expression": "(\n", STEP: "(void)(\n", STATEMENT: "{\n"}
 

@@ -23,13 +23,14 @@ class Slot:
     start: int
     end: int
     kind: str
+    constant: bool  # in a function that the compiler may evaluate
 
 
 class Finder:
     """Walks through the tokens of a text, statement by statement."""
 
     def __init__(self, text):
-        self.text, self.tokens, self.slots = text, tokens_of(text), []
+        self.text, self.tokens, self.slots, self.constant = text, tokens_of(text), [], False
         self.words = [token[1] for token in self.tokens]
         self.ends = self._matching_brackets()
 
@@ -72,7 +73,7 @@ class Finder:
 
     def _slot(self, at, end, kind=EXPRESSION):
         if at < end and self.words[at] != "{":
-            self.slots.append(Slot(self.tokens[at][2], self.tokens[end - 1][3], kind))
+            self.slots.append(Slot(self.tokens[at][2], self.tokens[end - 1][3], kind, self.constant))
 
     def _value(self, at, end):
         """An expression, and what its brackets hold."""
@@ -157,12 +158,18 @@ class Finder:
             body = stop
             stop = self._behind(stop)
             if self._is_body(at, body):
-                self._brackets(at, body)
-                self.statements(body + 1, self.ends[body])
+                self._function(at, body)
                 return stop
         if not CONSTANT & set(self.words[at:self._find({"=", "{", "("}, at, stop)]):
             self._plain(at, stop)
         return stop + 1
+
+    def _function(self, at, body):
+        around = self.constant
+        self.constant = around or bool({"constexpr", "consteval"} & set(self.words[at:body]))
+        self._brackets(at, body)
+        self.statements(body + 1, self.ends[body])
+        self.constant = around
 
     def _is_body(self, first, at):
         """Whether the bracket opens the body of a function, rather than a lambda's or a value."""
