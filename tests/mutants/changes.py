@@ -104,7 +104,7 @@ def is_call(tokens, at):
     """Whether the bracket at `at` holds arguments, rather than parameters or a condition."""
     if tokens[at][1] not in "({" or at < 2 or tokens[at - 1][0] != "name":
         return False
-    if tokens[at - 1][1] in ("for", "if", "while", "switch", "sizeof"):
+    if tokens[at - 1][1] in ("for", "if", "while", "switch", "sizeof", "namespace"):
         return False
     kind, text = tokens[at - 2][:2]
     return not (kind == "name" and text not in ("return", "else") or text in (">", "&", "*"))
