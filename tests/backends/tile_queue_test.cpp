@@ -87,6 +87,15 @@ TEST(TileQueue, AllocatesNothingUpToTheTilesItMadeRoomFor) {
     EXPECT_EQ(queue.begin(), memory);
 }
 
+TEST(TileQueue, AllocatesNothingWhereThereIsRoomAlready) {
+    TileQueue queue;
+    queue.reserve(4000);
+    push(queue, 0, 1);
+    const params* const memory = queue.begin();
+    queue.reserve(4000);
+    EXPECT_EQ(queue.begin(), memory);
+}
+
 TEST(TileQueue, KeepsWhatWaitsWhenItMakesRoom) {
     TileQueue queue;
     push(queue, 0, 1000);
