@@ -2,7 +2,8 @@
 // processor time of one thread. Places are read as tests/deep/places.txt has them, a line each:
 // name, "julia" or -, centre, width, constant (or - -), escape limit, iteration limit.
 //
-// Prints for each milliseconds of the reference with its tables and of the picture, the share of
+// Prints for each milliseconds of the reference with its tables, of the tables alone (what a frame
+// of a flight costs before its first pixel) and of the picture, the share of
 // pixels that the doubles and the pairs leave, microseconds a pixel, plain vectors of doubles where
 // these are worth a look, and CHECKED pixels (0: none) by arithmetic of many digits: their
 // microseconds, and how many differ.
@@ -94,6 +95,8 @@ void measure(const Place& place, int checked) {
     const double start = threadTime();
     const deep::Picture picture(v);
     const double made = threadTime() - start;
+    const deep::Picture next(v, picture);
+    const double tables = threadTime() - start - made;
     deep::useAlone(deep::Tier::doubles);
     const Run first = run(picture, v);
     deep::useAlone(deep::Tier::pairs);
@@ -103,11 +106,12 @@ void measure(const Place& place, int checked) {
     double steps = 0;
     for (const std::int32_t n : all.counts) steps += n;
     std::printf(
-        "%-20s reference %.1f ms, doubles %.1f ms, leaving %.2e, all %.1f ms, undecided %lld, "
+        "%-20s reference %.1f ms, tables %.1f ms, doubles %.1f ms, leaving %.2e, all %.1f ms, "
+        "undecided %lld, "
         "%.2f us a pixel, %.0f steps a pixel",
-        place.name.c_str(), made, first.milliseconds, static_cast<double>(first.left) / pixels,
-        all.milliseconds, static_cast<long long>(all.left),
-        (all.milliseconds + made) * 1e3 / pixels, steps / pixels);
+        place.name.c_str(), made, tables, first.milliseconds,
+        static_cast<double>(first.left) / pixels, all.milliseconds,
+        static_cast<long long>(all.left), (all.milliseconds + made) * 1e3 / pixels, steps / pixels);
     std::printf(", pairs leave %.1e", static_cast<double>(second.left) / pixels);
     if (std::strtod(v.width.c_str(), nullptr) > 1e-15 && v.cRe.empty()) comparePlain(v, all);
     if (checked > 0) check(picture, v, all, checked);

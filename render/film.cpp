@@ -8,6 +8,7 @@
 
 #include "frac/number_text.h"
 #include "render/colour_range.h"
+#include "render/failure.h"
 #include "render/plan.h"
 #include "render/precision.h"
 #include "render/shard.h"
@@ -50,7 +51,7 @@ class Pictures {
         : planner(by), size(all), nameOf(names), ranges(perEntry) {}
 
     Job of(const Frame& frame) {
-        Job job = planner.jobOf(frame.view, size);
+        Job job = jobOf(frame.view, frame.entry);
         if (ranges) job = stretched(std::move(job), ranges->at(frame.entry, frame.share));
         if (frame.crossing) job.fade = fadeOf(*frame.crossing, frame.entry - 1);
         job.output = nameOf(frame.number, DIGITS);
@@ -58,10 +59,14 @@ class Pictures {
     }
 
   private:
+    Job jobOf(const fractal& view, std::uint64_t entry) const {
+        return ofEntry(entry, [&] { return planner.jobOf(view, size); });
+    }
+
     Fade fadeOf(const Crossing& crossing, std::uint64_t entry) {
         if (crossing.from != past) {
             past = crossing.from;
-            Job job = planner.jobOf(*past, size);
+            Job job = jobOf(*past, entry);
             if (ranges) job = stretched(std::move(job), ranges->at(entry, 1));
             pastJob = std::make_shared<const Job>(std::move(job));
         }
@@ -92,14 +97,16 @@ Film planFilm(const Options& options, const Source& source) {
     const auto begin = source.entries.begin();
     const std::vector<fractal> entries(begin + static_cast<std::ptrdiff_t>(range.first - 1),
                                        begin + static_cast<std::ptrdiff_t>(range.last));
-    const Size size = planner.sizeFor(entries.front());
+    const Size size = ofEntry(range.first, [&] { return planner.sizeFor(entries.front()); });
     const Naming nameOf(options, source, options.output != "-");
     Film film;
     film.frames = planFlight(entries, range.first, options.flight,
                              [&](const fractal& view) { return planner.fit(view, size); });
     if (options.shard) film.frames = shareOf(std::move(film.frames), *options.shard);
     Ranges ranges([&](std::uint64_t entry) {
-        return valuesIn(planner.jobFor(source.entries[entry - 1], size), options.threads);
+        const fractal& view = source.entries[entry - 1];
+        return valuesIn(ofEntry(entry, [&] { return planner.jobFor(view, size); }),
+                        options.threads);
     });
     const bool stretches = options.colour.wanted.autoRange && !options.dryRun;
     Pictures pictures(planner, size, nameOf, stretches ? &ranges : nullptr);

@@ -112,12 +112,7 @@ Job Planner::jobOf(const fractal& view, Size size) const {
 
 Job Planner::jobOfEntry(std::uint64_t number) const {
     const fractal& entry = source.entries[number - 1];
-    const Size size = sizeFor(entry);
-    try {
-        return jobFor(entry, size);
-    } catch (const Failure& failure) {
-        throw Failure("entry " + std::to_string(number) + ": " + failure.what());
-    }
+    return ofEntry(number, [&] { return jobFor(entry, sizeFor(entry)); });
 }
 
 Naming::Naming(const Options& options, const Source& source, bool several)

@@ -38,6 +38,9 @@ fractal firstEntry(const std::string& path) {
     if (!std::filesystem::is_regular_file(path)) throw Failure(path + ": no plain file");
     ByteReader reader(path);
     const std::string bytes = reader.takeText(BEGINNING);
+    if (kindOf(bytes) == InputKind::document) {
+        throw Failure(path + ": a JSON document, and thumbnails are of .frac catalogues");
+    }
     if (kindOf(bytes) != InputKind::catalogue) throw Failure(path + ": no catalogue");
     ByteReader beginning = ByteReader::ofBytes(bytes);
     const auto entry = decodeRecord(beginning);

@@ -3,6 +3,9 @@
 
     find_places.py > places.txt
     find_places.py edges > edges.txt
+    find_places.py known | build/release/bench/deep_bench 1920 1080 0
+
+The last are five kinds of place that people know, for the benchmark.
 
 Needs gmpy2 (Debian: apt-get install python3-gmpy2). Neither the build nor the tests do: both lists
 are kept, so that it is no package of packaging/debian-packages.txt.
@@ -27,6 +30,8 @@ MISIUREWICZ = {  # near enough for Newton: preperiod, period, about where
     "branch": (4, 1, "-0.1010963638456222+0.9562865108091415j"),
     "spiral": (24, 2, "-0.77568377+0.13646737j"),
     "antenna": (2, 2, "0+1j"),
+    "seahorse": (28, 1, "-0.74645791+0.11515433j"),
+    "elephant": (17, 1, "0.28488454+0.01112182j"),
 }
 
 
@@ -210,6 +215,16 @@ def all_places():
     ]
 
 
+def known_places():
+    return [
+        ("seahorse-valley", at_misiurewicz("seahorse", "1e-50"), 4, 20000),
+        ("elephant-valley", at_misiurewicz("elephant", "1e-50"), 4, 20000),
+        ("minibrot", minibrot("seahorse", "1e-25", 8), 4, 50000),
+        ("needle", real_minibrot(40, 30), 4, 20000),
+        ("spiral", at_misiurewicz("spiral", "1e-100"), 4, 50000),
+    ]
+
+
 WIDTHS = ["1e-4", "1e-9", "1e-13", "1e-20", "3e-33", "1e-60", "1e-100", "1e-152", "1e-170", "1e-250",
           "1e-305", "1e-318", "1e-322", "1e-325", "1e-400"]
 SIDE = 128
@@ -280,10 +295,13 @@ def edges(number):
             number -= 1
 
 
-def places():
-    for name, (re, im, width, *c), limit, steps in all_places():
+def places(which):
+    for name, (re, im, width, *c), limit, steps in which:
         print(name, "julia" if c else "-", re, im, width, *(c or "--"), limit, steps)
 
 
 if __name__ == "__main__":
-    edges(700) if sys.argv[1:] == ["edges"] else places()
+    if sys.argv[1:] == ["edges"]:
+        edges(700)
+    else:
+        places(known_places() if sys.argv[1:] == ["known"] else all_places())

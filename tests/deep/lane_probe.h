@@ -37,6 +37,10 @@ TESSARY_OPEN(IsLive, isLive);
 TESSARY_OPEN(Decide, decide);
 TESSARY_OPEN(Rebase, rebase);
 TESSARY_OPEN(RebaseTogether, rebaseTogether);
+TESSARY_OPEN(Largest, largest);
+TESSARY_OPEN(SkipAlone, skipAlone);
+TESSARY_OPEN(TogetherAt, at);
+TESSARY_OPEN(TinyTogether, tinyTogether);
 TESSARY_OPEN(Load, load);
 TESSARY_OPEN(Store, store);
 TESSARY_OPEN(ConstantsOf, constantsOf);
@@ -100,6 +104,19 @@ class Probe {
 
     void rebase() { (lanes.*member(Rebase()))(0); }
     void rebaseInVectors() { (lanes.*member(RebaseTogether()))(); }
+
+    // The step from a tiny point at this index, as all lanes take it together.
+    void stepFromTinyInVectors() {
+        (lanes.*member(TogetherAt())) = at();
+        (lanes.*member(TinyTogether()))();
+    }
+    // Whether a node was used.
+    bool skips() { return (lanes.*member(SkipAlone()))(0); }
+    // What all lanes together look for a node with, in units.
+    double squaredReach() { return (lanes.*member(Largest()))(); }
+    // From the start to the end, behind which the index of the last look at the lane is left.
+    void follow() { lanes.follow(); }
+    std::uint32_t index() { return at(); }
 
     Verdict decide() {
         (lanes.*member(Decide()))(0);

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 """Takes the terms of the bounds of deep/ out, one at a time, and tells which test notices.
 
-    remove_terms.py BUILD [TEST...]
+    remove_terms.py BUILD [--term TEXT] [TEST...]
 
-BUILD is a release build with tests; without a TEST all of them are asked, quickest first. Each
-change is made in a copy of deep/, compiled for few instruction sets and linked with the tests'
+BUILD is a release build with tests; without a TEST all of them are asked, quickest first. With
+--term only terms whose name contains the text are taken out. Each change is made in a copy of deep/, compiled for few instruction sets and linked with the tests'
 objects of the build. The table of what it tells is in docs/deep-zoom.md, the page of the bounds.
 """
 
@@ -56,17 +56,56 @@ TERMS = [  # what, file, text, what stands in its place
     ("kappa_y (|B_x| + beta_x)", "skips.cpp", "y.kappa * (bx + x.beta) +", "0 +"),
     ("6 u |A_y||B_x|", "skips.cpp", "+ 6 * u * ay * bx)", ")"),
     ("beta_y + 6 u |B_y|", "skips.cpp", "(y.beta + 6 * u * by)", "0"),
+    ("8 u |A| of a node's use", "skips.cpp", "size = map.kappa + 8 * u * a,", "size = map.kappa,"),
+    ("8 u |B| of a node's use", "skips.cpp", "rest = map.beta + 8 * u * b;", "rest = map.beta;"),
+    ("6 u |B_y|", "skips.cpp", "(y.beta + 6 * u * by)", "y.beta"),
+    ("1.0626", "skips.cpp", "Wide(1 / 1.0626)", "Wide(1.0)"),
+    ("16 e^2 of a difference's size, all lanes", "orbits-inl.h",
+     "mulAdd(Real(16.0), e2, this->vectorOf(dSize, v))", "this->vectorOf(dSize, v)"),
+    ("16 e^2 of a difference's size, one lane", "orbits-inl.h",
+     "const double now = dSize[l] + 16 * operations[l] * bound[l];", "const double now = dSize[l];"),
     ("the square left out", "skips.cpp", "size * Wide(epsilon)", "size * Wide(0x1p-20)"),
     ("the room to the limit", "skips.cpp", "stays(0.995 * std::min(2.0, std::sqrt(limit)))",
      "stays(1e9)"),
+    ("a beginning at the critical point, first step", "orbits-inl.h",
+     "bool united = live != 0 && rebaseSome();", "bool united = live != 0;"),
+    ("the same behind a tiny point", "orbits-inl.h", "return live != 0 && rebaseSome() && gather();",
+     "return live != 0 && gather();"),
+    ("the reference's bits for a large limit", "reference.cpp", "if (view.limit > 16) digits",
+     "if (view.limit > 1e300) digits"),
+    ("its bits for points far out", "reference.cpp", "bits + 2 * std::max(", "bits + 0 * std::max("),
+    ("1024 e^2 of what is surely inside, one lane", "orbit_lanes-inl.h",
+     "return size[l] + 1024 * operations[l]", "return size[l] + 0 * operations[l]"),
+    ("the same, all lanes", "vector_steps-inl.h", "Real(1024) * j * squared", "Real(0.0) * j * squared"),
+    ("0.9375 of what is surely inside, one lane", "orbit_lanes-inl.h", "< 0.9375 * tier.limit",
+     "< tier.limit"),
+    ("the same, all lanes", "vector_steps-inl.h", "Real(0.9375 * tier.limit)", "Real(tier.limit)"),
+    ("8 m (|Z| + m) of lanes next to a reference", "orbits-inl.h", "Wide(8) * most *", "Wide(0x1p-20) * most *"),
+    ("18 u |z||d| of a step from a tiny point", "lane_steps-inl.h", "2 * tier.sizeFactor * dSize[l]",
+     "0 * dSize[l]"),
+    ("2 |z| e of a step from a tiny point", "lane_steps-inl.h", "(4 * f +", "(0 * f +"),
+    ("e^2 of a step from a tiny point", "lane_steps-inl.h", "3 * j * f * j * f * ofSquares", "0 * ofSquares"),
+    ("the error of a value", "orbit_lanes-inl.h", "(2 * std::sqrt(s * e2) + e2) / s", "0 / s"),
+    ("8 (s + |c|) of a step in digits", "multi_orbit.cpp", "Wide(8) * (size + constantSize) * unit",
+     "Wide(0.0) * unit"),
+    ("3 s of a size in digits", "multi_orbit.cpp", "Wide(3) * size * unit", "Wide(0.0) * unit"),
+    ("the rounding of c in digits", "multi_orbit.cpp", "+ radius) * radius + constantOff;",
+     "+ radius) * radius;"),
+    ("2 |z| e + e^2 of a size in digits", "multi_orbit.cpp",
+     "sizeOff = (root(size) * Wide(2) + radius) * radius;", "sizeOff = Wide(0.0);"),
+    ("2 |z| e + e^2 of a step in digits", "multi_orbit.cpp",
+     "Wide next = (root(size) * Wide(2) + radius) * radius + constantOff;", "Wide next = constantOff;"),
+    ("the error of a value in digits", "multi_orbit.cpp",
+     "std::max(ratio(beforeOff, before), ratio(sizeOff, size)) +", "0 +"),
+    ("the error of a value near the limit in digits", "multi_orbit.cpp", "4 * quotient(off, gap) +", "0 +"),
 ]
 TESTS = {  # quickest first
     "deep_claims_test": "*",
     "deep_tiers_test": "*IsRightOrLeaves*:*DecidesMost*/0:*DecidesMost*/1",
     "deep_places_test": "*limit*:*spiral*:*minibrot_off*:*zero*",
 }
-# The one test that contains what the library does with lanes, for it looks into them.
-CLAIMS = "tests/deep/step_claims_test.cpp"
+# The tests that contain what the library does with lanes, or its tables' maker: they look into it.
+STEP_CLAIMS, SKIP_CLAIMS = "tests/deep/step_claims_test.cpp", "tests/deep/skip_claims_test.cpp"
 
 
 def command_of(build, name):
@@ -94,7 +133,7 @@ def linked(build, folder, test, made):
     anew = [os.path.basename(object) for object in made]
     objects = [object for object in objects if os.path.basename(object) not in anew]
     if test != "deep_claims_test":
-        made = [object for object in made if os.path.basename(CLAIMS) not in object]
+        made = [object for object in made if "_claims_test" not in object]
     libraries = [f"{build}/tests/deep/libtessary_deep_oracle.a", f"{build}/deep/libtessary_deep.a",
                  *glob.glob(f"{build}/frac/lib*.a"), *glob.glob(f"{build}/compute/lib*.a")]
     program = f"{folder}/{test}"
@@ -117,9 +156,12 @@ def first_failure(build, folder, made, tests):
 
 
 def main(build, *tests):
-    build, survived = os.path.abspath(build), 0
+    build, survived, wanted = os.path.abspath(build), 0, ""
+    if tests[:1] == ("--term",):
+        wanted, tests = tests[1], tests[2:]
+    terms = [term for term in TERMS if wanted in term[0]]
     # Unchanged first: what fails then would be no news.
-    for what, name, text, instead in [("nothing", None, None, None), *TERMS]:
+    for what, name, text, instead in [("nothing", None, None, None), *terms]:
         with tempfile.TemporaryDirectory() as folder:
             for part in ("deep", "compute", "frac", "tests/deep"):
                 shutil.copytree(f"{SOURCE}/{part}", f"{folder}/{part}")
@@ -133,8 +175,10 @@ def main(build, *tests):
                 with open(path, "w", encoding="utf-8") as file:
                     file.write(before.replace(text, instead))
                 anew = [f"deep/{name}"]
+                if name == "skips.cpp":
+                    anew.append(SKIP_CLAIMS)
                 if not name.endswith(".cpp"):
-                    anew = ["deep/vector_orbits.cpp", CLAIMS]
+                    anew = ["deep/vector_orbits.cpp", STEP_CLAIMS]
                 made = [compiled(build, folder, source) for source in anew]
             noticed = first_failure(build, folder, made, tests or TESTS)
             print(f"{what}: {noticed or 'not noticed'}", flush=True)

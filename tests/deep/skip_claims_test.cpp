@@ -2,7 +2,8 @@
 // matter: |F(d, dc) - (A d + B dc)| <= kappa |d| + beta for all d within the node's radius.
 //
 // The reference stays at a fixed point of its Julia set: so each step has the same rounding of Z,
-// and the errors of A and B all point one way.
+// and the errors of A and B all point one way. That leaves more room than one term fills: so two
+// nodes without any error of their own are merged as well.
 #include <gmpxx.h>
 #include <gtest/gtest.h>
 
@@ -13,7 +14,8 @@
 #include <string>
 
 #include "deep/exact_view.h"
-#include "deep/skips.h"
+// The maker of the tables stands in this source alone.
+#include "deep/skips.cpp"  // NOLINT(bugprone-suspicious-include)
 
 namespace {
 
@@ -206,6 +208,102 @@ TEST(ANodeOfPairs, KeepsItsPromiseOnTheDifference) {
 
 TEST(ANodeOfPairs, KeepsItsPromiseOnTheOffset) {
     expectPromisesKept<2>({false, true, NONE});
+}
+
+// ---- single nodes ----
+
+using Maker = deep::SkipMaker<1>;
+
+// Private members by name: an explicit instantiation may say them all.
+template <class Name, auto MEMBER>
+struct Opened {
+    friend auto opened(Name) { return MEMBER; }
+};
+#define TESSARY_OPEN(Name, name)  \
+    struct Name {                 \
+        friend auto opened(Name); \
+    };                            \
+    template struct Opened<Name, &Maker::name>
+TESSARY_OPEN(Merged, merged);
+TESSARY_OPEN(NodeOf, node);
+#undef TESSARY_OPEN
+
+struct SingleNodes {
+    deep::View view{"0.3", "0.2", "1e-280", "-0.32", "0.54", 4, 4, 4, 20};
+    deep::ExactView exact{view};
+    deep::Reference reference{exact, view, BITS, nullptr};
+    Maker maker{reference, view.limit, unitOf(1), NONE, 0, DELTA};
+};
+
+// No simple number of about this size.
+Complex<double> numberOf(std::mt19937_64& random, double size) {
+    std::uniform_real_distribution<double> turn(0, 6.2831853), part(0.7, 1.4);
+    const double angle = turn(random), length = size * part(random);
+    return {length * std::cos(angle), length * std::sin(angle)};
+}
+
+struct ExactNumber {
+    mpq_class re, im;
+};
+ExactNumber exactly(const Complex<double>& x) {
+    return {x.re, x.im};
+}
+ExactNumber operator*(const ExactNumber& a, const ExactNumber& b) {
+    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+ExactNumber operator+(const ExactNumber& a, const ExactNumber& b) {
+    return {a.re + b.re, a.im + b.im};
+}
+mpq_class squaredDistance(const ExactNumber& a, const Complex<double>& b) {
+    const mpq_class re = a.re - b.re, im = a.im - b.im;
+    return re * re + im * im;
+}
+
+// B_y beside A_y B_x may be large, alike or small: each of both has its roundings.
+TEST(AMergedNode, PromisesNoLessThanItsOwnRoundings) {
+    const SingleNodes nodes;
+    std::mt19937_64 random(20261122);
+    for (int n = 0; n < 6000; ++n) {
+        const double share = std::exp2(20 * (n % 3 - 1));
+        Maker::Map x{{numberOf(random, 1.5), 0}, {numberOf(random, 1), 0}, 0, 0, deep::Wide(1)};
+        Maker::Map y{
+            {numberOf(random, 3), 0}, {numberOf(random, 3 * share), 0}, 0, 0, deep::Wide(1)};
+        const Maker::Map both = (nodes.maker.*opened(Merged()))(x, y, 1);
+        const ExactNumber ay = exactly(y.a.number);
+        const ExactNumber a = ay * exactly(x.a.number);
+        const ExactNumber b = ay * exactly(x.b.number) + exactly(y.b.number);
+        ASSERT_LE(squaredDistance(a, both.a.number), mpq_class(both.kappa) * both.kappa) << n;
+        ASSERT_LE(squaredDistance(b, both.b.number), mpq_class(both.beta) * both.beta) << n;
+    }
+}
+
+// In units of which d and the offset are of the size of 1: what A d + B dc loses, by the operations
+// of a step.
+TEST(ANode, AddsNoLessThanTheRoundingsOfItsUse) {
+    const SingleNodes nodes;
+    std::mt19937_64 random(20261122);
+    for (int n = 0; n < 6000; ++n) {
+        const double share = std::exp2(20 * (n % 3 - 1));
+        const Maker::Map map{
+            {numberOf(random, 3), 0}, {numberOf(random, 3 * share), 0}, 0, 0, deep::Wide(1)};
+        const auto node = (nodes.maker.*opened(NodeOf()))(map);
+        const Complex<double> d = numberOf(random, 1), dc = numberOf(random, 0.7);
+        const Complex<double> made = mulAdd(node.a, d, node.b * dc);
+        const ExactNumber exact = exactly(node.a) * exactly(d) + exactly(node.b) * exactly(dc);
+        const double allowed = node.onSize * squareOf(d) + node.onDelta;
+        ASSERT_LE(squaredDistance(exact, made), mpq_class(allowed)) << n;
+    }
+}
+
+// Where the true difference, d and its error, may be longer than the radius no node is used.
+TEST(ANode, IsNotFoundWhereTheTrueDifferenceMayBeOutOfItsRadius) {
+    const SingleNodes nodes;
+    for (int n = 1; n < 2000; ++n) {
+        const double radius = 1 + n * 0x1p-12, e = radius * n / 2000, d = radius * 1.00001 - e;
+        const Maker::Map map{{{2, 0}, 0}, {{1, 0}, 0}, 0, 0, deep::Wide(radius)};
+        const auto node = (nodes.maker.*opened(NodeOf()))(map);
+        ASSERT_GT(deep::keyOf(d * d + 16 * e * e, 0), node.key) << n;
+    }
 }
 
 }  // namespace

@@ -146,14 +146,29 @@ Exact keptPoint(const deep::Reference& reference, std::uint32_t m) {
     return z;
 }
 
+// An orbit that stays, two that are stepped from points far out, and one about a constant there.
+struct Course {
+    double limit;
+    const char *re, *im, *cRe;
+};
+constexpr Course COURSES[] = {{4, "0.3", "-0.2", "-0.32173"},
+                              {0x1p20, "1.3", "-1.2", "-0.32173"},
+                              {0x1p40, "1.3", "-1.2", "-0.32173"},
+                              {4, "0.3", "-0.2", "100000.32173"}};
+
 // A reference of so few bits that two doubles hold all of each point.
 Made coarseTier(int n) {
-    const std::string re = "0.3" + std::to_string(1000 + n), im = "-0.2" + std::to_string(2000 + n);
-    return Made(juliaView(re.c_str(), im.c_str()), 60);
+    const Course& course = COURSES[n % 4];
+    deep::View view = juliaView();
+    view.re = course.re + std::to_string(1000 + n);
+    view.im = course.im + std::to_string(2000 + n);
+    view.cRe = std::string(course.cRe);
+    view.limit = course.limit;
+    return Made(view, 60);
 }
 
 TEST(AStep, HoldsTheRoundingsOfTheReference) {
-    for (int n = 0; n < 40; ++n) {
+    for (int n = 0; n < 160; ++n) {
         const Made made = coarseTier(n);
         const Exact c{oracle::decimal(made.view.cRe), oracle::decimal(made.view.cIm)};
         for (std::uint32_t m = 0; m < std::min(made.reference.firstEnd, 100u); ++m) {
@@ -164,6 +179,44 @@ TEST(AStep, HoldsTheRoundingsOfTheReference) {
             probe.step();
             ASSERT_LE(squareOf(off), probe.squaredBound()) << n << ' ' << m;
         }
+    }
+}
+
+// The roundings of a step are bounded for |d| <= |z| alone: here an orbit starts nearer to 0 than
+// to the reference's first point.
+TEST(AFirstStep, IsTakenFromTheCriticalPointWhereThatIsNearer) {
+    deep::View view = juliaView("1.2e-20", "-0.7e-20");
+    view.width = std::string("1e-19");
+    view.pixelsWide = view.pixelsHigh = 40;
+    view.maxIters = 1;
+    const Made made(view, 400);
+    int nearer = 0;
+    for (int n = 0; n < 1600; ++n) {
+        const int x = n % 40, y = n / 40;
+        const mpq_class step = oracle::decimal(view.width) / 40;
+        const Exact d{step * (x - 20), step * (y - 20)};
+        const Exact z = d + Exact{oracle::decimal(view.re), oracle::decimal(view.im)};
+        const bool isNearer = squareOf(z) < squareOf(d);
+        Probe probe(made.tier, x, y);
+        probe.follow();
+        ASSERT_EQ(probe.index() >= made.reference.critical, isNearer) << x << ' ' << y;
+        nearer += isNearer;
+    }
+    EXPECT_GT(nearer, 400);
+    EXPECT_LT(nearer, 1200);
+}
+
+// From a tiny point d' is about d^2, and with Z' = -15/16 d^2 z' is shorter than d'.
+TEST(AStepFromATinyPoint, IsFollowedByOneFromTheCriticalPointWhereThatIsNearer) {
+    Made made = deepTier();
+    made.reference.tiny = {{0, -160, {{0.75, 0}, {0, 0}}}};
+    for (const double part : {-0.9375, 0.375}) {
+        made.reference.z[0][2] = part * 0x1p-300;
+        made.reference.z[0][3] = 0;
+        Probe probe(made.tier);
+        probe.put(0, 0x1p-150, 0);
+        probe.stepFromTinyInVectors();
+        ASSERT_EQ(probe.index() == made.reference.critical, part < 0) << part;
     }
 }
 
@@ -184,6 +237,39 @@ TEST(ANewReference, RoundsNoMoreThanItsBoundSays) {
         inVectors.rebaseInVectors();
         ASSERT_LE(squareOf(inVectors.difference() - next), inVectors.squaredBound()) << n;
     }
+}
+
+// The true difference may be as long as |d| + e, and what a node is looked for with is no shorter.
+TEST(ASkip, IsLookedForWithTheTrueDifference) {
+    Made made = deepTier();
+    Numbers numbers;
+    setPoint(made, 0.5, 0.25);
+    for (int n = 0; n < STATES; ++n) {
+        const double e = std::exp2(numbers.within(-30, 30)), count = 1 + n % 50;
+        const auto [re, im] = numbers.point(0.01, 1.9);
+        Probe probe(made.tier);
+        probe.put(0, re, im, e * e / count, count);
+        const double longest = std::hypot(re, im) + e;
+        ASSERT_GE(1.0626 * probe.squaredReach(), longest * longest) << n;
+    }
+}
+
+// The least |d| of no error that is too long for all nodes here is too long as an error, too.
+TEST(ASkip, IsNotTakenWhereTheErrorIsLongerThanTheRadius) {
+    const Made made(mandelbrotView(64, 64, "1e-20"), 300);
+    const auto skips = [&](double d, double e) {
+        Probe probe(made.tier);
+        probe.put(1, d, 0, e * e);
+        return probe.skips();
+    };
+    double radius = 0x1p-100;
+    while (skips(radius, 0)) radius *= 1.001;
+    ASSERT_GT(radius, 0x1p-100);
+    for (const double share : {0.0, 0.25, 0.5, 0.75, 0.99}) {
+        EXPECT_FALSE(skips((1 - share) * radius, share * radius * 1.04)) << share;
+    }
+    EXPECT_FALSE(skips(0, 1.04 * radius));
+    EXPECT_TRUE(skips(0, 0.2 * radius));
 }
 
 // |Z|^2 - L is within some units of its last digit of -d (2 Z + d): the sum may have either sign.
@@ -241,7 +327,7 @@ TEST(ADecision, IsLeftWhereTheKeptSizeMayHaveEitherSign) {
 }
 
 TEST(AReference, KeepsSizesAsGoodAsTheDecisionTakesThemFor) {
-    for (int n = 0; n < 40; ++n) {
+    for (int n = 0; n < 160; ++n) {
         const Made made = coarseTier(n);
         const mpq_class off = mpq_class(made.tier.ownSizeOff.value());
         for (std::uint32_t m = 0; m <= made.reference.firstEnd; ++m) {

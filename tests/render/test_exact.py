@@ -115,6 +115,15 @@ class Stills(ExactTest):
     def test_a_picture_without_a_height_is_a_square(self):
         self.assertEqual(pixels(self.still("deep.json", "--size", "9")).shape, (9, 9, 3))
 
+    def test_pictures_of_one_row_or_column_or_pixel_are_made(self):
+        for size, shape in (("1x1", (1, 1, 3)), ("1x300", (300, 1, 3)), ("300x1", (1, 300, 3))):
+            self.assertEqual(pixels(self.still("deep.json", "--size", size)).shape, shape)
+
+    def test_numbers_go_into_a_pipe(self):
+        for kind in ("--counts", "--values"):
+            self.render("deep.json", "--size", "12x9", kind, "file.npy")
+            self.assertEqual(self.render("deep.json", "--size", "12x9", kind, "-"), self.read("file.npy"))
+
     def test_a_limit_below_one_is_none_to_reach(self):
         self.write("none.json", self.document({**DEEP, "maxIters": 0}))
         self.assertEqual(pixels(self.still("none.json", "--size", "4")).max(), 0)
@@ -226,6 +235,63 @@ class Refusals(ExactTest):
     def test_an_absurd_exponent_is_told(self):
         self.assertIn("exponent", self.about(center=["1e99999999", "0"]))
         self.assertIn("exponent", self.about(width="1e-900000"))
+
+    def test_what_is_no_decimal_is_told_at_its_place(self):
+        texts = ["", " ", " 1", "1 ", "1e", "e5", ".5", "5.", "+", "-", "--1", "1e+", "1e1e1", "0x10",
+                 "1,5", "1_000", "nan", "inf", "-inf", "\u0661", "\uff11", "1\u00a0", "\u22121", "1\0",
+                 "1e-1000000000", "1e1000000000", "1e-99999999999999999999", "1e99999999999999999999"]
+        for text in texts:
+            for members in ({"center": [text, "0"]}, {"center": ["0", text]}, {"width": text}):
+                with self.subTest(members=members):
+                    said = self.about(**members)
+                    self.assertRegex(said, r"^bad\.json: line 1, column \d+: expected a (decimal|number)")
+                    self.assertNotIn("bad.png", self.names())
+
+    def test_what_is_no_place_is_told_at_its_place(self):
+        view = {"xMin": -2, "xMax": 2, "yMin": -2, "yMax": 2}
+        for members in ({"center": None}, {"center": "1"}, {"center": [1, 2]}, {"center": ["1"]},
+                        {"center": ["1", "2", "3"]}, {"center": [["1"], ["2"]]}, {"width": 1e-16},
+                        {"center": {"re": "1", "im": "2"}}, {"width": None}, {"width": ["1"]}, {"view": view}):
+            with self.subTest(members=members):
+                self.assertRegex(self.about(**members), r"^bad\.json: line 1, column \d+: .*expected ")
+        for missing in ("center", "width"):
+            entry = {key: value for key, value in DEEP.items() if key != missing}
+            self.write("bad.json", self.document(entry))
+            self.assertIn(f'expected "{missing}"', self.fails(1, "bad.json", "-o", "bad.png"))
+
+    def test_too_many_digits_are_told(self):
+        self.assertIn("entry 1: the centre has too many digits", self.about(center=["0." + 10**6 * "1", "0"]))
+        self.assertIn("entry 1: the width has too many digits", self.about(width="0." + 200000 * "0" + "1"))
+
+    def test_sizes_and_limits_are_checked_before_the_view(self):
+        for option, values in (("--size", ("0", "-1", "nan", "2147483647", "2147483647x1", "8x0", "1x65536")),
+                               ("--limit", ("0", "-1", "1e9", "2147483648", "nan", ""))):
+            for value in values:
+                with self.subTest(option=option, value=value):
+                    said = self.fails(2, "deep.json", option, value, "-o", "bad.png")
+                    self.assertTrue(said.startswith(option + ": expected"), said)
+
+    def test_a_film_names_the_entry(self):
+        endless, sine = {**DEEP, "maxIters": 2**31 - 1}, {**DEEP, "formula": "sine"}
+        for bad, reason in ((endless, "so many iterations take"), (sine, "exact arithmetic, which")):
+            self.write("film.json", self.document(FLAT, bad))
+            for options in ([], ["--fade", "3"], ["--shard", "4/4"], ["--range", "auto", "--gradient", "dusk"]):
+                with self.subTest(reason=reason, options=options):
+                    said = self.fails(1, "film.json", "--film", "--size", "8", "--seconds", "1", *options,
+                                      "-o", "-")
+                    self.assertTrue(said.startswith("entry 2: " + reason), said)
+
+    def test_a_film_names_the_entry_whose_proportions_it_cannot_have(self):
+        self.write("thin.frac", record(x=(-1.0, 1.0), y=(-1e9, 1e9)))
+        self.assertIn("entry 1: a view of these proportions",
+                      self.fails(1, "thin.frac", "--film", "--size", "800", "-o", "-"))
+        self.assertIn("entry 1: a view of these proportions",
+                      self.fails(1, "thin.frac", "--size", "800", "-o", "bad.png"))
+
+    def test_thumbnails_are_not_of_documents(self):
+        self.assertEqual(self.fails(1, "--thumbnail", "64", "-o", "bad.png", "deep.json"),
+                         "deep.json: a JSON document, and thumbnails are of .frac catalogues")
+        self.assertNotIn("bad.png", self.names())
 
     def test_memory_that_would_not_suffice_is_told_before_the_start(self):
         self.assertIn("memory", self.about(maxIters=2**31 - 1))
