@@ -29,7 +29,7 @@ namespace {
 struct NewFractalCommand {
     const std::string& text;
     int type;
-    int preset;  // of a Julia entry: see CreateNewFractal
+    int preset = 0;  // of a Julia entry: see CreateNewFractal
 };
 
 const std::array<NewFractalCommand, 18> newFractalCommands = {{
@@ -38,28 +38,27 @@ const std::array<NewFractalCommand, 18> newFractalCommands = {{
     {julia_dendrite, 1, 103},
     {julia_rabbit, 1, 101},
     {julia_siegel, 1, 102},
-    {barnsley_1, 6, 0},
-    {barnsley_2, 7, 0},
-    {barnsley_3, 8, 0},
-    {barnsley_sierpinski, 9, 0},
-    {mandelbrot, 0, 0},
-    {sin_frac, 2, 0},
-    {cos_frac, 3, 0},
-    {sinh_frac, 4, 0},
-    {cosh_frac, 5, 0},
-    {dragon_frac, 10, 0},
-    {chebyshev_frac, 11, 0},
-    {hermite_frac, 12, 0},
-    {legendre_frac, 13, 0},
+    {barnsley_1, 6},
+    {barnsley_2, 7},
+    {barnsley_3, 8},
+    {barnsley_sierpinski, 9},
+    {mandelbrot, 0},
+    {sin_frac, 2},
+    {cos_frac, 3},
+    {sinh_frac, 4},
+    {cosh_frac, 5},
+    {dragon_frac, 10},
+    {chebyshev_frac, 11},
+    {hermite_frac, 12},
+    {legendre_frac, 13},
 }};
 
-bool createNamedFractal(const std::string& text) {
+void createNamedFractal(const std::string& text) {
     for (const NewFractalCommand& command : newFractalCommands) {
         if (text != command.text) continue;
         CreateNewFractal(command.type, command.preset);
-        return true;
+        return;
     }
-    return false;
 }
 
 // Flips the precision. On a device, whose kernels are built for one precision, this builds them
@@ -220,13 +219,14 @@ void showSystemInformation() {
 
 }  // namespace
 
+// No device is -1, which is beyond every list as an index.
 bool isDevice(int device) {
-    return device >= 0 && device < static_cast<int>(devices.size());
+    return static_cast<std::size_t>(device) < devices.size();
 }
 
 bool hasDoublePrecision(int device) {
-    return device >= 0 && device < static_cast<int>(fp64_support.size()) &&
-           fp64_support[static_cast<std::size_t>(device)];
+    const auto index = static_cast<std::size_t>(device);
+    return index < fp64_support.size() && fp64_support[index];
 }
 
 void checkThreadCount(const CGlutMenu& devicesMenu) {

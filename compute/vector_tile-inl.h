@@ -20,6 +20,7 @@
 #include "compute/vector_discs-inl.h"
 #include "compute/vector_own_discs-inl.h"
 #include "compute/vector_paint-inl.h"
+#include "compute/vector_region-inl.h"
 #include "compute/vector_slots-inl.h"
 #include "compute/vector_tile.h"
 
@@ -85,6 +86,11 @@ HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool de
         lastChunkRepeated = limit > 0;
         return true;
     }
+    const ViewRegion<R, T> region(tile, limit, detect && !discs.any());
+    if (region.holdAll(s)) {
+        reachLimit(s, limit);
+        return true;
+    }
     for (int steps = 0; steps < limit && s.alive > 0;) {
         if (isSet(tile.stop)) return false;
         const int block = std::min(blockLength<R>(steps), limit - steps);
@@ -97,6 +103,7 @@ HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool de
         steps += block;
         calm = s.alive == alive;
         if (discs.any()) repeated |= discs.end(s);
+        region.end(s, steps);
         if (s.suspect) repeated |= endRepeats(s);
         if (detect && calm && steps >= saveAt) {
             // What is not a number comes from the view's own numbers, within a few steps.
@@ -111,6 +118,7 @@ HWY_INLINE bool iterateSlots(S& s, const VectorTile<T>& tile, int limit, bool de
             packOrbits<R>(s);
         }
     }
+    region.note(s);
     lastChunkRepeated = repeated;
     return true;
 }

@@ -282,6 +282,23 @@ TEST_F(Devices, SystemInformationNamesTheDevice) {
     EXPECT_EQ(input.y, 100.0f);
 }
 
+TEST_F(Devices, SystemInformationNamesTheFirstDevice) {
+    chooseItem(FIRST);
+    chooseItem(SYSTEM);
+    EXPECT_THAT(input.message_lines, ElementsAre("Device 0", "Single precision", "",
+                                                 "Press [RETURN]/[ENTER] to continue"));
+}
+
+TEST_F(Devices, TheFirstItemIsTheCpuWhateverItsText) {
+    bCPU = false;
+    CGlutMenu& holder = menuOf({"Processor", "Device 0", "Device 1"});
+    holder.SetCheckState(1, true);
+    int item = 0;
+    devices_callback(item, &holder, nullptr);
+    EXPECT_TRUE(bCPU);
+    for (const int each : {0, 1, 2}) EXPECT_EQ(holder.GetCheckState(each), each == 0) << each;
+}
+
 TEST_F(Devices, SystemInformationIsReadWithoutADevice) {
     bCPU = false;
     chooseItem(SYSTEM);

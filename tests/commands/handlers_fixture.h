@@ -24,8 +24,10 @@ class Handlers : public CommandsTest {
     static void fractalsCommand(const std::string& text) { choose(submenu({"Fractals"}), text); }
 
     // A menu of one item with this text, for commands that no menu of the program holds.
-    GlutMenu::CGlutMenu& loneItem(const std::string& text) {
-        std::vector<std::string> items = {text};
+    GlutMenu::CGlutMenu& loneItem(const std::string& text) { return menuOf({text}); }
+
+    // A menu that holds these items, where the program's has others before them.
+    GlutMenu::CGlutMenu& menuOf(std::vector<std::string> items) {
         other.Initialise(1024, 768, 0, 0, 5, 5, "", items, 1.0f, 1.0f, false, true);
         other.DefineKeyboardCallback(selection_callback, nullptr);
         return other;

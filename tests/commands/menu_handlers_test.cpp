@@ -160,6 +160,14 @@ TEST_F(Handlers, RgbCycleMovesTheCheckMark) {
     EXPECT_TRUE(image_refreshed);
 }
 
+TEST_F(Handlers, PalettesMoveTheCheckMarkBetweenNeighboursWhereverTheyStand) {
+    CGlutMenu& holder = menuOf({"first", "second", "Random Colours", "RGB Cycle"});
+    choose(&holder, "RGB Cycle");
+    for (const int item : {0, 1, 2, 3}) EXPECT_EQ(holder.GetCheckState(item), item == 3) << item;
+    choose(&holder, "Random Colours");
+    for (const int item : {0, 1, 2, 3}) EXPECT_EQ(holder.GetCheckState(item), item == 2) << item;
+}
+
 TEST_F(Handlers, APaletteOwesOneRender) {
     choose(submenu({"Palette"}), "RGB Cycle");
     EXPECT_EQ(update_count, 1);

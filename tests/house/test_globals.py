@@ -133,6 +133,7 @@ class Globals(unittest.TestCase):
         harmless = {
             "cycleDetection",  # a switch of tests and benchmarks
             "lastOfThread",  # the discs of the constant that a thread had last: time, not pixels
+            "lastRegion",  # where the orbits of a thread's last constant stay: time, not pixels
             "lastChunkRepeated",  # what a thread expects of its next chunk: time, not pixels
             "presets",  # never written
             "scalarAlone",  # a switch of tests and benchmarks

@@ -46,6 +46,8 @@ TESTS_OF = [
     ("compute/vector_values-inl.h", "value_vector_test"),
     ("compute/vector_trig_values-inl.h", "value_vector_test"),
     ("compute/attracting_discs", "attracting_discs_test"),
+    ("compute/staying_region", "staying_region_test"),
+    ("compute/vector_region-inl.h", "region_claims_test"),
     ("compute/vector_unwatched", "vector_conditions_test vector_test"),
     ("compute/vector_renderer", "vector_targets_test vector_boundary_test vector_test"),
     ("compute/vector_", "trig_pictures_test vector_test vector_boundary_test value_vector_test"),
