@@ -1,18 +1,19 @@
 #!/usr/bin/python3
 """Where the time of a glide goes, and how many frames a second are seen: docs/performance.md.
 
-    bench/glide.py timeline OUT.svg [BUILD]
-    bench/glide.py rates OUT.svg BEFORE AFTER [ROUNDS [single|double]]
+    bench/glide.py timeline OUT.svg [BUILD [WIDTHxHEIGHT...]]
+    bench/glide.py rates BEFORE AFTER [ROUNDS [single|double [VIEW...]]]
+    bench/glide.py draw OUT.svg TABLE...
 
 BEFORE and AFTER are builds of the program, BUILD is a build folder (build/release). Windows open on
 virtual screens with software OpenGL; build tessary and tessary_frame_trace first.
 
-timeline drags a rectangle with the mouse and moves the mouse on while the view glides there, at
-1152x921 and 1920x1080; prints the mean time of each part of a frame and draws some frames. rates
-glides into the middle of the start view of each of the fourteen formulas with either build, by
-turns; the best of ROUNDS (2) counts."""
+timeline drags a rectangle with the mouse and moves the mouse on while the view glides there, on
+screens of these sizes (of which windows take nine tenths: 1152x921 and 1920x1080); prints the mean
+time of each part of a frame and draws some frames. rates glides into the middle of the start view of
+each of the fourteen formulas, or of these, with either build, by turns; the best of ROUNDS (2)
+counts. draw makes a picture of what rates printed, into one file or more."""
 
-import collections
 import mmap
 import os
 import re
@@ -28,19 +29,14 @@ os.environ.setdefault("TESSARY_SOURCE", ROOT)
 
 import catalogues
 import harness
+import processor
+from drawing import Drawing
+from frame_records import EVENT, MOTION, PARTS, RECORD, RENDER, Record, frames_of
 
-Record = collections.namedtuple("Record", "begin end value thread kind")
-RECORD = struct.Struct("=qqqii")
-CLEAR, UPLOAD, SWAP, SLEEP, EVENT = range(5)
-LOOK, POLL = 20_000_000, 1_000_000  # nanoseconds: between looks at a frame, at an empty queue
-MOTION = 6
 ROOM = 1 << 20
+SCREENS = ((1280, 1024), (2134, 1200))
+GLIDE = 20  # frames
 LONGEST_GLIDE = 10  # seconds
-
-# Parts of a frame: name, colour.
-QUEUE, RENDER, WAIT, UPLOADING, DRAW, SWAPPING, REST = PARTS = (
-    ("queue the tiles", "#8c6bb1"), ("compute", "#1f77b4"), ("done, not yet looked", "#d62728"),
-    ("upload", "#ff9f1c"), ("draw", "#bcbd22"), ("swap", "#2ca02c"), ("events, idle", "#7f7f7f"))
 
 
 class Traced:
@@ -63,54 +59,6 @@ class Traced:
         self._file.close()
 
 
-class Frame:
-    """What the window's thread did from one glClear to the next, in nanoseconds."""
-
-    def __init__(self, records, main, begin, end):
-        mine = [r for r in records if r.thread == main and begin <= r.begin < end]
-        looks = [r for r in mine if r.kind == SLEEP and r.value == LOOK]
-        self.rendered = bool(looks)
-        if not looks:
-            return
-        upload = next(r for r in mine if r.kind == UPLOAD)
-        swap = next(r for r in mine if r.kind == SWAP)
-        self.begin, self.end = begin, end
-        self.queued, self.found, self.looks = looks[0].begin, looks[-1].end, len(looks)
-        self.work = work_of(records, main, self.queued, self.found)
-        done = min(max((span[2] for span in self.work), default=self.found), self.found)
-        edges = (begin, self.queued, done, self.found, upload.begin, upload.end, swap.begin, swap.end, end)
-        # Between the last look and the upload the frame's line is printed: drawing, too.
-        spans = dict(zip((QUEUE, RENDER, WAIT, DRAW, UPLOADING, "draw2", SWAPPING, REST),
-                         zip(edges, edges[1:])))
-        self.spans = [(part, *span) for part, span in spans.items()]
-        self.spans = [(DRAW if part == "draw2" else part, a, b) for part, a, b in self.spans]
-
-    def time_of(self, part):
-        return sum(b - a for what, a, b in self.spans if what == part) * 1e-6
-
-
-def work_of(records, main, begin, end):
-    """[(thread, from, to)]: when workers had tiles, between the sleeps of an empty queue."""
-    work = []
-    threads = {r.thread for r in records if r.kind == SLEEP and r.value == POLL and r.thread != main}
-    for thread in threads:
-        polls = sorted((r for r in records if r.thread == thread and r.kind == SLEEP
-                        and r.value == POLL and r.end > begin - LOOK and r.begin < end + 5 * LOOK),
-                       key=lambda r: r.begin)
-        for one, other in zip(polls, polls[1:]):
-            start, stop = max(one.end, begin), other.begin
-            if stop - start > 200_000 and start < end:
-                work.append((thread, start, stop))
-    return work
-
-
-def frames_of(records):
-    main = next(r.thread for r in records if r.kind == CLEAR)
-    starts = [r.begin for r in records if r.kind == CLEAR and r.thread == main]
-    frames = [Frame(records, main, a, b) for a, b in zip(starts, starts[1:])]
-    return [frame for frame in frames if frame.rendered]
-
-
 def drag_and_glide(screen, build, precision):
     """The frames of a glide that a drag began, and how late motions of the mouse were taken."""
     traced = Traced(screen, os.path.join(build, "tessary"), ["--cpu", precision],
@@ -126,7 +74,7 @@ def drag_and_glide(screen, build, precision):
             program.move(width // 2 + step, height // 2)
         program.wait_until_quiet()
         records = [r for r in traced.records() if r.end > before]
-        glide = frames_of(records)[-20:]
+        glide = frames_of(records)[-GLIDE:]
         late = [r.end * 1e-6 - (r.value & 0xFFFFFFFF) for r in records
                 if r.kind == EVENT and r.value >> 32 == MOTION and glide[0].begin < r.end < glide[-1].end]
         return (width, height), glide, late
@@ -142,29 +90,6 @@ def table(size, precision, glide, late):
     cells = [f"{size[0]}x{size[1]}", precision, f"{whole:.1f}", f"{looks:.2f}",
              *(f"{mean:.2f}" for mean in means), lateness]
     return "| " + " | ".join(cells) + " |"
-
-
-class Drawing:
-    """An SVG that grows downwards."""
-
-    def __init__(self, width):
-        self.width, self.height, self._body = width, 0, []
-
-    def text(self, x, y, text, size=12, anchor="start"):
-        self._body.append(f'<text x="{x:.1f}" y="{y:.1f}" font-size="{size}" text-anchor="{anchor}">{text}</text>')
-        self.height = max(self.height, y + 10)
-
-    def bar(self, x, y, width, height, colour, title=""):
-        inner = f"<title>{title}</title>" if title else ""
-        self._body.append(f'<rect x="{x:.1f}" y="{y:.1f}" width="{max(width, 0.3):.1f}" '
-                          f'height="{height}" fill="{colour}">{inner}</rect>')
-        self.height = max(self.height, y + height + 6)
-
-    def write(self, path):
-        with open(path, "w", encoding="utf-8") as file:
-            file.write(f'<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 {self.width} {self.height:.0f}" '
-                       'font-family="sans-serif">\n<rect width="100%" height="100%" fill="white"/>\n'
-                       + "\n".join(self._body) + "\n</svg>\n")
 
 
 def draw_timeline(drawing, size, glide, shown=4):
@@ -194,16 +119,17 @@ def legend(drawing):
         x += 32 + 6.4 * len(name)
 
 
-def timeline(path, build):
+def timeline(path, build="build/release", *sizes):
+    screens = [tuple(map(int, size.split("x"))) for size in sizes] or SCREENS
     names = " | ".join(name for name, _ in PARTS)
-    print(f"| window | precision | frame, ms | looks | {names} | motion taken after |\n|---|---|"
-          + "---:|" * (len(PARTS) + 3))
+    print(f"{processor.this()}\n\n| window | precision | frame, ms | looks | {names} "
+          "| motion taken after |\n|---|---|" + "---:|" * (len(PARTS) + 3))
     drawing = Drawing(980)
     legend(drawing)
-    for screen_size in ((1280, 1024), (2134, 1200)):  # windows are nine tenths as wide and high
+    for screen_size in screens:
         for precision in ("--single", "--double"):
             with harness.Screen(size=screen_size) as screen:
-                size, glide, late = drag_and_glide(screen, build, precision)
+                size, glide, late = drag_and_glide(screen, os.path.abspath(build), precision)
             print(table(size, precision[2:], glide, late), flush=True)
             if precision == "--double":
                 draw_timeline(drawing, size, glide)
@@ -230,8 +156,8 @@ def glide_into(view):
 
 
 def rate(screen, program, library, view, precision):
-    """Frames a second of a glide and of the 20 frames after it, or of what is seen of them in ten
-    seconds: of the tenth of them that other work on the machine disturbed least."""
+    """Frames a second of a glide and of the frames after it, or of what is seen of them in ten
+    seconds."""
     with tempfile.NamedTemporaryFile(suffix=".frac") as file:
         file.write(glide_into(view))
         file.flush()
@@ -239,16 +165,44 @@ def rate(screen, program, library, view, precision):
         try:
             traced.program.wait_for_frames(3, 120)
             end = time.monotonic() + LONGEST_GLIDE
-            while len(traced.program.lines) < 2 * 40 and time.monotonic() < end:
+            while len(traced.program.lines) < 4 * GLIDE and time.monotonic() < end:
                 time.sleep(0.1)
-            swaps = [r.end for r in traced.records() if r.kind == SWAP][2:]
-            between = sorted(b - a for a, b in zip(swaps, swaps[1:]))
-            return 1e9 / statistics.mean(between[:max(1, len(between) // 10)])
+            starts = [frame.begin for frame in frames_of(traced.records())][1:]
+            return 1e9 * (len(starts) - 1) / (starts[-1] - starts[0])
         finally:
             traced.stop()
 
 
-def draw_rates(path, found):
+def rates(before, after, rounds=2, precision="single", *names):
+    before, after = os.path.abspath(before), os.path.abspath(after)
+    library = os.path.join(after, "bench", "libtessary_frame_trace.so")
+    programs = [os.path.join(build, "tessary") for build in (before, after)]
+    print(f"{processor.this()}\n\n| view | precision | before | after | |\n|---|---|---:|---:|---:|")
+    for name, view in start_views():
+        if names and name not in names:
+            continue
+        best = [0.0, 0.0]
+        for turn in range(int(rounds)):
+            for which in (0, 1) if turn % 2 else (1, 0):
+                with harness.Screen() as screen:
+                    seen = rate(screen, programs[which], library, view, "--" + precision)
+                best[which] = max(best[which], seen)
+        print(f"| {name} | {precision} | {best[0]:.1f} | {best[1]:.1f} | {best[1] / best[0]:.2f} |",
+              flush=True)
+
+
+def rates_in(tables):
+    """{(view, precision): (before, after)} of what rates printed."""
+    row = re.compile(r"\| (\w+) \| (single|double) \| ([\d.]+) \| ([\d.]+) \|")
+    found = {}
+    for path in tables:
+        with open(path, encoding="utf-8") as file:
+            found.update({(m[1], m[2]): (float(m[3]), float(m[4])) for m in row.finditer(file.read())})
+    return found
+
+
+def draw_rates(path, *tables):
+    found = rates_in(tables)
     drawing = Drawing(760)
     drawing.text(150, 24, "Frames a second of a glide, 1152 × 921, software OpenGL: before and after", 13)
     largest = max(max(pair) for pair in found.values())
@@ -261,31 +215,10 @@ def draw_rates(path, found):
     drawing.write(path)
 
 
-def rates(path, before, after, rounds=2, *precisions):
-    library = os.path.join(after, "bench", "libtessary_frame_trace.so")
-    programs = [os.path.join(build, "tessary") for build in (before, after)]
-    found = {}
-    print("| view | precision | before | after | |\n|---|---|---:|---:|---:|")
-    for name, view in start_views():
-        for precision in precisions or ("single", "double"):
-            best = [0.0, 0.0]
-            for turn in range(rounds):
-                for which in (0, 1) if turn % 2 else (1, 0):
-                    with harness.Screen() as screen:
-                        best[which] = max(best[which],
-                                          rate(screen, programs[which], library, view,
-                                               "--" + precision))
-            found[name, precision] = best
-            print(f"| {name} | {precision} | {best[0]:.1f} | {best[1]:.1f} | {best[1] / best[0]:.2f} |",
-                  flush=True)
-            draw_rates(path, found)
-
+COMMANDS = {"timeline": (timeline, 1), "rates": (rates, 2), "draw": (draw_rates, 2)}
 
 if __name__ == "__main__":
-    if len(sys.argv) >= 3 and sys.argv[1] == "timeline":
-        timeline(sys.argv[2], os.path.abspath(sys.argv[3] if len(sys.argv) > 3 else "build/release"))
-    elif len(sys.argv) >= 5 and sys.argv[1] == "rates":
-        rates(sys.argv[2], *map(os.path.abspath, sys.argv[3:5]),
-              *map(int, sys.argv[5:6]), *sys.argv[6:])
-    else:
+    command, least = COMMANDS.get(sys.argv[1] if len(sys.argv) > 1 else "", (None, 0))
+    if command is None or len(sys.argv) < 2 + least:
         sys.exit(__doc__)
+    command(*sys.argv[2:])

@@ -1,13 +1,17 @@
-// pool_bench [MOST_THREADS [ROUNDS]]: what the tile queue and the pool cost by themselves. Tiles a
-// second of frames through the real queue with 1, 2, 4 ... MOST_THREADS workers (64), for a frame
-// of empty tiles and for cheap views, the numbers of workers by turns, ROUNDS times (7). The best
-// round counts; "of 2" is its time beside that of two workers, "CPU" the least processor time that
-// all threads of a round took together.
+// pool_bench [MOST_THREADS [ROUNDS [FRAME...]]]: what the tile queue and the pool cost by
+// themselves. Frames through the real queue with 1, 2, 4 ... MOST_THREADS workers (64), the numbers
+// of workers by turns, ROUNDS times (7). FRAME is "empty", of empty tiles, or a view of
+// bench/views.h, which is measured in both precisions; without one: the empty frame, cheap views, a
+// start view and a deep one.
+//
+// The best round counts. "of 2" is its time beside that of two workers, "CPU" the least processor
+// time that all threads of a round took together.
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "backends/worker_pool.h"
@@ -20,10 +24,17 @@ constexpr double TILES = 65536;
 
 struct Best {
     std::int32_t threads;
-    double seconds = 1e9, processorSeconds = 1e9;
+    double seconds = 0, processorSeconds = 0;  // 0 before the first frame
+
+    void add(const bench::FrameTime& time) {
+        const bool first = seconds == 0;
+        seconds = first ? time.seconds : std::min(seconds, time.seconds);
+        processorSeconds =
+            first ? time.processorSeconds : std::min(processorSeconds, time.processorSeconds);
+    }
 };
 
-using Frame = std::function<bench::FrameTime()>;
+using Frame = std::function<bench::FrameTime(double shortest)>;
 
 // The frame with each number of workers, by turns.
 std::vector<Best> measure(const Frame& frame, int most, int rounds) {
@@ -32,9 +43,7 @@ std::vector<Best> measure(const Frame& frame, int most, int rounds) {
     for (int round = 0; round < rounds; ++round) {
         for (Best& best : found) {
             bench::allowThreads(best.threads);
-            const bench::FrameTime time = frame();
-            best.seconds = std::min(best.seconds, time.seconds);
-            best.processorSeconds = std::min(best.processorSeconds, time.processorSeconds);
+            best.add(frame(best.seconds));
         }
     }
     return found;
@@ -50,6 +59,35 @@ void print(const std::string& name, const std::vector<Best>& found) {
     std::fflush(stdout);
 }
 
+void measureView(const bench::View& view, int most, int rounds) {
+    for (const bool doublePrecision : {false, true}) {
+        bench::setView(view, view.maxIters, doublePrecision);
+        print(std::string(view.label) + (doublePrecision ? " double" : " single"),
+              measure(bench::wholeFrame, most, rounds));
+    }
+}
+
+// Null when no view has that label.
+const bench::View* viewNamed(std::string_view label) {
+    for (const bench::View& view : bench::views) {
+        if (view.label == label) return &view;
+    }
+    for (const bench::View& view : bench::moreViews) {
+        if (view.label == label) return &view;
+    }
+    return nullptr;
+}
+
+void measureFrame(const std::string& name, int most, int rounds) {
+    if (name == "empty") {
+        print(name, measure(bench::emptyFrame, most, rounds));
+    } else if (const bench::View* view = viewNamed(name)) {
+        measureView(*view, most, rounds);
+    } else {
+        std::fprintf(stderr, "pool_bench: there is no view %s\n", name.c_str());
+    }
+}
+
 int argument(int argc, char** argv, int index, int otherwise) {
     return argc > index ? std::max(1, std::atoi(argv[index])) : otherwise;
 }
@@ -58,19 +96,15 @@ int argument(int argc, char** argv, int index, int otherwise) {
 
 int main(int argc, char** argv) {
     const int most = argument(argc, argv, 1, 64), rounds = argument(argc, argv, 2, 7);
+    std::vector<std::string> frames(argv + std::min(argc, 3), argv + argc);
+    if (frames.empty()) {
+        frames = {"empty",       "Hermite",    "BarnsleySierpinski",
+                  "JuliaRabbit", "Mandelbrot", "DeepSpiral"};
+    }
     bench::startPool(most);
     std::printf(
         "| frame | threads | million tiles/s | ms | of 2 | CPU ms |\n"
         "|---|---:|---:|---:|---:|---:|\n");
-    print("empty", measure([] { return bench::emptyFrame(); }, most, rounds));
-    for (const char* label : {"Hermite", "BarnsleySierpinski", "JuliaRabbit", "Mandelbrot"}) {
-        for (const bool doublePrecision : {false, true}) {
-            const bench::View& view = *std::ranges::find(
-                bench::views, std::string(label), [](const bench::View& v) { return v.label; });
-            bench::setView(view, view.maxIters, doublePrecision);
-            print(std::string(label) + (doublePrecision ? " double" : " single"),
-                  measure([] { return bench::wholeFrame(); }, most, rounds));
-        }
-    }
+    for (const std::string& frame : frames) measureFrame(frame, most, rounds);
     stopWorkers(false);
 }

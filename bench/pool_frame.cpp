@@ -32,15 +32,15 @@ double processorSeconds() {
 }
 
 // Waits without the frame loop's 20 ms steps, which would hide what is measured.
-double waitForTiles(Clock::time_point start) {
+double waitForTiles(Clock::time_point start, double shortest) {
+    std::this_thread::sleep_until(start + std::chrono::duration<double>(0.9 * shortest));
     while (task_count != 0) std::this_thread::sleep_for(50us);
     return secondsSince(start);
 }
 
 // The workers are idle again, polling an empty queue, when the next frame starts.
 double finishFrame(Clock::time_point start, double shortest) {
-    std::this_thread::sleep_until(start + std::chrono::duration<double>(0.9 * shortest));
-    const double seconds = waitForTiles(start);
+    const double seconds = waitForTiles(start, shortest);
     std::this_thread::sleep_for(3ms);
     return seconds;
 }
@@ -107,16 +107,16 @@ void BestFrame::render() {
     for (int i = 0; i < 4 && sum < ENOUGH; ++i) sum += renderOnce();
 }
 
-FrameTime wholeFrame() {
+FrameTime wholeFrame(double shortest) {
     const MutedOutput muted;
     const double processor = processorSeconds();
     const auto start = Clock::now();
     queueFrame();
-    const double seconds = waitForTiles(start);
+    const double seconds = waitForTiles(start, shortest);
     return {seconds, processorSeconds() - processor};
 }
 
-FrameTime emptyFrame() {
+FrameTime emptyFrame(double shortest) {
     const MutedOutput muted;
     const double processor = processorSeconds();
     std::unique_lock lock(mutex);
@@ -124,7 +124,7 @@ FrameTime emptyFrame() {
     queueFrame();
     for (params& tile : workQ) tile.xEnd = tile.xStart;
     lock.unlock();
-    const double seconds = waitForTiles(start);
+    const double seconds = waitForTiles(start, shortest);
     return {seconds, processorSeconds() - processor};
 }
 
@@ -136,7 +136,7 @@ void allowThreads(std::int32_t threads) {
 double emptyFrameSeconds() {
     double best = 1e9;
     for (int i = 0; i < 7; ++i) {
-        best = std::min(best, emptyFrame().seconds);
+        best = std::min(best, emptyFrame(0).seconds);
         std::this_thread::sleep_for(3ms);
     }
     return best;

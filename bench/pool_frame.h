@@ -56,8 +56,9 @@ struct FrameTime {
 };
 
 // A frame of the present view, and one whose tiles are all empty. The workers wait for it.
-FrameTime wholeFrame();
-FrameTime emptyFrame();
+// shortest: as frameSeconds takes it.
+FrameTime wholeFrame(double shortest);
+FrameTime emptyFrame(double shortest);
 
 // Lets so many of the workers work, once all have noticed.
 void allowThreads(std::int32_t threads);

@@ -1,6 +1,9 @@
 // Whole frames of the vector renderer against the scalar one, through the real queue, in one
 // process and by turns: only figures of one run compare. docs/performance.md says how to read them.
 //
+// tessary_bench [--own_limits] [options of the benchmark library]
+//   --own_limits  each view under its own iteration limit alone: what the page's table shows
+//
 // Names are VIEW/LIMIT/PRECISION/SET, so --benchmark_filter picks by any of them. The time of a row
 // is the vector renderer's best frame; its counters:
 //   scalar_ms   the scalar renderer's best frame (expensive ones from a sample of the tiles)
@@ -16,6 +19,7 @@
 #include <algorithm>
 #include <map>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -148,13 +152,24 @@ void add(const Case& c) {
     add(nameOf(c), c, compare);
 }
 
-// Each view under its own limit and the three common ones.
-void addLimits(const View& view, bool doublePrecision, const Target& target) {
+void addOwnLimit(const View& view, bool doublePrecision, const Target& target) {
     const Case own{view, view.maxIters, doublePrecision, target, true, max_threads};
     add(own);
     add(nameOf(own) + "/search", own, compareSearch);
+}
+
+// Each view under its own limit and the three common ones.
+void addLimits(const View& view, bool doublePrecision, const Target& target) {
+    addOwnLimit(view, doublePrecision, target);
     for (const int limit : {768, 4096, 65536}) {
         if (limit != view.maxIters) add({view, limit, doublePrecision, target, true, max_threads});
+    }
+}
+
+void addOwnLimits(const Target& target) {
+    for (const bool doublePrecision : {false, true}) {
+        for (const View& view : bench::views) addOwnLimit(view, doublePrecision, target);
+        for (const View& view : bench::moreViews) addOwnLimit(view, doublePrecision, target);
     }
 }
 
@@ -174,10 +189,11 @@ void addTarget(const Target& target) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
+    benchmark::Initialize(&argc, argv);  // leaves what is not the library's
+    const bool ownLimits = argc > 1 && std::string_view(argv[1]) == "--own_limits";
     bench::startPool(static_cast<std::int32_t>(std::max(1u, std::thread::hardware_concurrency())));
     for (const Target& target : targets()) {
-        if (target.bit != scalarBit()) addTarget(target);
+        if (target.bit != scalarBit()) (ownLimits ? addOwnLimits : addTarget)(target);
     }
     benchmark::RunSpecifiedBenchmarks();
     stopWorkers(false);

@@ -6,11 +6,12 @@
 #include <numbers>
 
 #include "compute/formulas.h"
+#include "tests/compute/wide_trig.h"
 
 namespace vector_test {
 namespace {
 
-using Wide = std::complex<long double>;
+using wide_trig::Wide;
 
 constexpr bool isTrigonometric(int type) {
     return type >= 2 && type <= 5;
@@ -18,33 +19,11 @@ constexpr bool isTrigonometric(int type) {
 
 // f of the rule z -> f(z) + c, and its slope.
 Wide valueOf(int type, const Wide& z) {
-    switch (type) {
-        case 2:
-            return std::sin(z);
-        case 3:
-            return std::cos(z);
-        case 4:
-            return std::sinh(z);
-        case 5:
-            return std::cosh(z);
-        default:
-            return z * z;
-    }
+    return isTrigonometric(type) ? wide_trig::valueOf(type, z) : z * z;
 }
 
 Wide slopeOf(int type, const Wide& z) {
-    switch (type) {
-        case 2:
-            return std::cos(z);
-        case 3:
-            return -std::sin(z);
-        case 4:
-            return std::cosh(z);
-        case 5:
-            return std::sinh(z);
-        default:
-            return 2.0L * z;
-    }
+    return isTrigonometric(type) ? wide_trig::slopeOf(type, z) : 2.0L * z;
 }
 
 // A point where the slope is `slope`.

@@ -13,6 +13,7 @@
 
 #include "tests/compute/boundary_views.h"
 #include "tests/compute/lean_claims.h"
+#include "tests/compute/wide_trig.h"
 
 namespace lean_claims {
 
@@ -34,7 +35,8 @@ using lean_claims::Slot;
 using lean_claims::Slots;
 using lean_claims::Verdict;
 using vector_test::Random;
-using Wide = std::complex<long double>;
+using wide_trig::differenceOver;
+using wide_trig::Wide;
 
 constexpr double LARGEST_BOUND = 0x1p-4, LARGEST_ARGUMENT = 43.6;
 
@@ -50,28 +52,6 @@ class LeanClaims : public testing::TestWithParam<std::tuple<std::size_t, Precisi
         return precision == Precision::twice ? x : static_cast<double>(static_cast<float>(x));
     }
 };
-
-Wide function(int type, const Wide& z) {
-    return type == 2   ? std::sin(z)
-           : type == 3 ? std::cos(z)
-           : type == 4 ? std::sinh(z)
-                       : std::cosh(z);
-}
-
-// The function at z + e less that at z, to all digits however short e is.
-Wide differenceOver(int type, const Wide& z, const Wide& e) {
-    const Wide half = e / 2.0L, middle = z + half;
-    switch (type) {
-        case 2:
-            return 2.0L * std::cos(middle) * std::sin(half);
-        case 3:
-            return -2.0L * std::sin(middle) * std::sin(half);
-        case 4:
-            return 2.0L * std::cosh(middle) * std::sinh(half);
-        default:
-            return 2.0L * std::sinh(middle) * std::sinh(half);
-    }
-}
 
 // Arguments all over the range, and close to where functions or reductions change.
 double circularArgument(Random& random) {
@@ -151,7 +131,7 @@ Situation situation(Random& random, const std::vector<int>& exponents) {
     if (random.pick(0, 3) == 0) s.cr *= 10, s.ci *= 10;  // most of what a sum rounds away
     if (random.pick(0, 5) == 0) s.claim.bound = 0;
     s.claim.ball = std::max(s.claim.bound, random.among({0.0, LARGEST_BOUND, 0x1p-8, 0x1p-5}));
-    const Wide value = function(s.type, {s.claim.r, s.claim.i});
+    const Wide value = wide_trig::valueOf(s.type, {s.claim.r, s.claim.i});
     if (random.pick(0, 2) == 0) {  // the sum cancels
         s.cr = static_cast<double>(-value.real());
         s.ci = static_cast<double>(-value.imag());
@@ -171,7 +151,7 @@ class LeanBounds : public LeanClaims {
     // The farthest that the scalar rule's next state can be from that of `next` when it now is e
     // away from that of the claim.
     long double farthest(const Situation& s, const Wide& e, const Claim& next) const {
-        const Wide z{s.claim.r, s.claim.i}, value = function(s.type, z);
+        const Wide z{s.claim.r, s.claim.i}, value = wide_trig::valueOf(s.type, z);
         const Wide change = differenceOver(s.type, z, e);
         const Wide sum = value + Wide{s.cr, s.ci};
         return std::abs(sum - Wide{next.r, next.i} + change) +

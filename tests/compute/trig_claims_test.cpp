@@ -16,6 +16,7 @@
 #include "tests/compute/boundary_views.h"
 #include "tests/compute/hard_floats.h"
 #include "tests/compute/trig_claims.h"
+#include "tests/compute/wide_trig.h"
 
 namespace trig_claims {
 
@@ -30,54 +31,14 @@ namespace {
 using trig_claims::Claim;
 using trig_claims::Verdict;
 using vector_test::Random;
-using Wide = std::complex<long double>;
+using wide_trig::differenceOver;
+using wide_trig::Wide;
 
 constexpr long double U = 0x1p-53L;
 
 // What the yardstick's evaluation may add: 9 u to each part of the function, u to each part of the
 // sum with c.
 constexpr long double FUNCTION_UNITS = 9, SUM_UNITS = 1;
-
-Wide function(int type, const Wide& z) {
-    switch (type) {
-        case 2:
-            return std::sin(z);
-        case 3:
-            return std::cos(z);
-        case 4:
-            return std::sinh(z);
-        default:
-            return std::cosh(z);
-    }
-}
-
-// The function at z + e less that at z, to all digits however short e is.
-Wide differenceOver(int type, const Wide& z, const Wide& e) {
-    const Wide half = e / 2.0L, middle = z + half;
-    switch (type) {
-        case 2:
-            return 2.0L * std::cos(middle) * std::sin(half);
-        case 3:
-            return -2.0L * std::sin(middle) * std::sin(half);
-        case 4:
-            return 2.0L * std::cosh(middle) * std::sinh(half);
-        default:
-            return 2.0L * std::sinh(middle) * std::sinh(half);
-    }
-}
-
-long double slopeLength(int type, const Wide& z) {
-    switch (type) {
-        case 2:
-            return std::abs(std::cos(z));
-        case 3:
-            return std::abs(std::sin(z));
-        case 4:
-            return std::abs(std::cosh(z));
-        default:
-            return std::abs(std::sinh(z));
-    }
-}
 
 long double sumOfMagnitudes(const Wide& z) {
     return std::fabs(z.real()) + std::fabs(z.imag());
@@ -136,7 +97,7 @@ Situation situation(Random& random) {
     if (s.type > 3) std::swap(s.claim.r, s.claim.i);
     if (random.pick(0, 5) == 0) s.claim.bound = 0;
     if (random.pick(0, 5) == 0) s.claim.bound = random.uniform(0, 2);
-    const Wide value = function(s.type, {s.claim.r, s.claim.i});
+    const Wide value = wide_trig::valueOf(s.type, {s.claim.r, s.claim.i});
     const double nothing[] = {0, 1e-300};
     switch (random.pick(0, 3)) {
         case 0:  // the sum cancels
@@ -156,7 +117,7 @@ Situation situation(Random& random) {
 // The farthest that the yardstick's next state can be from that of `next` when it now is e away
 // from that of the claim.
 long double farthest(const Situation& s, const Wide& e, const Claim& next) {
-    const Wide z{s.claim.r, s.claim.i}, value = function(s.type, z);
+    const Wide z{s.claim.r, s.claim.i}, value = wide_trig::valueOf(s.type, z);
     const Wide change = differenceOver(s.type, z, e);
     const Wide sum = value + Wide{s.cr, s.ci};
     return std::abs(sum - Wide{next.r, next.i} + change) +
@@ -187,15 +148,16 @@ TEST_P(TrigClaims, TheNextBoundIsHardlyLargerThanNeeded) {
     for (int i = 0; i < 40000; ++i) {
         const Situation s = situation(random);
         if (s.claim.bound > 0x1p-10) continue;
-        const Wide z{s.claim.r, s.claim.i}, value = function(s.type, z);
+        const Wide z{s.claim.r, s.claim.i}, value = wide_trig::valueOf(s.type, z);
         if (!(std::abs(value) < 1e100L)) continue;
         const long double E = s.claim.bound;
         const long double curvature = std::cosh(hyperbolicArgument(s.type, z));
         const long double evaluation =
             sumOfMagnitudes(value) + sumOfMagnitudes(value + Wide{s.cr, s.ci});
         const Claim next = trig_claims::step(s.type, s.claim, s.cr, s.ci);
-        ASSERT_LE(next.bound, 1.01L * (slopeLength(s.type, z) + 0.51L * E * curvature) * E +
-                                  100 * U * evaluation + 1e-300L)
+        ASSERT_LE(next.bound,
+                  1.01L * (std::abs(wide_trig::slopeOf(s.type, z)) + 0.51L * E * curvature) * E +
+                      100 * U * evaluation + 1e-300L)
             << "type " << s.type << " at " << s.claim << ", c (" << s.cr << ", " << s.ci << ")";
     }
 }

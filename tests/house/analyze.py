@@ -1,17 +1,17 @@
-"""analyze.py BUILD [FOLDER...]: gcc's analyzer over the sources of the programs, or of these folders of
-theirs, compiled as they are in the build folder, but with nothing written. Ends with 1 where it has
-something to say."""
+"""analyze.py BUILD [--all]: gcc's analyzer over the sources of the programs that have changed since nothing
+was found in them (linted.py), or over all, compiled as they are in the build folder, but with nothing
+written. Ends with 1 where it has something to say; another version than the one that the sources were
+cleaned with has another taste, and fails nothing."""
 
-import concurrent.futures
-import json
 import os
 import resource
-import shlex
 import subprocess
 import sys
 
-SOURCE = os.path.realpath(os.path.join(os.path.dirname(__file__), "..", ".."))
-FOLDERS = ("app", "backends", "bench", "commands", "compute", "deep", "explorer", "frac", "render", "GlutMenu")
+from checkers import check
+from linted import Linted
+
+VERSION = "12"
 
 # Seconds of the processor for a file. Through templates of libraries (JSON, command lines, Highway) the
 # analyzer finds no end; such files are named and get the other warnings alone.
@@ -24,15 +24,6 @@ ANALYZER = ["-fanalyzer", "-Wno-analyzer-use-of-uninitialized-value"]
 # Beside the analyzer, what -Wall and -Wextra leave out and finds mistakes rather than matters of taste.
 CHECKS = ["-Wformat=2", "-Wlogical-op", "-Wduplicated-cond", "-Wduplicated-branches",
           "-Wcast-align=strict", "-Wtrampolines", "-Wvla", "-Walloca", "-Werror"]
-
-
-def commands(build):
-    """Path below the sources, command line and folder of each file."""
-    with open(os.path.join(build, "compile_commands.json"), encoding="utf-8") as file:
-        entries = json.load(file)
-    for entry in entries:
-        path = os.path.relpath(entry["file"], SOURCE)
-        yield path, shlex.split(entry["command"]), entry["directory"]
 
 
 def checked(command, *checks):
@@ -49,33 +40,27 @@ def limit_processor_time():
     resource.setrlimit(resource.RLIMIT_CPU, (LIMIT, LIMIT + 10))
 
 
-def complaints(entry):
-    """Path, complaints (empty where there are none) and whether the analyzer came to an end."""
-    path, command, folder = entry
-    done = subprocess.run(checked(command, *ANALYZER), cwd=folder, capture_output=True, text=True,
-                          preexec_fn=limit_processor_time)
-    ended = done.returncode == 0 or TOO_LONG not in done.stderr
-    if not ended:
-        done = subprocess.run(checked(command), cwd=folder, capture_output=True, text=True)
-    return path, done.stderr if done.returncode else "", ended
+def version():
+    return subprocess.run(["g++", "-dumpversion"], capture_output=True, text=True).stdout.strip()
 
 
-def main(build, folders=FOLDERS):
-    entries = {path: (path, command, folder) for path, command, folder in commands(build)
-               if path.split(os.sep)[0] in folders}.values()
-    bad, unended = 0, []
-    with concurrent.futures.ThreadPoolExecutor(len(os.sched_getaffinity(0))) as pool:
-        for path, text, ended in pool.map(complaints, entries):
-            if text:
-                bad += 1
-                print(f"{path}:\n{text}", flush=True)
-            if not ended:
-                unended.append(path)
+def main(build, everything=False):
+    unended = []
+
+    def look(path, command, folder):
+        done = subprocess.run(checked(command, *ANALYZER), cwd=folder, capture_output=True, text=True,
+                              preexec_fn=limit_processor_time)
+        if done.returncode and TOO_LONG in done.stderr:
+            unended.append(path)
+            done = subprocess.run(checked(command), cwd=folder, capture_output=True, text=True)
+        return done.stderr if done.returncode else ""
+
+    options = f"gcc {version()} {LIMIT} {' '.join(ANALYZER + CHECKS)}"
+    bad = check("gcc's analyzer", Linted("analyzer", options), build, look, everything)
     if unended:
         print("not followed to the end:", *unended)
-    print(f"gcc's analyzer: {len(entries)} files, {bad} with findings")
-    return 1 if bad else 0
+    return 1 if bad and version() == VERSION else 0
 
 
 if __name__ == "__main__":
-    sys.exit(main(sys.argv[1], *[sys.argv[2:]] if len(sys.argv) > 2 else []))
+    sys.exit(main(sys.argv[1], "--all" in sys.argv[2:]))

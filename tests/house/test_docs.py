@@ -7,6 +7,8 @@ import unittest
 import harness
 from sources import SOURCE, files
 
+PAGE_LINES, PAGE_LETTERS = 60, 4500
+
 
 def read(path):
     with open(os.path.join(SOURCE, path), encoding="utf-8") as file:
@@ -37,11 +39,26 @@ class Docs(unittest.TestCase):
             with self.subTest(option=option):
                 self.assertRegex(readme, rf"(?m)^\| `{option}.*\| `\./run .*{option}")
 
-    def test_every_exit_status_is_in_the_readme(self):
-        readme = read("README.md")
+    def test_every_exit_status_is_on_the_page_of_the_window(self):
+        page = read("docs/window.md")
         for status in range(8):
             with self.subTest(status=status):
-                self.assertRegex(readme, rf"(?m)^\| {status} \|")
+                self.assertRegex(page, rf"(?m)^\| {status} \|")
+
+    def test_every_command_of_the_menus_is_on_the_page_of_the_window(self):
+        page = read("docs/window.md").lower()
+        texts = dict(re.findall(r'(\w+) = "(.*)";', read("commands/menu_texts.cpp")))
+        commands = ("toggle_timing_logs", "previous_fractal", "next_fractal", "cycle_fractals",
+                    "fractal_info", "load_from_disk", "save_to_disk", "quit_option", "random_colours",
+                    "rgb_cycle", "zoom_string", "double_precision", "cpu_threads", "system_information")
+        for text in (texts[name] for name in commands):
+            with self.subTest(text=text):
+                self.assertIn(text.lower(), page)
+
+    def test_the_readme_is_one_page(self):
+        readme = read("README.md")
+        self.assertLessEqual(len(readme.splitlines()), PAGE_LINES)
+        self.assertLessEqual(len(readme), PAGE_LETTERS)
 
     def test_every_catalogue_is_in_the_readme(self):
         for name in os.listdir(os.path.join(SOURCE, "share")):

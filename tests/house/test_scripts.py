@@ -1,5 +1,6 @@
 """./run, ./test and ./fuzz, with stand-ins for the package manager, cmake, ninja and the program."""
 
+import glob
 import os
 import re
 import shutil
@@ -348,29 +349,39 @@ class Testing(ScriptTest):
 
 
 class Linting(ScriptTest):
-    TOOLS = {"cppcheck": "cppcheck", "run-clang-tidy": "clang-tidy", "python3": "analyzer"}
+    # What each is called by.
+    TOOLS = {"cppcheck": "cppcheck --project", "clang-tidy": "python3 tests/house/tidy.py",
+             "analyzer": "python3 tests/house/analyze.py"}
 
     def setUp(self):
         super().setUp()
-        for tool in self.TOOLS:
-            self.stand_in(f"tools/{tool}", f'[[ " $FINDING " != *" {tool} "* ]]')
+        for tool in ("cppcheck", "python3"):
+            self.stand_in(f"tools/{tool}", f'[[ ! $FINDING || "{tool} $*" != "$FINDING"* ]]')
+
+    def looks(self, name):
+        call = self.TOOLS[name]
+        return [line for line in self.calls(call.split()[0]) if line.startswith(call)]
 
     def test_every_tool_looks_and_nothing_found_is_success(self):
         self.assertEqual(self.call("test", "--lint").returncode, 0)
-        for tool in self.TOOLS:
-            self.assertEqual(len(self.calls(tool)), 1)
+        for name in self.TOOLS:
+            self.assertEqual(len(self.looks(name)), 1)
 
     def test_what_one_tool_finds_keeps_no_other_from_looking(self):
-        for tool, name in self.TOOLS.items():
-            with self.subTest(tool=tool):
-                done = self.call("test", "--lint", FINDING=tool)
+        for name, call in self.TOOLS.items():
+            with self.subTest(tool=name):
+                done = self.call("test", "--lint", FINDING=call)
                 self.assertEqual(done.returncode, 1)
                 self.assertIn(f"test: {name} found something", done.stderr)
-        self.assertEqual([len(self.calls(tool)) for tool in self.TOOLS], [3, 3, 3])
+        self.assertEqual([len(self.looks(name)) for name in self.TOOLS], [3, 3, 3])
 
     def test_one_tool_can_be_asked_alone(self):
         self.call("test", "--lint", "cppcheck")
-        self.assertEqual([len(self.calls(tool)) for tool in self.TOOLS], [1, 0, 0])
+        self.assertEqual([len(self.looks(name)) for name in self.TOOLS], [1, 0, 0])
+
+    def test_every_source_can_be_asked_for(self):
+        self.call("test", "--lint", "--all", "clang-tidy")
+        self.assertTrue(self.looks("clang-tidy")[0].endswith(" build/clang --all"))
 
 
 class Gate(ScriptTest):
@@ -504,17 +515,26 @@ class Mutants(ScriptTest):
     """./test --mutants on a tree of two lines, whose test notices only what is grossly wrong."""
 
     SOURCE = "bool less(int a, int b) {\n    return a < b;\n}\n"
-    WRITES_A_TEST = """mkdir -p "$2"; source=$2/../tree/compute/pixels.h
-        grep -q 'a >= b' "$source" && [[ $UNFIT ]] && exit 1
-        printf '#!/bin/bash\\n! grep -q "a >= b" %s\\n' "$source" >"$2/$3"; chmod +x "$2/$3"
-        [[ ! $UNFIT_FROM_THE_START ]] || printf '#!/bin/bash\\nexit 1\\n' >"$2/$3" """
+    # Both forms of the change: as the environment chooses it, and in its place.
+    WRITES_A_TEST = """folder=$2; source=${folder%/build/release}/compute/pixels.h; shift 2; mkdir -p "$folder"
+        [[ $1 != -t ]] || exit 0
+        [[ $1 != -k ]] || shift 2
+        if [[ $UNFIT ]] && line=$(grep -n 'a >= b' "$source"); then
+            echo "$source:${line%%:*}:1: error: unfit" && exit 1
+        fi
+        for name; do
+            printf '#!/bin/bash\n%s\n' "${UNFIT_FROM_THE_START:+exit 1}" "source=$source" '
+                grep -q chosen "$source" || { ! grep -q "a >= b" "$source"; exit; }
+                ! grep -A1 -F "chosen($TESSARY_MUTANT)" "$source" | grep -q "a >= b"' >"$folder/$name"
+            chmod +x "$folder/$name"
+        done"""
 
     def setUp(self):
         super().setUp()
         os.makedirs(os.path.join(self.root, "tests", "mutants"))
         os.mkdir(os.path.join(self.root, "compute"))
-        shutil.copy(os.path.join(SOURCE, "tests", "mutants", "mutants.py"),
-                    os.path.join(self.root, "tests", "mutants"))
+        for path in glob.glob(os.path.join(SOURCE, "tests", "mutants", "*.py")):
+            shutil.copy(path, os.path.join(self.root, "tests", "mutants"))
         self.source = os.path.join(self.root, "compute", "pixels.h")
         self.write(self.source, self.SOURCE)
         self.list_equivalents("")
@@ -559,9 +579,29 @@ class Mutants(ScriptTest):
 
     def test_the_folders_own_tests_are_built_in_a_folder_of_their_own(self):
         self.call("test", "--mutants", "compute/pixels.h")
-        built = {tuple(call.split()[1:]) for call in self.calls("ninja")}
-        folder = os.path.join(self.root, "build", "mutants", "build")
-        self.assertEqual(built, {("-C", folder, "pixels_test"), ("-C", folder, "tile_test")})
+        folder = os.path.join(self.root, "build", "mutants", "tree", "build", "release")
+        words = [call.split()[1:] for call in self.calls("ninja")]
+        self.assertEqual({tuple(w[:2]) for w in words}, {("-C", folder)})
+        self.assertEqual({w[-1] for w in words}, {"pixels_test", "tile_test"})
+
+    def test_each_change_can_be_built_by_itself(self):
+        together = self.call("test", "--mutants", "compute/pixels.h").stdout
+        os.remove(self.calls_file)
+        alone = self.call("test", "--mutants", "compute/pixels.h", "--one-by-one").stdout
+        self.assertEqual(alone, together)
+        self.assertFalse(any("-k" in call for call in self.calls("ninja")))
+
+    def test_a_sample_is_drawn_by_its_seed_and_says_what_it_is_worth(self):
+        self.write(self.source, self.SOURCE * 20)
+        call = ("test", "--mutants", "compute/pixels.h", "--sample", "1/4", "--seed")
+        one, again, other = (self.call(*call, seed, "--list").stdout for seed in "112")
+        self.assertEqual(len(one.splitlines()), 10)
+        self.assertEqual(one, again)
+        self.assertNotEqual(one, other)
+        self.write(self.source, self.SOURCE)
+        told = self.call("test", "--mutants", "compute/pixels.h", "--sample", "1/2").stdout
+        self.assertRegex(told, r"(?m)^sample 1/2, seed 1: .* noticed, of all between .* \(95 %\)$")
+        self.assertRegex(told, "(?m)^1 changes: ")
 
     def test_tests_that_fail_by_themselves_are_told_before_anything_is_changed(self):
         done = self.call("test", "--mutants", "compute/pixels.h", UNFIT_FROM_THE_START="yes")
