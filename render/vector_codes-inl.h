@@ -55,7 +55,8 @@ inline constexpr int HALF = 4 * sizeof(hn::TFromD<D>);
 
 template <class D, class V>
 HWY_INLINE hn::Vec<D> lower(D d, V v) {
-    return hn::And(hn::BitCast(d, v), hn::Set(d, (hn::TFromD<D>{1} << HALF<D>)-1));
+    using T = hn::TFromD<D>;
+    return hn::And(hn::BitCast(d, v), hn::Set(d, static_cast<T>((T{1} << HALF<D>)-1)));
 }
 
 template <class D, class V>
