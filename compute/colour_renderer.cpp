@@ -22,7 +22,7 @@ namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
 // NOLINTNEXTLINE(readability-non-const-parameter): without vectors nothing is written
-int coloursOf(const ValueColours& how, const double* roundings, const double* values, int n,
+int coloursOf(const ValueColours& how, const float* roundings, const double* values, int n,
               unsigned char* out, std::int32_t* left) {
 #if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
     (void)how, (void)roundings, (void)values, (void)out;
@@ -32,6 +32,20 @@ int coloursOf(const ValueColours& how, const double* roundings, const double* va
     const RowOfColours row(how, roundings);
     return how.deep ? colourRow<std::uint16_t>(row, values, n, out, left)
                     : colourRow<std::uint8_t>(row, values, n, out, left);
+#endif
+}
+
+// NOLINTNEXTLINE(readability-non-const-parameter): as above
+int averagesOf(const ValueColours& how, const float* roundings, const SampleRows& samples, int n,
+               unsigned char* out, std::int32_t* left) {
+#if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
+    (void)how, (void)roundings, (void)samples, (void)out;
+    std::iota(left, left + n, 0);
+    return n;
+#else
+    const RowOfColours row(how, roundings);
+    return how.deep ? colourSamples<std::uint16_t>(row, samples, n, out, left)
+                    : colourSamples<std::uint8_t>(row, samples, n, out, left);
 #endif
 }
 
@@ -45,20 +59,35 @@ namespace tessary_vector {
 namespace {
 
 HWY_EXPORT(coloursOf);
+HWY_EXPORT(averagesOf);
 
 }  // namespace
 
-int colours(const ValueColours& how, const double* roundings, const double* values, int n,
+int colours(const ValueColours& how, const float* roundings, const double* values, int n,
             unsigned char* out, std::int32_t* left) {
     return HWY_DYNAMIC_DISPATCH(coloursOf)(how, roundings, values, n, out, left);
 }
 
+int averages(const ValueColours& how, const float* roundings, const SampleRows& samples, int n,
+             unsigned char* out, std::int32_t* left) {
+    return HWY_DYNAMIC_DISPATCH(averagesOf)(how, roundings, samples, n, out, left);
+}
+
 }  // namespace tessary_vector
 
-int colourValues(const ValueColours& how, const double* roundings, const double* values, int n,
+int colourValues(const ValueColours& how, const float* roundings, const double* values, int n,
                  unsigned char* out, std::int32_t* left) {
     if (vector_control::usesVectors()) {
         return tessary_vector::colours(how, roundings, values, n, out, left);
+    }
+    std::iota(left, left + n, 0);
+    return n;
+}
+
+int colourAverages(const ValueColours& how, const float* roundings, const SampleRows& samples,
+                   int n, unsigned char* out, std::int32_t* left) {
+    if (vector_control::usesVectors()) {
+        return tessary_vector::averages(how, roundings, samples, n, out, left);
     }
     std::iota(left, left + n, 0);
     return n;

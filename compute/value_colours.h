@@ -1,6 +1,7 @@
 // The colours of values over a gradient, a row at a time.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -40,7 +41,36 @@ inline constexpr int ROUNDINGS = 16;
 // `left` (room for n; ascending), and returns how many. Where the machine has no vectors it leaves
 // all of them.
 //
-// All of it is single operations in double, save for the line, which is one in float: the same
-// bytes on every processor, and those of the same text in scalar code. Any thread.
-int colourValues(const ValueColours& how, const double* roundings, const double* values, int n,
+// All of it is single operations, those on values in double, those on levels in float but for the
+// last two of 16 bits: the same bytes on every processor, and those of the same text in scalar
+// code. Any thread.
+int colourValues(const ValueColours& how, const float* roundings, const double* values, int n,
                  unsigned char* out, std::int32_t* left);
+
+// The level of a light, both from 0 to 1, by the curve of sRGB (IEC 61966-2-1), within 1e-6: a
+// line, and above it a polynomial in the fourth root, along which the curve hardly bends.
+inline constexpr float LEVELS_A_LIGHT = 12.92F, LAST_LINE_LIGHT = 0.0031308F;
+inline constexpr float LEVEL_CURVE[] = {-0.05857903109F, 0.1254713258F,  1.45042974F,
+                                        -1.121391133F,   1.14742157F,    -0.834668004F,
+                                        0.3594089379F,   -0.06809359239F};
+inline float levelOfLight(float light) {
+    if (!(light > LAST_LINE_LIGHT)) return light * LEVELS_A_LIGHT;
+    const float root = std::sqrt(std::sqrt(light));
+    float level = LEVEL_CURVE[7];
+    for (int n = 6; n >= 0; --n) level = level * root + LEVEL_CURVE[n];
+    return level;
+}
+
+// Values of rows of samples: side x side of them for each pixel.
+inline constexpr int MOST_SAMPLES = 8;  // a side
+struct SampleRows {
+    const double* values;
+    std::ptrdiff_t stride;  // from one row to the next
+    int side;
+};
+
+// As colourValues(), of pixels of samples. The parts hold light. That of a pixel is the sum of its
+// samples', added row by row from the left, times 1 / (side * side), its level levelOfLight() of
+// that. Leaves pixels with a sample in a part that is not straight.
+int colourAverages(const ValueColours& how, const float* roundings, const SampleRows& samples,
+                   int n, unsigned char* out, std::int32_t* left);

@@ -13,6 +13,7 @@
 #include <hwy/highway.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -33,10 +34,11 @@ namespace HWY_NAMESPACE {
 inline constexpr std::size_t PIXELS = 64;
 inline constexpr std::size_t LEVELS = 4 * PIXELS;
 
-// A pixel's part of the gradient and how far it lies in it, from 0 to 1.
+// The parts of the gradient that values lie in and how far in them, from 0 to 1.
+template <std::size_t COUNT>
 struct Places {
-    HWY_ALIGN std::int32_t part[PIXELS];
-    HWY_ALIGN float share[PIXELS];
+    HWY_ALIGN std::int32_t part[COUNT];
+    HWY_ALIGN float share[COUNT];
 };
 
 HWY_INLINE Number<double> onScale(Number<double> value, ValueScale scale) {
@@ -56,15 +58,39 @@ HWY_INLINE Number<double> placeOf(Number<double> turns, bool endsAtOne) {
     return endsAtOne ? select(hn::And(place == zero, turns > zero), one, place) : place;
 }
 
-HWY_INLINE void placePixels(const ValueColours& how, const double* values, Places& out) {
+// How many turns a length is. A turn of a power of two, as it is by itself, has an exact inverse:
+// the product is the quotient.
+class Turns {
+  public:
+    explicit HWY_INLINE Turns(double length)
+        : turn(length), inverse(1 / length), isExact(isPowerOfTwo(length)) {}
+
+    HWY_INLINE Number<double> in(Number<double> length) const {
+        return isExact ? length * inverse : length / turn;
+    }
+
+  private:
+    static bool isPowerOfTwo(double x) {
+        int exponent;
+        return std::frexp(x, &exponent) == 0.5;
+    }
+
+    const Number<double> turn, inverse;
+    const bool isExact;
+};
+
+// count: a multiple of PIXELS.
+template <std::size_t COUNT>
+HWY_INLINE void placeValues(const ValueColours& how, const Turns& turn, const double* values,
+                            std::size_t count, Places<COUNT>& out) {
     const Number<double>::D d;
     const hn::Rebind<std::int32_t, decltype(d)> di;
     const hn::Rebind<float, decltype(d)> df;
-    const Number<double> start(how.start), turn(how.turn), offset(how.offset),
+    const Number<double> start(how.start), offset(how.offset),
         inside(static_cast<double>(GRADIENT_INSIDE));
-    for (std::size_t at = 0; at < PIXELS; at += hn::Lanes(d)) {
+    for (std::size_t at = 0; at < count; at += hn::Lanes(d)) {
         const Number<double> value(hn::LoadU(d, values + at));
-        const Number<double> turns = (onScale(value, how.scale) - start) / turn + offset;
+        const Number<double> turns = turn.in(onScale(value, how.scale) - start) + offset;
         const Number<double> place =
             placeOf(turns, how.endsAtOne) * Number<double>(double{GRADIENT_PARTS});
         const Number<double> found = select(value == value, place, inside);
@@ -74,31 +100,79 @@ HWY_INLINE void placePixels(const ValueColours& how, const double* values, Place
     }
 }
 
-HWY_INLINE void levelsAt(const Places& places, const GradientPart* parts, float* levels) {
-    const hn::FixedTag<float, 4> d;
+using Pixel = hn::FixedTag<float, 4>;  // the levels of one, or their lights
+
+HWY_INLINE hn::Vec<Pixel> onLine(const GradientPart& part, float share) {
+    const Pixel d;
+    const auto change = hn::Mul(hn::Set(d, share), hn::Load(d, part.change));
+    return hn::Add(hn::Load(d, part.start), change);
+}
+
+HWY_INLINE void levelsAt(const Places<PIXELS>& places, const GradientPart* parts, float* levels) {
     for (std::size_t n = 0; n < PIXELS; ++n) {
-        const GradientPart& part = parts[places.part[n]];
-        const auto change = hn::Mul(hn::Set(d, places.share[n]), hn::Load(d, part.change));
-        hn::Store(hn::Add(hn::Load(d, part.start), change), d, levels + 4 * n);
+        hn::Store(onLine(parts[places.part[n]], places.share[n]), Pixel(), levels + 4 * n);
     }
 }
 
-// Levels as whole numbers of type Out; those out of range become the nearest ones.
-template <class Out>
-HWY_INLINE void roundLevels(const float* levels, const double* roundings, Out* out) {
+using SamplePlaces = Places<PIXELS * MOST_SAMPLES>;
+
+// Adds the lights of a row of samples to those of their pixels.
+HWY_INLINE void addLights(const SamplePlaces& places, const GradientPart* parts, std::size_t side,
+                          float* lights) {
+    const Pixel d;
+    for (std::size_t n = 0, sample = 0; n < PIXELS; ++n) {
+        auto sum = hn::Load(d, lights + 4 * n);
+        for (std::size_t k = 0; k < side; ++k, ++sample) {
+            sum = hn::Add(sum, onLine(parts[places.part[sample]], places.share[sample]));
+        }
+        hn::Store(sum, d, lights + 4 * n);
+    }
+}
+
+// levelOfLight() of averages. The mark of a sample leaves one on its pixel.
+HWY_INLINE void levelsOfSums(float share, float* sums) {
+    const hn::ScalableTag<float> d;
+    for (std::size_t at = 0; at < LEVELS; at += hn::Lanes(d)) {
+        const auto light = hn::Mul(hn::Load(d, sums + at), hn::Set(d, share));
+        const auto root = hn::Sqrt(hn::Sqrt(light));
+        auto level = hn::Set(d, LEVEL_CURVE[7]);
+        for (int n = 6; n >= 0; --n) {
+            level = hn::Add(hn::Mul(level, root), hn::Set(d, LEVEL_CURVE[n]));
+        }
+        const auto bent = hn::Gt(light, hn::Set(d, LAST_LINE_LIGHT));
+        const auto line = hn::Mul(light, hn::Set(d, LEVELS_A_LIGHT));
+        hn::Store(hn::IfThenElse(bent, level, line), d, sums + at);
+    }
+}
+
+// Levels as whole numbers; those out of range become the nearest ones.
+HWY_INLINE void roundLevels(const float* levels, const float* roundings, std::uint8_t* out) {
+    const hn::ScalableTag<float> d;
+    const hn::RebindToSigned<decltype(d)> di;
+    const hn::Rebind<std::uint8_t, decltype(d)> dOut;
+    const auto most = hn::Set(d, 255.0F);
+    for (std::size_t at = 0; at < LEVELS; at += hn::Lanes(d)) {
+        const auto rounding = hn::Load(d, roundings + at % (4 * ROUNDINGS));
+        const auto raised = hn::Add(hn::Mul(hn::Load(d, levels + at), most), rounding);
+        hn::StoreU(hn::DemoteTo(dOut, hn::ConvertTo(di, raised)), dOut, out + at);
+    }
+}
+
+// Of 16 bits the product is one in double: 24 bits would round it a second time.
+HWY_INLINE void roundLevels(const float* levels, const float* roundings, std::uint16_t* out) {
     const hn::ScalableTag<double> d;
     const hn::Rebind<float, decltype(d)> df;
     const hn::Rebind<std::int32_t, decltype(d)> dHalf;
-    const auto most = hn::Set(d, double{std::numeric_limits<Out>::max()});
+    const auto most = hn::Set(d, 65535.0);
     HWY_ALIGN std::int32_t whole[LEVELS];
     for (std::size_t at = 0; at < LEVELS; at += hn::Lanes(d)) {
         const auto level = hn::PromoteTo(d, hn::Load(df, levels + at));
-        const auto rounding = hn::Load(d, roundings + at % (4 * ROUNDINGS));
+        const auto rounding = hn::PromoteTo(d, hn::Load(df, roundings + at % (4 * ROUNDINGS)));
         const auto raised = hn::Add(hn::Mul(level, most), rounding);
         hn::Store(hn::DemoteTo(dHalf, raised), dHalf, whole + at);
     }
     const hn::ScalableTag<std::int32_t> di;
-    const hn::Rebind<Out, decltype(di)> dOut;
+    const hn::Rebind<std::uint16_t, decltype(di)> dOut;
     for (std::size_t at = 0; at < LEVELS; at += hn::Lanes(di)) {
         hn::StoreU(hn::DemoteTo(dOut, hn::Load(di, whole + at)), dOut, out + at);
     }
@@ -128,22 +202,21 @@ HWY_INLINE bool putPixels(const Whole* levels, unsigned char* out) {
 // What is the same for all pixels of a row.
 struct RowOfColours {
     const ValueColours& how;
-    HWY_ALIGN double roundings[4 * ROUNDINGS];  // of each level
+    const Turns turn;
+    HWY_ALIGN float roundings[4 * ROUNDINGS];  // of each level
 
-    RowOfColours(const ValueColours& colours, const double* ofPixels) : how(colours) {
+    RowOfColours(const ValueColours& colours, const float* ofPixels)
+        : how(colours), turn(colours.turn) {
         for (std::size_t n = 0; n < 4 * ROUNDINGS; ++n) roundings[n] = ofPixels[n / 4];
     }
 };
 
-// Colours PIXELS pixels. `out` has four more bytes than they need. Returns how many are left.
+// The bytes of PIXELS pixels of these levels. `out` has four more than they need. Returns how many
+// pixels are left.
 template <class Whole>
-HWY_INLINE int colourBlock(const RowOfColours& row, const double* values, int first,
+HWY_INLINE int finishBlock(const RowOfColours& row, const float* levels, int first,
                            unsigned char* out, std::int32_t* left) {
-    Places places;
-    HWY_ALIGN float levels[LEVELS];
     HWY_ALIGN Whole whole[LEVELS];
-    placePixels(row.how, values, places);
-    levelsAt(places, row.how.parts, levels);
     roundLevels(levels, row.roundings, whole);
     if (putPixels(whole, out)) return 0;
     int count = 0;
@@ -151,6 +224,17 @@ HWY_INLINE int colourBlock(const RowOfColours& row, const double* values, int fi
         if (whole[4 * n + 3] != 0) left[count++] = first + static_cast<int>(n);
     }
     return count;
+}
+
+// Colours PIXELS pixels, as finishBlock() says.
+template <class Whole>
+HWY_INLINE int colourBlock(const RowOfColours& row, const double* values, int first,
+                           unsigned char* out, std::int32_t* left) {
+    Places<PIXELS> places;
+    HWY_ALIGN float levels[LEVELS];
+    placeValues(row.how, row.turn, values, PIXELS, places);
+    levelsAt(places, row.how.parts, levels);
+    return finishBlock<Whole>(row, levels, first, out, left);
 }
 
 // The same of at most PIXELS pixels, with not a byte more than theirs.
@@ -178,6 +262,41 @@ HWY_NOINLINE HWY_FLATTEN int colourRow(const RowOfColours& row, const double* va
     for (; first < n; first += BLOCK) {
         count += colourRest<Whole>(row, values + first, first, std::min(n - first, BLOCK),
                                    out + BYTES * first, left + count);
+    }
+    return count;
+}
+
+// At most PIXELS pixels of samples, with not a byte more than theirs.
+template <class Whole>
+HWY_INLINE int averageBlock(const RowOfColours& row, const SampleRows& samples, int first, int n,
+                            unsigned char* out, std::int32_t* left) {
+    const auto side = static_cast<std::size_t>(samples.side);
+    SamplePlaces places;
+    HWY_ALIGN float levels[LEVELS] = {};
+    HWY_ALIGN double padded[PIXELS * MOST_SAMPLES];
+    std::fill_n(padded, side * PIXELS, std::numeric_limits<double>::quiet_NaN());
+    for (int y = 0; y < samples.side; ++y) {
+        const double* values =
+            samples.values + y * samples.stride + std::ptrdiff_t{first} * samples.side;
+        std::copy_n(values, static_cast<std::size_t>(n) * side, padded);
+        placeValues(row.how, row.turn, padded, side * PIXELS, places);
+        addLights(places, row.how.parts, side, levels);
+    }
+    levelsOfSums(1 / static_cast<float>(side * side), levels);
+    unsigned char bytes[3 * sizeof(Whole) * PIXELS + 4];
+    const int count = finishBlock<Whole>(row, levels, first, bytes, left);
+    std::memcpy(out, bytes, 3 * sizeof(Whole) * static_cast<std::size_t>(n));
+    return count;
+}
+
+template <class Whole>
+HWY_NOINLINE HWY_FLATTEN int colourSamples(const RowOfColours& row, const SampleRows& samples,
+                                           int n, unsigned char* out, std::int32_t* left) {
+    constexpr int BLOCK = PIXELS, BYTES = 3 * sizeof(Whole);
+    int count = 0;
+    for (int first = 0; first < n; first += BLOCK) {
+        count += averageBlock<Whole>(row, samples, first, std::min(n - first, BLOCK),
+                                     out + BYTES * first, left + count);
     }
     return count;
 }

@@ -43,17 +43,14 @@ void computeAs(const Job& job, RowRange rows, bool values, const std::atomic<boo
     renderValues(tile, v.fractalType);
 }
 
-// The colours of samples.
+// The colours of samples from the palette.
 class Samples {
   public:
     Samples(const Job& which, const NumberRows& from) : job(which), numbers(from) {}
 
     Levels at(std::size_t n) const {
-        const Colouring& how = *job.colouring;
-        if (how.isSmooth()) return how.of(numbers.values[n]);
         const int count = numbers.counts[n];
-        if (stays(job, count)) return how.inside();
-        return how.hasGradient() ? how.of(count) : ofPalette(count);
+        return stays(job, count) ? job.colouring->inside() : ofPalette(count);
     }
 
     // The average, in linear light, of the samples from n on.
@@ -86,6 +83,12 @@ unsigned deepLevel(const unsigned char* at) {
     return unsigned{at[0]} << 8U | at[1];
 }
 
+// A level as the whole number below it, raised; in the arithmetic of compute/value_colours.h.
+unsigned cut(double level, float rounding) {
+    return static_cast<unsigned>(std::clamp(static_cast<float>(level), 0.0F, 1.0F) * 255 +
+                                 rounding);
+}
+
 void putDeep(double level, unsigned char* out) {
     // Half up, as levels of 8 bits are. NOLINTNEXTLINE(bugprone-incorrect-roundings)
     const auto whole = static_cast<unsigned>(std::clamp(level, 0.0, 1.0) * 65535 + 0.5);
@@ -94,13 +97,13 @@ void putDeep(double level, unsigned char* out) {
 }
 
 // What is added to levels of row y before they are cut.
-const double* roundingsOf(const Colouring& how, int y) {
+const float* roundingsOf(const Colouring& how, int y) {
     constexpr auto HALVES = [] {
-        std::array<double, ROUNDINGS> halves{};
-        halves.fill(0.5);
+        std::array<float, ROUNDINGS> halves{};
+        halves.fill(0.5F);
         return halves;
     }();
-    static constexpr std::array<double, ROUNDINGS> NEAREST = HALVES;
+    static constexpr std::array<float, ROUNDINGS> NEAREST = HALVES;
     return how.isDithered() ? DITHER[static_cast<unsigned>(y) % DITHER.size()].data()
                             : NEAREST.data();
 }
@@ -127,14 +130,13 @@ void computeNumbers(const Job& job, RowRange rows, bool values, const std::atomi
 }
 
 void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigned char* out) {
-    const double rounding = how.isDithered() ? ditherThreshold(x, y) : 0.5;
+    const float rounding = how.isDithered() ? ditherThreshold(x, y) : 0.5F;
     for (int c = 0; c < 3; ++c) {
         const double level = colour[static_cast<std::size_t>(c)];
         if (how.isDeep()) {
             putDeep(level, out + 2 * c);
         } else {
-            out[c] = static_cast<unsigned char>(
-                static_cast<int>(std::clamp(level, 0.0, 1.0) * 255 + rounding));
+            out[c] = static_cast<unsigned char>(cut(level, rounding));
         }
     }
 }
@@ -147,6 +149,32 @@ void colourRow(const Colouring& how, int y, const double* values, std::vector<st
     for (int n = 0; n < count; ++n) {
         const int x = left[static_cast<std::size_t>(n)];
         putLevels(how.of(values[x]), how, x, y, out + x * pixel);
+    }
+}
+
+Light averageLight(const Colouring& how, const double* values, std::ptrdiff_t stride, int side) {
+    Light sum{};
+    for (int y = 0; y < side; ++y, values += stride) {
+        for (int x = 0; x < side; ++x) {
+            const Light light = how.lightOf(values[x]);
+            for (std::size_t c = 0; c < 3; ++c) sum[c] += light[c];
+        }
+    }
+    for (float& light : sum) light *= 1 / static_cast<float>(side * side);
+    return sum;
+}
+
+void colourSamples(const Colouring& how, int y, const double* values, int side,
+                   std::vector<std::int32_t>& left, unsigned char* out) {
+    const int pixel = how.isDeep() ? 6 : 3, width = static_cast<int>(left.size());
+    const SampleRows samples{values, std::ptrdiff_t{width} * side, side};
+    const int count =
+        colourAverages(how.forSamples(), roundingsOf(how, y), samples, width, out, left.data());
+    for (int n = 0; n < count; ++n) {
+        const int x = left[static_cast<std::size_t>(n)];
+        const Light light = averageLight(how, values + x * side, samples.stride, side);
+        putLevels({levelOfLight(light[0]), levelOfLight(light[1]), levelOfLight(light[2])}, how, x,
+                  y, out + x * pixel);
     }
 }
 
@@ -165,20 +193,28 @@ void ColourRows::render(const Job& job, RowRange rows, unsigned char* out, std::
         computeNumbers(job, {first * n, end * n}, job.colouring->isSmooth(), stop, numbers);
         std::size_t sample = 0;
         for (int y = first; y < end; ++y, out += stride, sample += rowOfPixels) {
-            if (n == 1 && job.colouring->hasGradient()) {
-                colourRow(*job.colouring, y, valuesFrom(job, sample), left, out);
-            } else {
-                averageRow(job, y, sample, out);
-            }
+            renderRow(job, y, sample, out);
         }
     }
 }
 
-// Values of a row of samples. A count is one; that of a point that stays is none.
+void ColourRows::renderRow(const Job& job, int y, std::size_t sample, unsigned char* out) {
+    const Colouring& how = *job.colouring;
+    if (!how.hasGradient()) {
+        averageRow(job, y, sample, out);
+    } else if (job.supersample == 1) {
+        colourRow(how, y, valuesFrom(job, sample), left, out);
+    } else {
+        colourSamples(how, y, valuesFrom(job, sample), job.supersample, left, out);
+    }
+}
+
+// Values of the samples of a row of pixels. A count is one; that of a point that stays is none.
 const double* ColourRows::valuesFrom(const Job& job, std::size_t sample) {
     if (job.colouring->isSmooth()) return numbers.values.data() + sample;
     constexpr double INSIDE = std::numeric_limits<double>::quiet_NaN();
-    row.resize(static_cast<std::size_t>(job.size.width));
+    const auto samples = static_cast<std::size_t>(job.supersample * job.supersample);
+    row.resize(samples * static_cast<std::size_t>(job.size.width));
     for (double& value : row) {
         const std::int32_t count = numbers.counts[sample++];
         value = stays(job, count) ? INSIDE : count;

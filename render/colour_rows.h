@@ -39,12 +39,13 @@ class ColourRows {
     void render(const Job& job, RowRange rows, unsigned char* out, std::size_t stride);
 
   private:
+    void renderRow(const Job& job, int y, std::size_t sample, unsigned char* out);
     void averageRow(const Job& job, int y, std::size_t sample, unsigned char* out) const;
     const double* valuesFrom(const Job& job, std::size_t sample);
 
     const std::atomic<bool>& stop;
     NumberRows numbers;
-    std::vector<double> row;         // a row of counts as values
+    std::vector<double> row;         // counts of a row of pixels as values
     std::vector<std::int32_t> left;  // pixels of a row that vectors leave
 };
 
@@ -55,6 +56,13 @@ void putLevels(const Levels& colour, const Colouring& how, int x, int y, unsigne
 // vectors where the machine has them. room: as many elements as there are pixels.
 void colourRow(const Colouring& how, int y, const double* values, std::vector<std::int32_t>& room,
                unsigned char* out);
+
+// The same of averages of side x side values for each pixel; left: their number of pixels.
+void colourSamples(const Colouring& how, int y, const double* values, int side,
+                   std::vector<std::int32_t>& room, unsigned char* out);
+
+// The light of the values of one pixel, whose rows are `stride` elements apart.
+Light averageLight(const Colouring& how, const double* values, std::ptrdiff_t stride, int side);
 
 // Number of bytes of a pixel: 3 or 6.
 int pixelBytes(const Job& job);

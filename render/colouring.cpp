@@ -6,6 +6,7 @@
 
 #include "compute/fixed_math.h"
 #include "compute/saturate.h"
+#include "render/colour_curves.h"
 
 namespace render {
 namespace {
@@ -102,6 +103,49 @@ GradientPart GradientTable::partAt(int n) const {
     return part;
 }
 
+// What lies on a straight line of levels lies on one of light where the part is short enough.
+GradientPart GradientTable::lightOfPart(const GradientPart& part) const {
+    constexpr double NEAR = 1.0 / 65535;
+    GradientPart light;
+    light.start[3] = part.start[3];
+    for (std::size_t c = 0; c < 3; ++c) {
+        const double from = lightOf(part.start[c]), to = lightOf(part.start[c] + part.change[c]);
+        light.start[c] = static_cast<float>(from);
+        light.change[c] = static_cast<float>(to - from);
+        const double middle = part.start[c] + part.change[c] / 2;
+        if (!(std::abs(levelOf((from + to) / 2) - middle) < NEAR)) bend(light);
+    }
+    return light;
+}
+
+const GradientPart* GradientTable::lights() const {
+    std::call_once(lit, [this] {
+        lightParts.reserve(parts.size());
+        for (const GradientPart& part : parts) lightParts.push_back(lightOfPart(part));
+    });
+    return lightParts.data();
+}
+
+Light GradientTable::lightAt(double place) const {
+    const double scaledPlace = place * GRADIENT_PARTS;
+    const auto n = static_cast<std::size_t>(static_cast<int>(scaledPlace));
+    const GradientPart& part = lights()[n];
+    const auto share = static_cast<float>(scaledPlace - static_cast<double>(n));
+    Light light;
+    if (part.start[3] != 0) {
+        const Levels levels = gradient.at(place, blend);
+        for (std::size_t c = 0; c < 3; ++c) light[c] = static_cast<float>(lightOf(levels[c]));
+    } else {
+        for (std::size_t c = 0; c < 3; ++c) light[c] = part.start[c] + share * part.change[c];
+    }
+    return light;
+}
+
+Light GradientTable::lightInside() const {
+    const GradientPart& part = lights()[GRADIENT_INSIDE];
+    return {part.start[0], part.start[1], part.start[2]};
+}
+
 double bent(double value, Scale scale) {
     const double above = value > 0 ? value : 0;
     return scale == Scale::squareRoot ? std::sqrt(above) : fixedLog(above + 1);
@@ -142,6 +186,12 @@ ValueColours Colouring::forRows() const {
     return rows;
 }
 
+ValueColours Colouring::forSamples() const {
+    ValueColours rows = forRows();
+    rows.parts = table->lights();
+    return rows;
+}
+
 Colouring Colouring::over(const ValueRange& range) const {
     Colouring other = *this;
     other.stretch(range);
@@ -150,13 +200,13 @@ Colouring Colouring::over(const ValueRange& range) const {
 
 namespace {
 
-constexpr double thresholdAt(unsigned x, unsigned y) {
+constexpr float thresholdAt(unsigned x, unsigned y) {
     unsigned rank = 0;
     for (unsigned bit = 0; bit < 4; ++bit) {
         const unsigned across = x >> bit & 1U, down = y >> bit & 1U;
         rank = rank << 2U | (across ^ down) << 1U | down;
     }
-    return (2 * rank + 1) / 512.0;
+    return static_cast<float>(2 * rank + 1) / 512;
 }
 
 constexpr DitherPattern pattern() {

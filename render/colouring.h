@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -52,6 +53,8 @@ WantedColours merged(WantedColours chosen, const WantedColours& usual);
 // have one polynomial everywhere: the further out, the smoother.
 double escapeBound(const fractal& view, const WantedColours& colours);
 
+using Light = std::array<float, 3>;
+
 // A gradient in GRADIENT_PARTS parts, each a straight line where that is as good as the gradient
 // itself, so that a pixel costs little more than looking. Any thread.
 class GradientTable {
@@ -62,15 +65,24 @@ class GradientTable {
     // The colour at 0 <= place <= 1 within a quarter of a level of 16 bits.
     Levels at(double place) const;
 
-    // The table as compute/value_colours.h takes it.
+    // The light of the colour there, within a level of 16 bits of that of its levels.
+    Light lightAt(double place) const;
+    // Of values that are NaN.
+    Light lightInside() const;
+
+    // The table as compute/value_colours.h takes it, of levels and of light.
     const GradientPart* data() const { return parts.data(); }
+    const GradientPart* lights() const;
 
   private:
     GradientPart partAt(int n) const;
+    GradientPart lightOfPart(const GradientPart& part) const;
 
     const Gradient& gradient;
     Blend blend;
     std::vector<GradientPart> parts;
+    mutable std::once_flag lit;  // light is made when it is first asked for
+    mutable std::vector<GradientPart> lightParts;
 };
 
 // A value on its scale: linear as it is, the root of what is above zero, or the logarithm of one
@@ -94,13 +106,16 @@ class Colouring {
 
     // The colour of a value, or of a count with a gradient; NaN is inside.
     Levels of(double value) const;
-    // That at 0 <= place <= 1 of the gradient.
+    // The light of a value.
+    Light lightOf(double value) const;
+    // The colour at 0 <= place <= 1 of the gradient.
     Levels atPlace(double place) const { return table->at(place); }
     const Levels& inside() const { return insideLevels; }
 
-    // What colourValues() makes the same levels of; with a gradient only. It is of use while this
-    // colouring, or a copy of it, lives.
+    // What colourValues() and colourAverages() make the same levels of; with a gradient only. They
+    // are of use while this colouring, or a copy of it, lives.
     ValueColours forRows() const;
+    ValueColours forSamples() const;
 
   private:
     void stretch(const ValueRange& range);
@@ -119,9 +134,9 @@ class Colouring {
 
 // The share of the way to the next level up at which pixel (x, y) is rounded up no more, less than
 // 1: of every 16 x 16 pixels each has another one of 1/512, 3/512, ... 511/512.
-using DitherPattern = std::array<std::array<double, 16>, 16>;
+using DitherPattern = std::array<std::array<float, 16>, 16>;
 extern const DitherPattern DITHER;
-inline double ditherThreshold(int x, int y) {
+inline float ditherThreshold(int x, int y) {
     return DITHER[static_cast<unsigned>(y) % 16][static_cast<unsigned>(x) % 16];
 }
 
@@ -156,6 +171,10 @@ inline double Colouring::placeOf(double value) const {
     const double turns = (scaled(value, scale) - start) / turn + offset;
     const double place = fraction(turns);
     return options.range && place == 0 && turns > 0 ? 1 : place;
+}
+
+inline Light Colouring::lightOf(double value) const {
+    return value != value ? table->lightInside() : table->lightAt(placeOf(value));
 }
 
 inline Levels Colouring::of(double value) const {

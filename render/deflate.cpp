@@ -5,6 +5,7 @@
 
 #include <stdexcept>
 
+#include "render/row_codes.h"
 #include "render/row_filter.h"
 
 namespace render {
@@ -75,6 +76,16 @@ PackedBand BandPacker::packFast(std::string_view rows) {
     stream.avail_out = static_cast<std::uint32_t>(room.size());
     if (isal_deflate_stateless(&stream) != COMP_OK) throw std::logic_error("packing failed");
     return withChecksum({room.data(), stream.total_out}, rows);
+}
+
+PackedBand BandPacker::packDithered(std::string_view rows, std::size_t rowBytes,
+                                    std::size_t bytesPerPixel) {
+    makeRoom(room, codedRoom(rows.size()));
+    subtractLeft(rows, rowBytes, bytesPerPixel, differences);
+    const std::size_t packed =
+        codeRows(reinterpret_cast<const unsigned char*>(differences.data()), differences.size(),
+                 reinterpret_cast<unsigned char*>(room.data()));
+    return withChecksum({room.data(), packed}, differences);
 }
 
 // Flat areas pack best as they are, smooth ones filtered.

@@ -39,6 +39,11 @@ class BandPacker {
     PackedBand pack(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel,
                     Compression compression);
 
+    // As `fast`, for rows of dithered colours, in which there is hardly a match to be found: each
+    // pixel as its difference from the one before it, in a code for small differences
+    // (render/row_codes.h). The same blocks on every processor.
+    PackedBand packDithered(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel);
+
   private:
     struct FastState;
 
@@ -47,6 +52,7 @@ class BandPacker {
 
     std::unique_ptr<FastState> fast;  // made when first needed
     std::string room, otherRoom;      // where blocks are put
+    std::string differences;
 };
 
 // What a zlib stream of bands begins with. It tells how they are packed.

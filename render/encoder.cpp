@@ -53,7 +53,10 @@ EncodedBand PngEncoder::band(const Job& job, RowRange range, Workshop& workshop)
     pixels.resize(rowBytes * rows);
     for (std::size_t y = 0; y < rows; ++y) pixels[y * rowBytes] = 0;  // the filter: none
     workshop.rows.render(job, range, reinterpret_cast<unsigned char*>(pixels.data()) + 1, rowBytes);
-    const PackedBand packed = workshop.packer.pack(pixels, rowBytes, pixel, compression);
+    const bool dithered = job.colouring && job.colouring->isDithered();
+    const PackedBand packed = dithered && compression == Compression::fast
+                                  ? workshop.packer.packDithered(pixels, rowBytes, pixel)
+                                  : workshop.packer.pack(pixels, rowBytes, pixel, compression);
     return {pngChunk("IDAT", packed.blocks), packed.adler, packed.length};
 }
 

@@ -13,7 +13,7 @@
 
 namespace render {
 
-inline constexpr int MOST_SUPERSAMPLE = 8;
+inline constexpr int MOST_SUPERSAMPLE = MOST_SAMPLES;
 
 // automatic: exact where doubles do not suffice; no job has it (see render/precision.h).
 enum class Precision { singles, doubles, exact, automatic };

@@ -1,5 +1,6 @@
 #include "render/row_filter.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
@@ -71,6 +72,22 @@ std::string filterRows(std::string_view rows, std::size_t rowBytes, std::size_t 
         }
     }
     return filtered;
+}
+
+void subtractLeft(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel,
+                  std::string& filtered) {
+    constexpr char SUB = 1;
+    filtered.resize(rows.size());
+    for (std::size_t start = 0; start < rows.size(); start += rowBytes) {
+        const char* const row = rows.data() + start;
+        char* const out = filtered.data() + start;
+        out[0] = SUB;
+        const std::size_t first = std::min(rowBytes, 1 + bytesPerPixel);
+        std::copy(row + 1, row + first, out + 1);
+        for (std::size_t i = first; i < rowBytes; ++i) {
+            out[i] = static_cast<char>(row[i] - row[i - bytesPerPixel]);
+        }
+    }
 }
 
 }  // namespace render

@@ -13,4 +13,8 @@ namespace render {
 // thread.
 std::string filterRows(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel);
 
+// The same with each row filtered by the first of them, the differences from the pixel to the left.
+void subtractLeft(std::string_view rows, std::size_t rowBytes, std::size_t bytesPerPixel,
+                  std::string& filtered);
+
 }  // namespace render

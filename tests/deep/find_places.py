@@ -30,7 +30,6 @@ MISIUREWICZ = {  # near enough for Newton: preperiod, period, about where
     "branch": (4, 1, "-0.1010963638456222+0.9562865108091415j"),
     "spiral": (24, 2, "-0.77568377+0.13646737j"),
     "antenna": (2, 2, "0+1j"),
-    "seahorse": (28, 1, "-0.74645791+0.11515433j"),
     "elephant": (17, 1, "0.28488454+0.01112182j"),
 }
 
@@ -217,11 +216,11 @@ def all_places():
 
 def known_places():
     return [
-        ("seahorse-valley", at_misiurewicz("seahorse", "1e-50"), 4, 20000),
+        ("seahorse-valley", at_misiurewicz("spiral", "1e-30", 0.1), 4, 20000),
         ("elephant-valley", at_misiurewicz("elephant", "1e-50"), 4, 20000),
-        ("minibrot", minibrot("seahorse", "1e-25", 8), 4, 50000),
+        ("minibrot", minibrot("branch", "1e-25", 12), 4, 50000),
         ("needle", real_minibrot(40, 30), 4, 20000),
-        ("spiral", at_misiurewicz("spiral", "1e-100"), 4, 50000),
+        ("spiral", at_misiurewicz("branch", "1e-100", 0.1), 4, 20000),
     ]
 
 

@@ -29,6 +29,7 @@ TESSARY_OPEN(Added, c);
 TESSARY_OPEN(Bound, bound);
 TESSARY_OPEN(Operations, operations);
 TESSARY_OPEN(Index, m);
+TESSARY_OPEN(StepsDone, k);
 TESSARY_OPEN(Unit, q);
 TESSARY_OPEN(Start, start);
 TESSARY_OPEN(SetLaneScale, setLaneScale);
@@ -37,6 +38,11 @@ TESSARY_OPEN(IsLive, isLive);
 TESSARY_OPEN(Decide, decide);
 TESSARY_OPEN(Rebase, rebase);
 TESSARY_OPEN(RebaseTogether, rebaseTogether);
+TESSARY_OPEN(IsInside, isInside);
+TESSARY_OPEN(AreInside, areInside);
+TESSARY_OPEN(TinyStep, tinyStep);
+TESSARY_OPEN(Size, size);
+TESSARY_OPEN(SizeBefore, sizeBefore);
 TESSARY_OPEN(Largest, largest);
 TESSARY_OPEN(SkipAlone, skipAlone);
 TESSARY_OPEN(TogetherAt, at);
@@ -69,8 +75,8 @@ enum class Verdict { stays, escapes, left };
 // Lane 0. Units are 1 once a state was put, 2^unit() before.
 class Probe {
   public:
-    explicit Probe(const TierData<1>& data, int x = 0, int y = 0)
-        : tier(data), lanes(data, block, false, nullptr) {
+    explicit Probe(const TierData<1>& data, int x = 0, int y = 0, bool wantsValues = false)
+        : tier(data), lanes(data, block, wantsValues, nullptr) {
         block.used = 1;
         block.x[0] = x;
         block.y[0] = y;
@@ -92,14 +98,32 @@ class Probe {
         (lanes.*member(Measure()))(0);
     }
 
-    void step() {
+    // Whether the lane is calm behind it.
+    bool step() {
         auto x = (lanes.*member(Load()))(0);
         const auto with = (lanes.*member(ConstantsOf()))(0, 1);
         const orbits::OrbitLanes<1>::Vector from = point(at()), to = point(at() + 1);
-        (lanes.*member(Step()))(x, with, x.z + from, (lanes.*member(Added())).vector(0), to);
+        const auto calm =
+            (lanes.*member(Step()))(x, with, x.z + from, (lanes.*member(Added())).vector(0), to);
         (lanes.*member(Store()))(0, x);
         operations() += 1;
         ++at();
+        return (orbits::bitsOf(calm) & 1) != 0;
+    }
+    void stepFromTiny() { (lanes.*member(TinyStep()))(0); }
+
+    bool isInside() { return (lanes.*member(IsInside()))(0); }
+    // As lanes next to a reference are, all together.
+    bool areInside() {
+        (lanes.*member(TogetherAt())) = at();
+        return (lanes.*member(AreInside()))();
+    }
+
+    // |z|^2 as if these had been reached, by one step that had no error before it.
+    void setSizes(double before, double now) {
+        (lanes.*member(SizeBefore()))[0] = before;
+        (lanes.*member(Size()))[0] = now;
+        (lanes.*member(StepsDone()))[0] = 1;
     }
 
     void rebase() { (lanes.*member(Rebase()))(0); }

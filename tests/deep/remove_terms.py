@@ -105,7 +105,8 @@ TESTS = {  # quickest first
     "deep_places_test": "*limit*:*spiral*:*minibrot_off*:*zero*",
 }
 # The tests that contain what the library does with lanes, or its tables' maker: they look into it.
-STEP_CLAIMS, SKIP_CLAIMS = "tests/deep/step_claims_test.cpp", "tests/deep/skip_claims_test.cpp"
+LANE_CLAIMS = ["tests/deep/step_claims_test.cpp", "tests/deep/decision_claims_test.cpp"]
+SKIP_CLAIMS = "tests/deep/skip_claims_test.cpp"
 
 
 def command_of(build, name):
@@ -178,7 +179,7 @@ def main(build, *tests):
                 if name == "skips.cpp":
                     anew.append(SKIP_CLAIMS)
                 if not name.endswith(".cpp"):
-                    anew = ["deep/vector_orbits.cpp", STEP_CLAIMS]
+                    anew = ["deep/vector_orbits.cpp", *LANE_CLAIMS]
                 made = [compiled(build, folder, source) for source in anew]
             noticed = first_failure(build, folder, made, tests or TESTS)
             print(f"{what}: {noticed or 'not noticed'}", flush=True)

@@ -64,6 +64,27 @@ TEST_P(EveryTier, DecidesMostPixelsAndNoneWrong) {
 INSTANTIATE_TEST_SUITE_P(Deep, EveryTier,
                          testing::Values(Tier::doubles, Tier::pairs, Tier::digits));
 
+// 2^-k, all of its digits.
+std::string powerOfHalf(unsigned long k) {
+    mpz_class digits;
+    mpz_ui_pow_ui(digits.get_mpz_t(), 5, k);
+    return digits.get_str() + "e-" + std::to_string(k);
+}
+
+// A short binary number, which nothing rounds but the steps: it is followed along the real axis,
+// where it doubles its errors, until its imaginary part has grown out of the first precision.
+TEST(Digits, AreAsManyAsTheStepsTakeWhereTheirPointIsShort) {
+    const Alone alone(Tier::digits);
+    for (const char* re : {"-1.9990234375", "-1.9375", "-1.984375"}) {
+        for (unsigned long k = 130; k < 420; k += 13) {
+            const oracle::View view{re, powerOfHalf(k), "1", "", "", 4, 4, 4, 2000};
+            const deep::Picture picture(toDeep(view));
+            const std::int32_t right = oracle::Oracle(view).pixel(2, 2).count;
+            EXPECT_EQ(renderPart(picture, 2, 2, 1, 1).counts[0], right) << re << ' ' << k;
+        }
+    }
+}
+
 // ---- instruction sets ----
 
 class ForcedTarget {

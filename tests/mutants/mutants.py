@@ -58,6 +58,7 @@ TESTS_OF = [
     ("compute/palette_tables", "palette_tables_test"),
     ("compute/pixels", "pixels_test tile_test"),
     ("compute/fixed_math", "fixed_math_test"),
+    ("render/", "render_test"),
     ("compute/", "formula_test tile_test value_test"),
     ("commands/", "commands_test"),
     ("GlutMenu/PlainState", "toolkit_plain_state_test"),

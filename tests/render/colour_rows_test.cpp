@@ -153,12 +153,135 @@ TEST(ARowOfValues, HasThemAtAnyPeriodOffsetAndRange) {
     }
 }
 
+Bytes averagesOneByOne(const Colouring& how, int y, const std::vector<double>& values, int side) {
+    const int pixel = how.isDeep() ? 6 : 3, width = static_cast<int>(values.size()) / side / side;
+    Bytes out(static_cast<std::size_t>(pixel * width));
+    for (int x = 0; x < width; ++x) {
+        const render::Light light =
+            render::averageLight(how, values.data() + x * side, width * side, side);
+        render::Levels levels;
+        for (std::size_t c = 0; c < 3; ++c) levels[c] = levelOfLight(light[c]);
+        render::putLevels(levels, how, x, y, out.data() + x * pixel);
+    }
+    out.resize(out.size() + 16, CANARY);
+    return out;
+}
+
+void expectTheSameAverages(const Colouring& how, int width, int side) {
+    const auto samples = static_cast<std::size_t>(width * side * side);
+    const auto values = anyValues(samples, static_cast<unsigned>(width + side));
+    const Bytes expected = averagesOneByOne(how, width, values, side);
+    for (const auto& target : allTargets()) {
+        const ForcedTarget forced(target.bit);
+        Bytes actual(expected.size(), CANARY);
+        std::vector<std::int32_t> room(static_cast<std::size_t>(width));
+        render::colourSamples(how, width, values.data(), side, room, actual.data());
+        EXPECT_EQ(actual, expected) << target.name << ", " << width << " pixels of " << side;
+    }
+}
+
+TEST(AveragesOfValues, HaveTheBytesOfTheirPixelsInEveryGradient) {
+    std::vector<std::string> texts = render::gradientNames();
+    texts.emplace_back("#000000 0, #ffffff 0.123, #ff0000 0.123, #00ff00 0.7");
+    for (const std::string& text : texts) {
+        WantedColours colours = smoothWith(text);
+        colours.inside = render::Colour{51, 102, 253};
+        forEveryWay(colours, [&](const WantedColours& way) {
+            expectTheSameAverages(Colouring(way), 150, 2);
+        });
+    }
+}
+
+TEST(AveragesOfValues, HaveThemAtAnyWidthAndNumberOfSamples) {
+    for (const int depth : {8, 16}) {
+        WantedColours colours = smoothWith(render::gradientNames().front());
+        colours.depth = depth;
+        const Colouring how(colours);
+        for (int width = 1; width <= 140; ++width) expectTheSameAverages(how, width, 3);
+        for (int side = 1; side <= MOST_SAMPLES; ++side) expectTheSameAverages(how, 70, side);
+    }
+}
+
+double exactLight(double level) {
+    return level <= 0.04045 ? level / 12.92 : std::pow((level + 0.055) / 1.055, 2.4);
+}
+
+double exactLevel(double light) {
+    return light <= 0.0031308 ? light * 12.92 : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+}
+
+TEST(AveragesOfValues, AreTakenOfTheLightOfTheirSamples) {
+    WantedColours colours = smoothWith("tide");
+    colours.inside = render::Colour{255, 128, 0};
+    const Colouring how(colours);
+    for (int side = 1; side <= MOST_SAMPLES; ++side) {
+        const auto values = anyValues(static_cast<std::size_t>(side * (side + 5)), 7);
+        double sum[3] = {};
+        for (int n = 0; n < side * side; ++n) {
+            const auto levels =
+                how.of(values[static_cast<std::size_t>(n / side * (side + 5) + n % side)]);
+            for (std::size_t c = 0; c < 3; ++c) sum[c] += exactLight(levels[c]);
+        }
+        const render::Light light = render::averageLight(how, values.data(), side + 5, side);
+        for (std::size_t c = 0; c < 3; ++c) {
+            const double exact = exactLevel(sum[c] / (side * side));
+            EXPECT_NEAR(levelOfLight(light[c]), exact, 1.5 / 65535) << side;
+        }
+    }
+}
+
+TEST(TheLevelOfALight, LiesOnTheCurve) {
+    for (int n = -1000; n <= 100000; ++n) {
+        const float light = static_cast<float>(n) / 100000;
+        EXPECT_NEAR(levelOfLight(light), exactLevel(light), 1e-6) << light;
+    }
+    EXPECT_EQ(levelOfLight(0), 0);
+}
+
+// Though the light of a level is rounded, dithering adds nothing to a whole one.
+TEST(AveragesOfWhatHasNoValue, AreInside) {
+    for (unsigned level = 0; level <= 255; ++level) {
+        WantedColours colours = smoothWith("grey");
+        const auto byte = static_cast<unsigned char>(level);
+        colours.inside = render::Colour{byte, byte, byte};
+        const Colouring how(colours);
+        const std::vector<double> values(9 * 16, std::nan(""));
+        std::vector<std::int32_t> room(16);
+        for (int y = 0; y < 16; ++y) {
+            Bytes out(3 * 16);
+            render::colourSamples(how, y, values.data(), 3, room, out.data());
+            ASSERT_EQ(out, Bytes(3 * 16, byte)) << level;
+        }
+    }
+}
+
+TEST(Vectors, LeaveOnlyPixelsWithASampleThatTheTableDoesNotKnow) {
+    const Colouring broken(smoothWith("#000000 0, #ffffff 0.50001, #ff0000 0.50001"));
+    const std::vector<float> halves(ROUNDINGS, 0.5F);
+    constexpr int WIDTH = 100, SIDE = 8;
+    for (const int odd : {0, 7, 64 * SIDE + 3, WIDTH * SIDE - 1}) {
+        std::vector<double> values(WIDTH * SIDE * SIDE, 12.0);
+        values[static_cast<std::size_t>(5 * WIDTH * SIDE + odd)] = 32.0;  // at the edge
+        for (const auto& target : allTargets()) {
+            if (target.name == "scalar") continue;
+            const ForcedTarget forced(target.bit);
+            std::vector<std::int32_t> left(WIDTH, -1);
+            Bytes out(3 * WIDTH);
+            const int count =
+                colourAverages(broken.forSamples(), halves.data(),
+                               {values.data(), WIDTH * SIDE, SIDE}, WIDTH, out.data(), left.data());
+            ASSERT_EQ(count, 1) << target.name;
+            EXPECT_EQ(left[0], odd / SIDE);
+        }
+    }
+}
+
 // What vectors leave is counted, or rows of which they do nothing would pass as well.
 TEST(Vectors, LeaveOnlyWhatTheTableDoesNotKnow) {
     const Colouring straight(smoothWith("#000000 0, #ffffff 0.5")),
         broken(smoothWith("#000000 0, #ffffff 0.50001, #ff0000 0.50001"));
     const std::vector<double> values(100, 32.0);  // half a turn: there the second one has an edge
-    const std::vector<double> halves(ROUNDINGS, 0.5);
+    const std::vector<float> halves(ROUNDINGS, 0.5F);
     for (const auto& target : allTargets()) {
         const ForcedTarget forced(target.bit);
         std::vector<std::int32_t> left(values.size(), -1);

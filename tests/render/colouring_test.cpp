@@ -60,6 +60,26 @@ TEST(TheTable, SeesWhatIsNarrowerThanItsParts) {
     EXPECT_EQ(table.at(0.5001)[0], 0);
 }
 
+TEST(TheTable, KnowsTheLightOfTheGradient) {
+    std::mt19937_64 random(2);
+    std::uniform_real_distribution<double> any(0, 1);
+    std::vector<std::string> texts = render::gradientNames();
+    texts.emplace_back("#000000 0, #ffffff 0.123, #ff0000 0.123, #00ff00 0.7");
+    texts.emplace_back("#000000 0, #ffffff 0.01, #000000 0.02");
+    for (const std::string& text : texts) {
+        const Gradient gradient = render::readGradient(text);
+        const render::GradientTable table(gradient, Blend::srgb);
+        for (int n = 0; n < 20000; ++n) {
+            const double place = n == 0 ? 1 : any(random);
+            const Levels exact = gradient.at(place, Blend::srgb);
+            const render::Light light = table.lightAt(place);
+            for (std::size_t c = 0; c < 3; ++c) {
+                ASSERT_NEAR(levelOfLight(light[c]), exact[c], 1.5 / 65535) << text << " " << place;
+            }
+        }
+    }
+}
+
 TEST(SmoothColours, HaveTheFirstGradientWhereNoneIsNamed) {
     WantedColours colours;
     colours.smooth = true;
