@@ -37,6 +37,8 @@ ONE_TARGET = "TESSARY_SKIPPED_TARGETS=(HWY_SSSE3|HWY_SSE4|HWY_AVX3)"
 TESTS_OF = [
     ("compute/vector_certified-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_trig-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
+    ("compute/vector_trig_floats-inl.h", "float_claims_test trig_pictures_test"),
+    ("compute/vector_trig_short-inl.h", "float_claims_test trig_pictures_test"),
     ("compute/vector_ball-inl.h", "lean_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_lean-inl.h", "lean_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_certified_values-inl.h", "value_vector_test"),
