@@ -247,14 +247,20 @@ void saveBalls(CertifiedSlotsOf<T>& slots, double radius) {
     }
 }
 
+// The ball laid after so many steps: as far as an orbit that has come so slowly still is from where
+// it will rest. A larger one takes the strength of a weak contraction in its second order.
+inline constexpr double BALL_RADIUS = 0x1p-6, BALL_SHRINKS = 128 * BALL_RADIUS;
+inline double ballRadius(double steps) {
+    return std::min(BALL_RADIUS, BALL_SHRINKS / steps);
+}
+
 // Iterates the pixels in the slots to their end; counts may be IN_DOUBT. close() closes ranks. With
-// `detect`, balls are laid at steps that double. Returns whether all came to their end, rather than
-// being told to stop.
+// `detect`, balls are laid at steps that grow by half. Returns whether all came to their end,
+// rather than being told to stop.
 template <class Kind, class T, class S, class Close>
 HWY_INLINE bool iterateLean(S& slots, double escape, int limit, bool detect, StopFlag stop,
                             Close&& close) {
     constexpr int FIRST_BALL = 16;
-    constexpr double RADIUS = 0x1p-8;
     Slots<T>& s = slots.s;
     const LeanLimit<T> limits(escape);
     fill(typename Number<T>::D(), slots.bound, s.used, hn::Zero(typename Number<T>::D()));
@@ -269,8 +275,8 @@ HWY_INLINE bool iterateLean(S& slots, double escape, int limit, bool detect, Sto
         }
         steps += block;
         if (detect && steps >= saveAt) {
-            saveBalls(slots, RADIUS);
-            saveAt = steps > (1 << 29) ? steps : 2 * steps;
+            saveBalls(slots, ballRadius(steps));
+            saveAt = steps > (1 << 29) ? steps : steps + steps / 2;
         }
         const std::size_t needed = (s.alive + Slots<T>::LANES - 1) / Slots<T>::LANES;
         if (s.alive > 0 && 2 * needed <= s.vectors()) close();

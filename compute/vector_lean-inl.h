@@ -269,20 +269,21 @@ HWY_INLINE cpuComplex<Number<T>> leanNext(HyperbolicCosineKind, const LeanFactor
     return {fused(f.cos, f.cosh, c.r), fused(f.sin, f.sinh, c.i)};
 }
 
-template <class T>
-HWY_INLINE Number<T> slopeFactor(SineKind, const LeanFactors<T>& f) {
+// F: LeanFactors, or what has the same functions.
+template <class F>
+HWY_INLINE auto slopeFactor(SineKind, const F& f) {
     return f.cos;
 }
-template <class T>
-HWY_INLINE Number<T> slopeFactor(HyperbolicSineKind, const LeanFactors<T>& f) {
+template <class F>
+HWY_INLINE auto slopeFactor(HyperbolicSineKind, const F& f) {
     return f.cos;
 }
-template <class T>
-HWY_INLINE Number<T> slopeFactor(CosineKind, const LeanFactors<T>& f) {
+template <class F>
+HWY_INLINE auto slopeFactor(CosineKind, const F& f) {
     return f.sin;
 }
-template <class T>
-HWY_INLINE Number<T> slopeFactor(HyperbolicCosineKind, const LeanFactors<T>& f) {
+template <class F>
+HWY_INLINE auto slopeFactor(HyperbolicCosineKind, const F& f) {
     return f.sin;
 }
 

@@ -58,6 +58,15 @@ class ChunkCounts {
         for (std::size_t n = 0; n < pixels; ++n) count[n] = count[n] < stays ? DOUBT : count[n];
     }
 
+    void doubtAll() { std::fill(count, count + pixels, DOUBT); }
+
+    // Whether less than one pixel in 16 is settled.
+    bool nearlyAllInDoubt() const {
+        const auto settled =
+            std::count_if(count, count + pixels, [](auto n) { return n != DOUBT; });
+        return 16 * static_cast<std::size_t>(settled) < pixels;
+    }
+
     // The count of each pixel, DOUBT included.
     template <class Word>
     void copyTo(Word* counts) const {
@@ -103,6 +112,18 @@ class ChunkCounts {
         holdFirst(s, n);
         s.columns = s.stride = n;
         return n;
+    }
+
+    // Has exact() follow the pixels in doubt, if there are any, and keeps their counts. Returns
+    // whether it came to an end.
+    template <class Exact>
+    bool followDoubtful(Exact&& exact) {
+        FollowedPixels left;
+        forDoubtful([&](std::size_t place, double r, double i) { left.add(place, r, i); });
+        if (left.used == 0) return true;
+        if (!exact(left)) return false;
+        for (std::size_t k = 0; k < left.used; ++k) (*this)(left.place[k], left.count[k]);
+        return true;
     }
 
     void paint() {
@@ -169,16 +190,10 @@ bool countInFloat(ChunkCounts<T>& counts, const VectorTile<T>& tile, bool detect
     return countLean<R>(slots, tile, detect, counts);
 }
 
-// The second stage of a float picture: exact(slots) iterates the slots by the way that leaves no
-// doubt, and leaves their counts in their first order.
+// The second stage of a float picture: exact(pixels) follows pixels by the scalar rule.
 template <class R, class Exact>
 bool countDoubtful(ChunkCounts<float>& counts, const VectorTile<float>&, bool, Exact&& exact) {
-    Slots<float> s;
-    std::size_t places[ChunkCounts<float>::ROOM];
-    const std::size_t n = counts.takeDoubtful(s, places);
-    if (!exact(s)) return false;
-    for (std::size_t k = 0; k < n; ++k) counts(places[k], s.count[k]);
-    return true;
+    return counts.followDoubtful(exact);
 }
 
 // The second and third of a double picture: exact(pixels) follows pixels by the scalar rule.
@@ -190,13 +205,14 @@ bool countDoubtful(ChunkCounts<double>& counts, const VectorTile<double>& tile, 
     counts.takeDoubtful(slots.s, places);
     const auto finish = [&](std::size_t k, std::uint64_t found) { counts(places[k], found); };
     if (!countLean<R>(slots, tile, detect, finish)) return false;
-    FollowedPixels left;
-    counts.forDoubtful([&](std::size_t place, double r, double i) { left.add(place, r, i); });
-    if (left.used == 0) return true;
-    if (!exact(left)) return false;
-    for (std::size_t k = 0; k < left.used; ++k) counts(left.place[k], left.count[k]);
-    return true;
+    return counts.followDoubtful(exact);
 }
+
+// How many chunks this thread makes without the first stage, which settled next to nothing of the
+// last one that it was tried on. Each thread writes and reads its own, no lock. A guess for chunks
+// that mostly lie near: the picture does not depend on it.
+inline thread_local int chunksWithoutFloat = 0;
+inline constexpr int WITHOUT_FLOAT = 3;
 
 // Renders a chunk. exact() is for what is in doubt at last, and returns whether it came to an end.
 template <class R, class T, class Exact>
@@ -205,7 +221,13 @@ void renderChunkInStages(const VectorTile<T>& tile, const Chunk& chunk, bool det
     ChunkCounts<T> counts(tile, chunk);
     const std::ptrdiff_t corner = std::ptrdiff_t{chunk.y0} * tile.width + chunk.x0;
     prefetchRows(tile.buffer + 4 * corner, chunk.y1 - chunk.y0, tile.width);
-    if (!countInFloat<R>(counts, tile, detect)) return;
+    if (chunksWithoutFloat > 0) {
+        --chunksWithoutFloat;
+        counts.doubtAll();
+    } else {
+        if (!countInFloat<R>(counts, tile, detect)) return;
+        if (counts.nearlyAllInDoubt()) chunksWithoutFloat = WITHOUT_FLOAT;
+    }
     if (counts.anyInDoubt() && !countDoubtful<R>(counts, tile, detect, exact)) return;
     counts.paint();
 }

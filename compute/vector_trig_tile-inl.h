@@ -20,6 +20,7 @@
 #include "compute/vector_slots-inl.h"
 #include "compute/vector_stages-inl.h"
 #include "compute/vector_tile-inl.h"
+#include "compute/vector_trig_floats-inl.h"
 
 #if HWY_TARGET != HWY_SCALAR
 
@@ -31,9 +32,10 @@ template <class R>
 void renderTrigChunk(const VectorTile<float>& tile, const Chunk& chunk, bool detect) {
 #if TESSARY_HAS_LEAN
     if (static_cast<double>(tile.limit) <= LEAN_LIMIT) {
+        using Kind = typename KindOf<R>::Kind;
         const int limit = std::max(tile.maxIters, 0);
-        return renderChunkInStages<R>(tile, chunk, detect, [&](Slots<float>& s) HWY_ATTR {
-            return iterateSlots<KeepCounts, R>(s, tile, limit, detect);
+        return renderChunkInStages<R>(tile, chunk, detect, [&](FollowedPixels& pixels) HWY_ATTR {
+            return followFloats<Kind>(pixels, tile.limit, limit, detect, tile.stop);
         });
     }
 #endif

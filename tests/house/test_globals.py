@@ -131,6 +131,7 @@ class Globals(unittest.TestCase):
     def test_what_stands_without_a_window_keeps_nothing_that_a_picture_depends_on(self):
         kept = {name for file, name, _ in self.symbols if file.startswith(("compute/", "frac/"))}
         harmless = {
+            "chunksWithoutFloat",  # what a thread expects of its next chunks: time, not pixels
             "cycleDetection",  # a switch of tests and benchmarks
             "lastOfThread",  # the discs of the constant that a thread had last: time, not pixels
             "lastRegion",  # where the orbits of a thread's last constant stay: time, not pixels

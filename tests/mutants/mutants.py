@@ -38,6 +38,8 @@ SURVIVED, NO_CODE, LISTED = "SURVIVED", "does not compile", "listed"
 TESTS_OF = [
     ("compute/vector_certified-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_trig-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
+    ("compute/vector_trig_floats-inl.h", "float_claims_test trig_pictures_test"),
+    ("compute/vector_trig_short-inl.h", "float_claims_test trig_pictures_test"),
     ("compute/vector_ball-inl.h", "lean_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_lean-inl.h", "lean_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_certified_values-inl.h", "value_vector_test"),
