@@ -69,7 +69,7 @@ class Orbit {
     // Whether the orbit is back at 0 but for an eighth of what differences have grown to, as the
     // derivative tells. Nearly all pixels start anew here anyhow, and it would tell them nothing
     // new from here on.
-    bool isBack() const { return Wide(64 * square) < spread; }
+    bool isBack() const { return square > 0x1p-600 && Wide(64 * square) < spread; }
 
   private:
     // `rest` is |Z|^2 - L.
