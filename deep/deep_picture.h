@@ -1,15 +1,6 @@
 // Iteration counts of Mandelbrot and Julia sets at any depth, proven to be those of exact
 // arithmetic at the pixel's exact point: no count is a guess, and no result depends on threads, on
-// the part of the picture that is asked for or on the instruction set. docs/deep-zoom.md derives
-// it.
-//
-// Orbits are followed as differences from a reference (K. I. Martin, "Superfractalthing maths",
-// 2013), which is taken anew where it has come nearer to 0 than the difference is long, and skip
-// steps by bilinear maps (Zhuoran and C. Heiland-Allen, 2021 to 2022). Here each carries a bound of
-// its error: standard rounding analysis (N. J. Higham, "Accuracy and Stability of Numerical
-// Algorithms", 2002), discs as in J. van der Hoeven, "Ball arithmetic", 2009, sums of two doubles
-// as in M. Joldes, J.-M. Muller and V. Popescu, "Tight and rigorous error bounds for basic building
-// blocks of double-word arithmetic", 2017.
+// the part of the picture that is asked for or on the instruction set (docs/deep-zoom.md).
 #pragma once
 
 #include <cstddef>

@@ -28,8 +28,9 @@ void step(Fraction& z, const ExactPoint& c, const Integer& over) {
     z = {re, im, square};
 }
 
-// Whether |z|^2 = limit, a whole number times a power of two as every double.
-bool isAt(const Fraction& z, double limit) {
+// |z|^2 against the limit, a whole number times a power of two as every double: below 0, 0 or
+// above.
+int compare(const Fraction& z, double limit) {
     int exponent = 0;
     const double mantissa = std::ldexp(std::frexp(limit, &exponent), 53);
     exponent -= 53;
@@ -42,7 +43,7 @@ bool isAt(const Fraction& z, double limit) {
     } else {
         mpz_mul_2exp(size, size, static_cast<mp_bitcnt_t>(-exponent));
     }
-    return mpz_cmp(size, bound) == 0;
+    return mpz_cmp(size, bound);
 }
 
 }  // namespace
@@ -55,7 +56,11 @@ bool isExactTie(const ExactView& exact, const ExactPoint& pixel, int n, double l
     const ExactPoint& c = exact.isJulia() ? exact.constant() : pixel;
     Fraction z{pixel.re, pixel.im, over};
     for (int i = 0; i < doublings; ++i) step(z, c, over);
-    return isAt(z, limit);
+    return compare(z, limit) == 0;
+}
+
+bool isBeyond(const ExactView& exact, const ExactPoint& point, double limit) {
+    return compare({point.re, point.im, exact.denominator()}, limit) > 0;
 }
 
 }  // namespace deep

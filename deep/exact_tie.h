@@ -13,4 +13,7 @@ inline constexpr long MOST_TIE_BITS = 1L << 20;
 // numbers; false too where these would take more than MOST_TIE_BITS. Any thread.
 bool isExactTie(const ExactView& exact, const ExactPoint& pixel, int n, double limit);
 
+// Whether |point|^2 > limit, finite, by whole numbers. Any thread.
+bool isBeyond(const ExactView& exact, const ExactPoint& point, double limit);
+
 }  // namespace deep

@@ -2,57 +2,36 @@
 
 #include <algorithm>
 
-#include "frac/decimal_text.h"
+#include "frac/decimal.h"
 
 namespace deep {
 namespace {
 
-std::string digitsOf(const DecimalParts& parts) {
-    return std::string(parts.whole) + std::string(parts.fraction);
+Decimal numberOf(const std::string& text) {
+    return text.empty() ? Decimal() : Decimal::of(std::string_view(text));
 }
 
-// The power of ten that the digits without their point are multiplied by.
-long powerOf(const std::string& text) {
-    const auto parts = decimalParts(text);
-    return parts ? static_cast<long>(parts->exponent) - static_cast<long>(parts->fraction.size())
-                 : 0;
-}
-
-// How many decimals make all of these whole.
-unsigned long decimalsOf(const View& view) {
-    long least = 0;
+// The place of the last digit of all of these, or that of ones.
+std::int64_t lastPlaceOf(const View& view) {
+    std::int64_t last = 0;
     for (const std::string* text : {&view.re, &view.im, &view.width, &view.cRe, &view.cIm}) {
-        least = std::min(least, powerOf(*text));
+        last = std::min(last, numberOf(*text).lastPlace());
     }
-    return static_cast<unsigned long>(-least);
-}
-
-// text * 10^decimals; 0 for what is no decimal.
-Integer scaled(const std::string& text, unsigned long decimals) {
-    Integer value, ten;
-    const auto parts = decimalParts(text);
-    if (!parts) return value;
-    mpz_set_str(value, digitsOf(*parts).c_str(), 10);
-    if (parts->negative) mpz_neg(value, value);
-    const long power = powerOf(text) + static_cast<long>(decimals);
-    mpz_ui_pow_ui(ten, 10, static_cast<unsigned long>(power));
-    mpz_mul(value, value, ten);
-    return value;
+    return last;
 }
 
 }  // namespace
 
 ExactView::ExactView(const View& view)
     : julia(!view.cRe.empty()), wide(view.pixelsWide), high(view.pixelsHigh) {
-    const unsigned long decimals = decimalsOf(view);
-    mpz_ui_pow_ui(over, 10, decimals);
-    mpz_mul_si(over, over, 2 * wide);
-    step = scaled(view.width, decimals);
+    const std::int64_t last = lastPlaceOf(view);
     const auto whole = [&](const std::string& text) {
-        Integer value = scaled(text, decimals);
+        Integer value = numberOf(text).digitsAt(last);
         mpz_mul_si(value, value, 2 * wide);
         return value;
     };
+    over = whole("1");
+    step = numberOf(view.width).digitsAt(last);
     middle = {whole(view.re), whole(view.im)};
     juliaConstant = {whole(view.cRe), whole(view.cIm)};
     axisRow = indexOfZero(middle.im, high);
@@ -129,6 +108,12 @@ bool divide(Big& to, const Integer& exact, const Integer& over) {
     mpfr_set_z(numerator, exact, MPFR_RNDN);
     mpfr_set_z(denominator, over, MPFR_RNDN);
     return mpfr_div(to, numerator, denominator, MPFR_RNDN) != 0;
+}
+
+Wide wide(mpfr_srcptr x) {
+    long exponent = 0;
+    const double mantissa = mpfr_get_d_2exp(&exponent, x, MPFR_RNDN);
+    return Wide(mantissa, exponent);
 }
 
 }  // namespace deep

@@ -1,8 +1,9 @@
 // The points of a view as fractions of whole numbers: nothing is rounded.
 #pragma once
 
-#include "deep/big_number.h"
+#include "compute/wide.h"
 #include "deep/view.h"
+#include "frac/big_number.h"
 
 namespace deep {
 
@@ -54,5 +55,8 @@ class ExactView {
 
 // exact / over as a floating-point number; whether it had to be rounded.
 bool divide(Big& to, const Integer& exact, const Integer& over);
+
+// x to a double's precision, however small it is.
+Wide wide(mpfr_srcptr x);
 
 }  // namespace deep

@@ -37,13 +37,13 @@ class LaneSteps : public OrbitLanes<PARTS> {
         if (exponent < -200 && size[l] > 0) {
             exponent = std::max<std::int64_t>(exponent, std::ilogb(size[l]) / 2);
         }
-        const double to = power(-exponent);
+        const double to = widePower(-exponent);
         beginAnew(l, exponent, times(z[l], to), size[l] * to * to);
     }
 
     // z and s = |z|^2 in units of 2^unit. z has Z's rounding and its own: 2 u (|d| + 2 |z|).
     void beginAnew(int l, std::int64_t unit, const Scalar& from, double s) {
-        const double by = power(q[l] - unit);
+        const double by = widePower(q[l] - unit);
         bound[l] = ((bound[l] + 8 * U * U * dSize[l]) * by * by + 32 * U * U * s + FLOOR) * UPWARDS;
         d.set(l, from);
         m[l] = reference.critical;
@@ -61,23 +61,25 @@ class LaneSteps : public OrbitLanes<PARTS> {
     // One step from a tiny point, or from 0, with every product in units of its own.
     void tinyStep(int l) {
         operations[l] += 1;
+        fit(l);
         const auto* tiny = m[l] != reference.critical ? reference.tinyAt(m[l]) : nullptr;
         const std::int64_t unit =
             tiny != nullptr ? std::max<std::int64_t>(tiny->exponent, q[l]) : q[l];
         Scalar from{};
         if (tiny != nullptr) {
-            from =
-                times(of<double>(::deep::cut<PARTS>(tiny->number)), power(tiny->exponent - unit));
+            from = times(of<double>(::deep::cut<PARTS>(tiny->number)),
+                         widePower(tiny->exponent - unit));
         }
-        const double ofD = power(q[l] - unit);
+        const double ofD = widePower(q[l] - unit);
         const Scalar to = scaleAdd(ofD, d[l], from);
         const double s = squareOf(to);
         if (tiny != nullptr && s < dSize[l] * ofD * ofD) return beginAnew(l, unit, to, s);
         const std::int64_t next = std::max(unit + q[l], tier.offsetExponent);
-        const double product = power(unit + q[l] - next), added = power(tier.offsetExponent - next);
-        growTiny(l, s, product, added, power(4 * q[l] - 2 * next));
-        sizeBefore[l] = s * power(unit) * power(unit);
-        boundBefore[l] *= power(2 * (q[l] - next));
+        const double product = widePower(unit + q[l] - next),
+                     added = widePower(tier.offsetExponent - next);
+        growTiny(l, s, product, added, widePower(4 * q[l] - 2 * next));
+        sizeBefore[l] = s * widePower(unit) * widePower(unit);
+        boundBefore[l] *= widePower(2 * (q[l] - next));
         moveOn(l, scaleAdd(product, (to + from) * d[l], times(offset[l], added)), 1, next);
         if (!this->isInside(l)) this->decide(l);
     }
@@ -95,12 +97,11 @@ class LaneSteps : public OrbitLanes<PARTS> {
     void skip(int l, const Node<PARTS>& node, int steps) {
         operations[l] += 1;
         const bool moves = node.aExponent != 0 || node.bExponent != 0;
-        const double most = std::max(dSize[l], operations[l] * bound[l]);
-        if (moves && most > 0) this->rescale(l, q[l] + std::ilogb(most) / 2 + 1);
+        if (moves) fit(l);
         const std::int64_t ofA = q[l] + node.aExponent;
         const std::int64_t ofB = tier.offsetExponent + node.bExponent;
         const std::int64_t next = moves ? std::max(ofA, ofB) : q[l];
-        const double a = power(ofA - next), b = power(ofB - next);
+        const double a = widePower(ofA - next), b = widePower(ofB - next);
         bound[l] = (node.onBound * bound[l] + node.onSize * dSize[l]) * a * a +
                    node.onDelta * b * b + FLOOR;
         bound[l] *= UPWARDS;
@@ -109,6 +110,12 @@ class LaneSteps : public OrbitLanes<PARTS> {
     }
 
   private:
+    // Units of the size of the difference: what is made of its square keeps clear of FLOOR.
+    void fit(int l) {
+        const double most = std::max(dSize[l], operations[l] * bound[l]);
+        this->rescale(l, q[l] + std::ilogb(most) / 2 + 1);
+    }
+
     void moveOn(int l, const Scalar& to, int steps, std::int64_t unit) {
         d.set(l, to);
         m[l] += static_cast<std::uint32_t>(steps);

@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "compute/fixed_math.h"
+#include "compute/rounded_value.h"
+#include "compute/wide.h"
 #include "deep/exact_tie.h"
-#include "deep/smooth.h"
-#include "deep/wide.h"
 
 namespace deep {
 namespace {
@@ -17,12 +17,6 @@ constexpr double INSIDE = std::numeric_limits<double>::quiet_NaN();
 constexpr double LN2 = 0.693147180559945309;
 // Every bound is a sum of a few products: this covers their own roundings.
 const Wide UPWARDS(1 + 0x1p-40);
-
-Wide wide(mpfr_srcptr x) {
-    long exponent = 0;
-    const double mantissa = mpfr_get_d_2exp(&exponent, x, MPFR_RNDN);
-    return Wide(mantissa, exponent);
-}
 
 double logarithm(Wide x) {
     if (x.isZero()) return -std::numeric_limits<double>::infinity();
@@ -37,20 +31,9 @@ using Ties = std::vector<int>;
 // One orbit at one precision.
 class Orbit {
   public:
-    Orbit(const ExactView& exact, const View& v, const ExactPoint& pixel, long bits,
+    Orbit(const ExactView& exact, const View& v, const ExactPoint& pixel, long precision,
           const Ties& onLimit)
-        : view(v),
-          ties(onLimit),
-          unit(1, -bits),
-          zr(bits),
-          zi(bits),
-          cr(bits),
-          ci(bits),
-          rr(bits),
-          ii(bits),
-          sizeBefore(bits),
-          m(bits),
-          difference(bits) {
+        : view(v), ties(onLimit), unit(1, -precision), bits(precision) {
         const ExactPoint& c = exact.isJulia() ? exact.constant() : pixel;
         constantOff = set(cr, c.re, exact) + set(ci, c.im, exact);
         constantSize = abs(wide(cr)) + abs(wide(ci));
@@ -163,9 +146,7 @@ class Orbit {
         return roundedQuotient(n, q, 4 * quotient(off, gap) + 0x1p-48);
     }
 
-    static double quotient(Wide a, Wide b) {
-        return Wide(a.mantissa() / b.mantissa(), a.exponent() - b.exponent()).value();
-    }
+    static double quotient(Wide a, Wide b) { return (a / b).value(); }
 
     static double ratio(Wide off, Wide of) {
         const double r = of.isZero() ? 1 : quotient(off, of);
@@ -175,7 +156,9 @@ class Orbit {
     const View& view;
     const Ties& ties;
     const Wide unit;
-    Big zr, zi, cr, ci, rr, ii, sizeBefore, m, difference;
+    const long bits;
+    Big zr{bits}, zi{bits}, cr{bits}, ci{bits}, rr{bits}, ii{bits};
+    Big sizeBefore{bits}, m{bits}, difference{bits};
     Wide radius, constantOff, constantSize, size, sizeOff;
     bool squaresRounded = false;
     int inDoubt = -1;

@@ -1,12 +1,9 @@
 // Single lanes of a block: orbits as differences from a reference, each with a bound of its error.
 //
-// The squared error is carried, so that a step takes no square root. From e' <= p + q with
-// p = 2 |z| e, q = e^2 + 18 u |z||d| + b it follows for every j > 0 that
-//     e'^2 <= (1 + 1/j) p^2 + (1 + j) q^2.
-// With j the number of operations so far and e^2 <= j F this becomes
+// The squared error is carried, so that a step takes no square root: with j the number of
+// operations so far and e^2 <= j F, (5) of docs/deep-zoom.md is
 //     F' = 4 s F + 3 (j^2 F^2 + (18 u)^2 s D + b^2),   s = |z|^2, D = |d|^2,
-// and e'^2 <= (j + 1) F': all roundings weigh the same, however long the orbit is. An upper bound J
-// of j serves wherever j is meant.
+// and e'^2 <= (j + 1) F'. An upper bound J of j serves wherever j is meant.
 //
 // Everything is in units of 2^q: d, dc and e, the squares in its square. FLOOR in each F' covers
 // what underflows: it stands for an error of 2^-400 units, where a difference is never rescaled
@@ -25,10 +22,10 @@
 #include <limits>
 
 #include "compute/fixed_math.h"
-#include "compute/vector_number-inl.h"
+#include "compute/rounded_value.h"
+#include "compute/vector_pair-inl.h"
+#include "deep/exact_tie.h"
 #include "deep/multi_orbit.h"
-#include "deep/pair.h"
-#include "deep/smooth.h"
 #include "deep/tiers.h"
 
 HWY_BEFORE_NAMESPACE();
@@ -39,120 +36,12 @@ namespace deep_orbits {
 using ::deep::BLOCK;
 using ::deep::Node;
 using ::deep::TierData;
-using Real = Number<double>;
-using RealTag = Real::D;
-using RealMask = MaskOf<double>;
+using namespace pair_lanes;
 using Bits = std::uint32_t;  // a lane each
 
-inline constexpr int WIDTH = static_cast<int>(hn::MaxLanes(RealTag()));
 inline constexpr int VECTORS = BLOCK / WIDTH;
 inline constexpr double FLOOR = 0x1p-800;
 inline constexpr double UPWARDS = 1 + 0x1p-30;
-
-// Sums of two doubles and the bounds are for fused operations.
-#undef TESSARY_HAS_FUSED
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128 || \
-    (defined(HWY_NATIVE_FMA) && !HWY_NATIVE_FMA)
-#define TESSARY_HAS_FUSED 0
-#else
-#define TESSARY_HAS_FUSED 1
-#endif
-
-// In software where the processor has no such instruction.
-HWY_INLINE Real mulAdd(Real a, Real b, Real c) {
-#if !TESSARY_HAS_FUSED
-    const RealTag d;
-    HWY_ALIGN double x[WIDTH], y[WIDTH], z[WIDTH];
-    hn::Store(a.v, d, x);
-    hn::Store(b.v, d, y);
-    hn::Store(c.v, d, z);
-    for (int l = 0; l < WIDTH; ++l) z[l] = std::fma(x[l], y[l], z[l]);
-    return Real(hn::Load(d, z));
-#else
-    return Real(hn::MulAdd(a.v, b.v, c.v));
-#endif
-}
-
-HWY_INLINE double mulAdd(double a, double b, double c) {
-    return std::fma(a, b, c);
-}
-
-#define TESSARY_VECTOR_TEXT
-#include "deep/pair.h"
-#undef TESSARY_VECTOR_TEXT
-
-// 2^exponent; 0 below the normal numbers, infinite above them.
-HWY_INLINE double power(std::int64_t exponent) {
-    if (exponent < -1022) return 0;
-    return exponent > 1023 ? std::numeric_limits<double>::infinity()
-                           : powerOfTwo(static_cast<int>(exponent));
-}
-
-// What plain code made, for one lane or the same for all.
-template <class R>
-HWY_INLINE R of(double x) {
-    return R(x);
-}
-template <class R>
-HWY_INLINE Pair<R> of(::Pair<double> x) {
-    return {R(x.high), R(x.low)};
-}
-template <class R, class N>
-HWY_INLINE auto of(const ::Complex<N>& z) {
-    return Complex<decltype(of<R>(z.re))>{of<R>(z.re), of<R>(z.im)};
-}
-
-// A number of one lane or of a vector of them, from where its parts stand.
-inline constexpr int APART = 2 * BLOCK;
-HWY_INLINE void load(const double* from, double& to) {
-    to = *from;
-}
-HWY_INLINE void load(const double* from, Real& to) {
-    to = Real(hn::Load(RealTag(), from));
-}
-template <class R>
-HWY_INLINE void load(const double* from, Pair<R>& to) {
-    load(from, to.high);
-    load(from + APART, to.low);
-}
-HWY_INLINE void store(double x, double* to) {
-    *to = x;
-}
-HWY_INLINE void store(Real x, double* to) {
-    hn::Store(x.v, RealTag(), to);
-}
-template <class R>
-HWY_INLINE void store(Pair<R> x, double* to) {
-    store(x.high, to);
-    store(x.low, to + APART);
-}
-
-// Numbers of all lanes, in as many parts as the tier has: re, im, and of pairs the lows of both.
-template <int PARTS>
-struct Lanes {
-    HWY_ALIGN double part[2 * PARTS * BLOCK];
-
-    template <class R>
-    HWY_INLINE Complex<Of<PARTS, R>> get(int l) const {
-        Complex<Of<PARTS, R>> z;
-        load(part + l, z.re);
-        load(part + BLOCK + l, z.im);
-        return z;
-    }
-    HWY_INLINE Complex<Of<PARTS, Real>> vector(int v) const { return get<Real>(v * WIDTH); }
-    HWY_INLINE Complex<Of<PARTS, double>> operator[](int l) const { return get<double>(l); }
-    template <class N>
-    HWY_INLINE void set(int l, const Complex<N>& z) {
-        store(z.re, part + l);
-        store(z.im, part + BLOCK + l);
-    }
-};
-
-HWY_INLINE Bits bitsOf(RealMask mask) {
-    HWY_ALIGN std::uint8_t bytes[8] = {};
-    hn::StoreMaskBits(RealTag(), mask, bytes);
-    return bytes[0];
-}
 
 // The numbers of a block's lanes, and what is done with one lane at a time.
 template <int PARTS>
@@ -216,9 +105,9 @@ class OrbitLanes {
     // Lane l's units become 2^exponent; d and F are in them already.
     void setLaneScale(int l, std::int64_t exponent) {
         q[l] = exponent;
-        const double shift = power(tier.offsetExponent - exponent);
-        scale[l] = power(exponent);
-        scaleSquared[l] = power(2 * exponent);
+        const double shift = widePower(tier.offsetExponent - exponent);
+        scale[l] = widePower(exponent);
+        scaleSquared[l] = widePower(2 * exponent);
         own[l] = tier.ownSquared * shift * shift + FLOOR;
         c.set(l, times(offset[l], shift));
         skipLimit[l] = largestSize(exponent);
@@ -229,12 +118,12 @@ class OrbitLanes {
         const std::int64_t most = tier.skips.largestKey();
         if (most == std::numeric_limits<std::int64_t>::min()) return -1;
         const std::int64_t power2 = (most >> 40) - 1023 - 2 * exponent;
-        return power(power2 + 1);
+        return widePower(power2 + 1);
     }
 
     // Changes lane l's units.
     void rescale(int l, std::int64_t exponent) {
-        const double by = power(q[l] - exponent);
+        const double by = widePower(q[l] - exponent);
         d.set(l, times(d[l], by));
         bound[l] = bound[l] * by * by + FLOOR;
         dSize[l] *= by * by;
@@ -276,12 +165,11 @@ class OrbitLanes {
         if (-head(beyond) > off) return;
         if (head(beyond) > off) return escaped(l);
         if (off < 0x1p-470) return decideBelowDoubles(l);
-        finish(l, ::deep::UNDECIDED, NOT_A_NUMBER);
+        leave(l);
     }
 
     // The same sum and the same bound in numbers that do not underflow, of a double's precision.
     void decideBelowDoubles(int l) {
-        using ::deep::Wide;
         constexpr double u = 0x1p-53;
         const Wide dr(head(d[l].re), q[l]), di(head(d[l].im), q[l]);
         const double re = reference.z[0][2 * m[l]], im = reference.z[0][2 * m[l] + 1];
@@ -294,7 +182,15 @@ class OrbitLanes {
                          Wide(1 + 0x1p-20);
         if (-beyond > off) return;
         if (beyond > off) return escaped(l);
-        finish(l, ::deep::UNDECIDED, NOT_A_NUMBER);
+        leave(l);
+    }
+
+    // Where no bound decides. The point itself is known as it is: all along the line Re c = -2 its
+    // way to |c| = 2 is the square of what is kept of it.
+    void leave(int l) {
+        if (k[l] != 1 || tier.julia) return finish(l, ::deep::UNDECIDED, NOT_A_NUMBER);
+        const ::deep::ExactPoint place = tier.exact->pixel(block.x[l], block.y[l]);
+        if (isBeyond(*tier.exact, place, tier.limit)) escaped(l);
     }
 
     void escaped(int l) {
@@ -306,7 +202,7 @@ class OrbitLanes {
                      relative(size[l], operations[l] * bound[l] * scaleSquared[l]));
         const double before = fixedLog(sizeBefore[l]), after = fixedLog(size[l]);
         const double all = error + 0x1p-50 * (std::fabs(before) + std::fabs(after));
-        const auto v = ::deep::roundedValue(count, before, after, tier.logLimit, all);
+        const auto v = roundedValue(count, before, after, tier.logLimit, all);
         const bool good = v.certain && sizeBefore[l] > 0x1p-900;
         finish(l, good ? count : ::deep::UNDECIDED, v.value);
     }
@@ -325,7 +221,7 @@ class OrbitLanes {
     Bits live = 0;
     // Differences, what each step adds to them (dc in the units of now, and as the picture has it),
     // and the states of the orbits.
-    Lanes<PARTS> d, c, offset, z;
+    Lanes<PARTS, BLOCK> d, c, offset, z;
     // F, |z|^2, |d|^2; the first two before the last step as well.
     HWY_ALIGN double bound[BLOCK], size[BLOCK], dSize[BLOCK];
     HWY_ALIGN double sizeBefore[BLOCK], boundBefore[BLOCK];

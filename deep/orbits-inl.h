@@ -20,6 +20,10 @@ namespace deep_orbits {
 // have to: it costs the others that many times the rounding.
 inline constexpr double CLOSE_ENOUGH = 256;
 
+// Powers of two that the units of lanes may be apart which then share the largest: together with
+// what a difference is below its units before it is rescaled that keeps clear of FLOOR.
+inline constexpr std::int64_t MOST_UNITS_APART = 64;
+
 // Steps between two looks at what is not in the loop.
 inline constexpr int STEPS_TOGETHER = 64, STEPS_APART = 64;
 
@@ -122,18 +126,18 @@ class Orbits : public VectorSteps<PARTS> {
             with[v] = this->constantsOf(v, steps);
             lanes[v] = this->lanesOf(v);
         }
-        const int made = stepRun(x, with, lanes, steps);
+        bool calm = true;
+        const int made = stepRun(x, with, lanes, steps, calm);
         for (int v = 0; v < VECTORS; ++v) this->store(v, x[v]);
         for (double& n : operations) n += made;
-        const bool calm = made <= steps;
-        at += static_cast<std::uint32_t>(calm ? made : made - steps);
-        done += calm ? made : made - steps;
+        at += static_cast<std::uint32_t>(made);
+        done += made;
         return calm || settle();
     }
 
-    // The steps made, `steps` more if it ended because lanes were no longer calm.
+    // The steps made, and whether all lanes are calm behind them.
     HWY_INLINE int stepRun(State (&x)[VECTORS], const Constants (&with)[VECTORS],
-                           const RealMask (&lanes)[VECTORS], int steps) const {
+                           const RealMask (&lanes)[VECTORS], int steps, bool& allCalm) const {
         for (int n = 0; n < steps; ++n) {
             const std::size_t index = at + static_cast<std::size_t>(n);
             const Vector from = this->pointOfAll(index), to = this->pointOfAll(index + 1);
@@ -142,7 +146,8 @@ class Orbits : public VectorSteps<PARTS> {
                 const RealMask calm = this->step(x[v], with[v], x[v].z + from, c.vector(v), to);
                 restless = hn::Or(restless, hn::AndNot(calm, lanes[v]));
             }
-            if (!hn::AllFalse(RealTag(), restless)) return n + 1 + steps;
+            allCalm = hn::AllFalse(RealTag(), restless);
+            if (!allCalm) return n + 1;
         }
         return steps;
     }
@@ -173,7 +178,6 @@ class Orbits : public VectorSteps<PARTS> {
     // Whether all lanes are as surely inside as the reference is, next to which they are: with m
     // the largest |d| and e <= m / 4, | |z|^2 - |Z|^2 | and all errors are below 8 m (|Z| + m).
     bool areInside() const {
-        using ::deep::Wide;
         const Wide kept = reference.sizeAt(at);
         if (!(kept < Wide())) return false;
         const Wide most(std::sqrt(largest()) * (1 + 0x1p-20), this->q[0]);
@@ -201,7 +205,7 @@ class Orbits : public VectorSteps<PARTS> {
 
     // Where the units are large enough to stay.
     bool rebaseTogether() {
-        const Real to(power(-this->q[0])), toSquared = to * to;
+        const Real to(widePower(-this->q[0])), toSquared = to * to;
         const Real ofD(8 * U * U), ofZ(32 * U * U * UPWARDS);
         for (int v = 0; v < VECTORS; ++v) {
             State x = this->load(v);
@@ -247,17 +251,20 @@ class Orbits : public VectorSteps<PARTS> {
         return true;
     }
 
-    // Whether all live lanes are at one step; they then get the same units and operations.
+    // Whether all live lanes are at one step and of about one size; they then get the same units
+    // and operations.
     bool gather() {
         const int first = std::countr_zero(live);
-        std::int64_t exponent = this->q[first];
+        std::int64_t exponent = this->q[first], least = exponent;
         double most = 0;
         for (int l = 0; l < BLOCK; ++l) {
             if (!this->isLive(l)) continue;
             if (this->m[l] != this->m[first] || this->k[l] != this->k[first]) return false;
             exponent = std::max(exponent, this->q[l]);
+            least = std::min(least, this->q[l]);
             most = std::max(most, operations[l]);
         }
+        if (exponent - least > MOST_UNITS_APART) return false;
         at = this->m[first];
         done = this->k[first];
         for (int l = 0; l < BLOCK; ++l) {
@@ -336,7 +343,7 @@ class Orbits : public VectorSteps<PARTS> {
         hn::Store(hn::Add(index, one), di, next + l);
         const auto rest = hn::Sub(hn::Load(di, left + l), hn::ShiftRight<1>(one));
         hn::Store(rest, di, left + l);
-        deep_orbits::store(this->vectorOf(operations, v) + Real(1.0), operations + l);
+        pair_lanes::store(this->vectorOf(operations, v) + Real(1.0), operations + l);
         const RealMask over = hn::RebindMask(RealTag(), hn::Eq(rest, hn::Zero(di)));
         const RealMask wanted = hn::Or(hn::Not(calm), over);
         Bits calls = bitsOf(wanted) << l & live;

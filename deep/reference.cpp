@@ -11,19 +11,24 @@ long exponentOf(mpfr_srcptr x) {
     return mpfr_zero_p(x) ? -(1L << 24) : mpfr_get_exp(x);
 }
 
+// An orbit that is back sooner goes on: starting anew would be what takes the time.
+constexpr int SHORTEST = 64;
+
+// The first of a list in order of indices that stands at m or behind it.
+template <class List>
+auto firstFrom(const List& list, std::uint32_t m) {
+    return std::ranges::lower_bound(list, m, {}, &List::value_type::at);
+}
+
 class Orbit {
   public:
+    // furthest: how far the furthest pixel's constant is from this one's.
     Orbit(const ExactView& exact, const ExactPoint& start, const ExactPoint& constant, double bound,
-          long bits)
+          Wide furthest, long precision)
         : limit(bound),
+          furthestSquared(furthest * furthest),
           keepsZeros(exact.spacingExponent() < -60),
-          re(bits),
-          im(bits),
-          cr(bits),
-          ci(bits),
-          rr(bits),
-          ii(bits),
-          rest(bits) {
+          bits(precision) {
         divide(re, start.re, exact.denominator());
         divide(im, start.im, exact.denominator());
         divide(cr, constant.re, exact.denominator());
@@ -36,7 +41,7 @@ class Orbit {
         mpfr_sqr(rr, re, MPFR_RNDN);
         mpfr_sqr(ii, im, MPFR_RNDN);
         mpfr_add(rest, rr, ii, MPFR_RNDN);
-        const double square = mpfr_get_d(rest, MPFR_RNDN);
+        square = mpfr_get_d(rest, MPFR_RNDN);
         mpfr_sub_d(rest, rest, limit, MPFR_RNDN);
         keepTinySize(to);
         const Pair<double> size = split(rest);
@@ -52,6 +57,8 @@ class Orbit {
     // the sums with C by 2^-p |Z'|, C itself twice: 5 |Z|^2 + 4 |C| in all. The last point that is
     // stepped from has |Z|^2 <= max(16, L), for which `digits` has its bits.
     void step() {
+        spread = spread * Wide(4 * square);
+        if (spread < furthestSquared) spread = furthestSquared;
         mpfr_mul(im, re, im, MPFR_RNDN);
         mpfr_mul_2ui(im, im, 1, MPFR_RNDN);
         mpfr_add(im, im, ci, MPFR_RNDN);
@@ -59,24 +66,23 @@ class Orbit {
         mpfr_add(re, re, cr, MPFR_RNDN);
     }
 
-  private:
-    bool isZero() const {
-        mpfr_srcptr x = re, y = im;
-        return mpfr_zero_p(x) && mpfr_zero_p(y);
-    }
+    // Whether the orbit is back at 0 but for an eighth of what differences have grown to, as the
+    // derivative tells. Nearly all pixels start anew here anyhow, and it would tell them nothing
+    // new from here on.
+    bool isBack() const { return square > 0x1p-600 && Wide(64 * square) < spread; }
 
+  private:
     // `rest` is |Z|^2 - L.
     void keepTinySize(Reference& to) {
-        long exponent = 0;
-        const double mantissa = mpfr_get_d_2exp(&exponent, rest, MPFR_RNDN);
-        if (mantissa == 0 || exponent >= TINY_EXPONENT) return;
-        to.tinySizes.push_back(
-            {static_cast<std::uint32_t>(to.size[0].size()), Wide(mantissa, exponent)});
+        const Wide size = wide(rest);
+        if (size.isZero() || size.exponent() >= TINY_EXPONENT - 1) return;
+        to.tinySizes.push_back({static_cast<std::uint32_t>(to.size[0].size()), size});
     }
 
     void keepTiny(Reference& to) {
         const auto at = static_cast<std::uint32_t>(to.size[0].size());
-        if (at == to.critical || (isZero() && !keepsZeros)) return;
+        const bool isZero = wide(re).isZero() && wide(im).isZero();
+        if (at == to.critical || (isZero && !keepsZeros)) return;
         const long exponent = std::max(exponentOf(re), exponentOf(im));
         to.tiny.push_back({at,
                            static_cast<std::int32_t>(exponent),
@@ -90,9 +96,13 @@ class Orbit {
     }
 
     const double limit;
+    const Wide furthestSquared;
+    Wide spread;  // the square of what differences have grown to
+    double square = 0;
     // Where differences are not small their steps from 0 are plain ones.
     const bool keepsZeros;
-    Big re, im, cr, ci, rr, ii, rest;
+    const long bits;
+    Big re{bits}, im{bits}, cr{bits}, ci{bits}, rr{bits}, ii{bits}, rest{bits};
 };
 
 }  // namespace
@@ -124,27 +134,27 @@ Reference::Reference(const ExactView& exact, const View& view, long precision, S
 
 void Reference::addOrbit(const ExactView& exact, const View& view, const ExactPoint& start,
                          const ExactPoint& constant, StopFlag stop) {
-    Orbit orbit(exact, start, constant, view.limit, digits);
+    const double half = std::max(view.pixelsWide, view.pixelsHigh) / 2.0;
+    const Wide furthest = exact.isJulia() ? Wide() : Wide(half, exact.spacingExponent());
+    Orbit orbit(exact, start, constant, view.limit, furthest, digits);
     for (int n = 0; orbit.keep(*this) && n < view.maxIters; ++n) {
         if (n % 256 == 255 && isSet(stop)) {
             isWhole = false;  // short, but a reference still
             break;
         }
+        if (n >= SHORTEST && orbit.isBack()) break;
         orbit.step();
     }
     lastEnd = static_cast<std::uint32_t>(size[0].size() - 1);
 }
 
 Wide Reference::sizeAt(std::uint32_t m) const {
-    const auto at = std::lower_bound(tinySizes.begin(), tinySizes.end(), m,
-                                     [](const TinySize& s, std::uint32_t i) { return s.at < i; });
+    const auto at = firstFrom(tinySizes, m);
     return at != tinySizes.end() && at->at == m ? at->size : Wide(size[0][m]);
 }
 
 const TinyPoint* Reference::tinyFrom(std::uint32_t m) const {
-    const auto at = std::lower_bound(tiny.begin(), tiny.end(), m,
-                                     [](const TinyPoint& p, std::uint32_t i) { return p.at < i; });
-    return tiny.data() + (at - tiny.begin());
+    return tiny.data() + (firstFrom(tiny, m) - tiny.begin());
 }
 
 const TinyPoint* Reference::tinyAt(std::uint32_t m) const {

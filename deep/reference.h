@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <vector>
 
+#include "compute/pair.h"
 #include "compute/stop_flag.h"
+#include "compute/wide.h"
 #include "deep/exact_view.h"
-#include "deep/pair.h"
-#include "deep/wide.h"
 
 namespace deep {
 
@@ -53,7 +53,8 @@ inline constexpr int TINY_EXPONENT = -150;
 //
 // A Mandelbrot set has the orbit of 0 under the centre, with Z = 0 at index 0. A Julia set has
 // first that of the centre, then that of 0, where Z = 0 at index `critical`. An orbit ends, with
-// its last point kept, at the iteration limit or where |Z|^2 > max(16, L).
+// its last point kept, at the iteration limit or where |Z|^2 > max(16, L); that of a Mandelbrot set
+// also where it is back at 0 but for an eighth of the picture's differences.
 struct Reference {
     // bits: precision of the arithmetic, for points up to 1; what lies further out gets more. Gives
     // up, with an orbit cut short, once `stop` is set.

@@ -1,11 +1,9 @@
 #include "deep/skips.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 
-#include "compute/fixed_math.h"
-#include "deep/pair.h"
+#include "compute/pair.h"
 
 namespace deep {
 namespace {
@@ -15,11 +13,6 @@ constexpr double UPWARDS = 1 + 0x1p-30;
 
 // Mantissas beyond 2^+-MOST_SHIFT give their exponent away.
 constexpr int MOST_SHIFT = 100;
-
-double power(std::int64_t exponent) {
-    return exponent < -1022 ? 0
-                            : powerOfTwo(static_cast<int>(std::min<std::int64_t>(exponent, 1023)));
-}
 
 template <class N>
 double sizeOf(const Complex<N>& a) {
@@ -37,7 +30,7 @@ struct Scaled {
         const int own = size > 0 ? std::ilogb(size) : 0;
         const std::int64_t all = exponent + own;
         const std::int64_t wanted = std::abs(all) <= MOST_SHIFT ? 0 : all;
-        number = times(number, power(exponent - wanted));
+        number = times(number, widePower(exponent - wanted));
         exponent = wanted;
     }
 };
@@ -109,9 +102,7 @@ class SkipMaker {
         map.a.number = times(map.a.number, 2.0);
         const Wide size(sizeOf(map.a.number), map.a.exponent);
         const Wide room(stays - distance(m));
-        map.radius = size * Wide(epsilon);
-        if (room < map.radius) map.radius = room;
-        if (map.radius < Wide()) map.radius = Wide();
+        map.radius = std::max(Wide(), std::min(size * Wide(epsilon), room));
         map.a.normalize();
         map.kappa =
             (map.radius.at(-map.a.exponent) + 1.01 * u * size.at(-map.a.exponent)) * UPWARDS;
@@ -129,12 +120,11 @@ class SkipMaker {
         rescale(map);
         const Wide moved = Wide((bx + x.beta) * UPWARDS, x.b.exponent) * delta;
         const Wide grown((ax + x.kappa) * UPWARDS, x.a.exponent);
-        map.radius = least(x.radius, quotient(y.radius - moved, grown));
+        map.radius = std::min(x.radius, quotient(y.radius - moved, grown));
         const Wide left = Wide(stays - distance(end)) -
                           Wide((sizeOf(map.b.number) + map.beta) * UPWARDS, map.b.exponent) * delta;
         const Wide all((sizeOf(map.a.number) + map.kappa) * UPWARDS, map.a.exponent);
-        map.radius = least(map.radius, quotient(left, all));
-        if (!(map.radius > Wide())) map.radius = Wide();
+        map.radius = std::max(Wide(), std::min(map.radius, quotient(left, all)));
         return map;
     }
 
@@ -142,7 +132,8 @@ class SkipMaker {
     void addParts(Map& map, const Map& x, const Map& y, double bx, double ay, double by) const {
         const std::int64_t first = y.a.exponent + x.b.exponent;
         map.b.exponent = std::max(first, y.b.exponent);
-        const double f = power(first - map.b.exponent), g = power(y.b.exponent - map.b.exponent);
+        const double f = widePower(first - map.b.exponent),
+                     g = widePower(y.b.exponent - map.b.exponent);
         map.b.number = times(y.a.number * x.b.number, f) + times(y.b.number, g);
         map.beta = ((ay * x.beta + y.kappa * (bx + x.beta) + 6 * u * ay * bx) * f +
                     (y.beta + 6 * u * by) * g) *
@@ -153,14 +144,12 @@ class SkipMaker {
         const std::int64_t a = map.a.exponent, b = map.b.exponent;
         map.a.normalize();
         map.b.normalize();
-        map.kappa *= power(a - map.a.exponent);
-        map.beta *= power(b - map.b.exponent);
+        map.kappa *= widePower(a - map.a.exponent);
+        map.beta *= widePower(b - map.b.exponent);
     }
 
-    static Wide least(Wide a, Wide b) { return a < b ? a : b; }
     static Wide quotient(Wide a, Wide b) {
-        if (b.isZero()) return Wide(1, 1 << 20);
-        return Wide(a.mantissa() / b.mantissa() / UPWARDS, a.exponent() - b.exponent());
+        return b.isZero() ? Wide(1, 1 << 20) : a / b * Wide(1 / UPWARDS);
     }
 
     // (|d| + e)^2 <= 1.0625 (D + 16 E).

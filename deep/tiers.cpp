@@ -14,20 +14,6 @@ constexpr int ALL = -1;
 // The only tier in use, or ALL. Tests and benchmarks write it between pictures.
 std::atomic<int> onlyTier{ALL};
 
-// width / (2 W) at more digits than any tier keeps.
-struct HalfStep {
-    explicit HalfStep(const ExactView& exact) : value(200) {
-        divide(value, exact.halfStep(), exact.denominator());
-    }
-    // The least n with halfStep (W + H) <= 2^n.
-    std::int64_t unitExponent(const View& view) const {
-        const long all = static_cast<long>(view.pixelsWide) + view.pixelsHigh;
-        return mpfr_get_exp(static_cast<mpfr_srcptr>(value)) +
-               std::ilogb(static_cast<double>(all)) + 1;
-    }
-    Big value;
-};
-
 }  // namespace
 
 void useAlone(Tier tier) {
@@ -57,20 +43,24 @@ TierData<PARTS> makeTier(const Reference& reference, const ExactView& exact, con
     constexpr double u = TierData<PARTS>::UNIT;
     constexpr double RADIUS = PARTS == 1 ? 0x1p-52 : 0x1p-95;
     TierData<PARTS> tier;
-    HalfStep step(exact);
-    const std::int64_t unit = step.unitExponent(view);
+    // At more digits than any tier keeps; 2^unit is no less than it times W + H.
+    Big halfStep(200);
+    divide(halfStep, exact.halfStep(), exact.denominator());
+    const double all = static_cast<double>(view.pixelsWide) + view.pixelsHigh;
+    const std::int64_t unit = wide(halfStep).exponent() + std::ilogb(all) + 2;
     const std::int64_t etaExponent = 7 - reference.bits;
     const bool julia = exact.isJulia();
     tier.offsetExponent = julia ? etaExponent : unit;
     const double eta = Wide(1, etaExponent - tier.offsetExponent).value();
     tier.reference = &reference;
+    tier.exact = &exact;
     tier.skips.make(reference, view.limit, u, RADIUS, eta, tier.offsetExponent);
     tier.limit = view.limit;
     tier.maxIters = view.maxIters;
     tier.julia = julia;
     tier.unitExponent = unit;
-    mpfr_mul_2si(step.value, step.value, -unit, MPFR_RNDN);
-    tier.halfStep = cut<PARTS>(split(step.value));
+    mpfr_mul_2si(halfStep, halfStep, -unit, MPFR_RNDN);
+    tier.halfStep = cut<PARTS>(split(halfStep));
     tier.wide = view.pixelsWide;
     tier.high = view.pixelsHigh;
     const double own = 6 * u + eta, ofSize = 18 * u, start = 7 * u;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
 #include "compute/stop_flag.h"
 #include "deep/reference.h"
@@ -35,14 +34,13 @@ struct Block {
 // than the largest |dc| (Mandelbrot) or |d_0| (Julia) of the picture. What each step adds is no
 // more than Delta = 2^offsetExponent: dc, or in a Julia set the eta of the reference alone.
 //
-// Let u bound the relative error of an operation of the tier. With w = 2 Z + d, d' = w d + dc and z
-// = Z + d, where |Z| <= 2 |z| and so |w| <= 3 |z|, the roundings of a step are: Z as kept, 4 u
-// |z||d|; z and w, 4 u |z||d|; the product and the sum, 6 u |z||d| + 2 u Delta; dc as kept, 2 u
-// Delta; the reference's eta; together
+// With u the relative error of an operation of the tier, a step's error is (3) of
+// docs/deep-zoom.md:
 //     e' <= 2 |z| e + e^2 + 18 u |z||d| + b,   b = 6 u Delta + 128 * 2^-bits.
 template <int PARTS>
 struct TierData {
     const Reference* reference;
+    const ExactView* exact;
     Skips<PARTS> skips;
     double limit;
     int maxIters;
@@ -64,7 +62,7 @@ struct TierData {
 void follow(const TierData<1>& tier, Block& block, bool wantsValues, StopFlag stop);
 void follow(const TierData<2>& tier, Block& block, bool wantsValues, StopFlag stop);
 
-// A tier of this view on this reference, with its tables.
+// A tier of this view on this reference, with its tables; both and `exact` must outlive it.
 template <int PARTS>
 TierData<PARTS> makeTier(const Reference& reference, const ExactView& exact, const View& view);
 

@@ -36,29 +36,20 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 
 namespace tessary_vector {
-namespace {
 HWY_EXPORT(followDoubles);
 HWY_EXPORT(followPairs);
-}  // namespace
-
-void doubles(const deep::TierData<1>& tier, deep::Block& block, bool values, StopFlag stop) {
-    HWY_DYNAMIC_DISPATCH(followDoubles)(tier, block, values, stop);
-}
-
-void pairs(const deep::TierData<2>& tier, deep::Block& block, bool values, StopFlag stop) {
-    HWY_DYNAMIC_DISPATCH(followPairs)(tier, block, values, stop);
-}
-
 }  // namespace tessary_vector
 
 namespace deep {
 
 void follow(const TierData<1>& tier, Block& block, bool values, StopFlag stop) {
-    tessary_vector::doubles(tier, block, values, stop);
+    using namespace tessary_vector;
+    HWY_DYNAMIC_DISPATCH(followDoubles)(tier, block, values, stop);
 }
 
 void follow(const TierData<2>& tier, Block& block, bool values, StopFlag stop) {
-    tessary_vector::pairs(tier, block, values, stop);
+    using namespace tessary_vector;
+    HWY_DYNAMIC_DISPATCH(followPairs)(tier, block, values, stop);
 }
 
 }  // namespace deep

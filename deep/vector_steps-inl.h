@@ -60,11 +60,11 @@ class VectorSteps : public LaneSteps<PARTS> {
         const int l = v * WIDTH;
         d.set(l, x.d);
         z.set(l, x.z);
-        deep_orbits::store(x.f, bound + l);
-        deep_orbits::store(x.s, size + l);
-        deep_orbits::store(x.d2, dSize + l);
-        deep_orbits::store(x.fBefore, boundBefore + l);
-        deep_orbits::store(x.sBefore, sizeBefore + l);
+        pair_lanes::store(x.f, bound + l);
+        pair_lanes::store(x.s, size + l);
+        pair_lanes::store(x.d2, dSize + l);
+        pair_lanes::store(x.fBefore, boundBefore + l);
+        pair_lanes::store(x.sBefore, sizeBefore + l);
     }
 
     // One step, given w = 2 Z + d and dc; then z from the reference's next point.

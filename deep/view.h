@@ -20,8 +20,4 @@ struct View {
 // One line without a full stop that says why this view cannot be rendered, or nothing. Cheap.
 std::string refusal(const View& view);
 
-// Values are whole multiples of this. Rounding to them hides which of several ways, all of them
-// proven and none of them exact, a pixel took. Half a unit is below 1e-6 of a step.
-inline constexpr double VALUE_UNIT = 0x1p-20;
-
 }  // namespace deep

@@ -6,7 +6,7 @@
 #include <optional>
 
 #include "frac/fractal.h"
-#include "render/decimal.h"
+#include "frac/decimal.h"
 
 namespace render {
 

@@ -6,10 +6,10 @@
 #include <utility>
 
 #include "compute/saturate.h"
+#include "frac/decimal.h"
 #include "frac/formula_names.h"
 #include "frac/json_entry.h"
 #include "frac/number_text.h"
-#include "render/decimal.h"
 #include "render/exact_picture.h"
 #include "render/failure.h"
 

@@ -207,4 +207,20 @@ TEST(DeepFlight, DoesNotTakeOverAReferenceThatWasCutShort) {
     EXPECT_EQ(numbersOf(after, view).counts, std::vector<std::int32_t>(64, 5000));
 }
 
+std::uint32_t stepsOfReference(const deep::View& view) {
+    const deep::ExactView exact(view);
+    return deep::Reference(exact, view, deep::referenceBits(exact), nullptr).lastEnd;
+}
+
+// The nucleus of the copy of period 3: the first of its returns after 64 steps is that at 66.
+TEST(DeepReference, EndsAtAReturnOfACopyOfTheSet) {
+    EXPECT_EQ(stepsOfReference({"-1.75487766624669276004950889635852869", "0", "1e-20", "", "", 64,
+                                64, 4, 100000}),
+              66);
+}
+
+TEST(DeepReference, GoesOnWhereItDoesNotReturnAsCloseAsDifferencesAre) {
+    EXPECT_EQ(stepsOfReference({"-0.1", "0", "1e-30", "", "", 64, 64, 4, 5000}), 5000);
+}
+
 }  // namespace

@@ -134,7 +134,7 @@ TEST(ADecision, IsLeftWhereTheKeptSizeMayHaveEitherSign) {
     for (const long bits : {160, 400, 2500}) {
         Made made(juliaView(), bits);
         for (const double part : {-0.99, -0.5, 0.5, 0.99}) {
-            const deep::Wide size = made.tier.ownSizeOff * deep::Wide(part);
+            const Wide size = made.tier.ownSizeOff * Wide(part);
             setPoint(made, 0.5, 0.25, size.value());
             made.reference.tinySizes.push_back({0, size});
             Probe probe(made.tier);

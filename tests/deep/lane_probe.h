@@ -41,6 +41,7 @@ TESSARY_OPEN(RebaseTogether, rebaseTogether);
 TESSARY_OPEN(IsInside, isInside);
 TESSARY_OPEN(AreInside, areInside);
 TESSARY_OPEN(TinyStep, tinyStep);
+TESSARY_OPEN(Rescale, rescale);
 TESSARY_OPEN(Size, size);
 TESSARY_OPEN(SizeBefore, sizeBefore);
 TESSARY_OPEN(Largest, largest);
@@ -110,7 +111,10 @@ class Probe {
         ++at();
         return (orbits::bitsOf(calm) & 1) != 0;
     }
-    void stepFromTiny() { (lanes.*member(TinyStep()))(0); }
+    void stepFromTiny() {
+        (lanes.*member(TinyStep()))(0);
+        (lanes.*member(Rescale()))(0, 0);
+    }
 
     bool isInside() { return (lanes.*member(IsInside()))(0); }
     // As lanes next to a reference are, all together.
@@ -133,6 +137,7 @@ class Probe {
     void stepFromTinyInVectors() {
         (lanes.*member(TogetherAt())) = at();
         (lanes.*member(TinyTogether()))();
+        (lanes.*member(Rescale()))(0, 0);
     }
     // Whether a node was used.
     bool skips() { return (lanes.*member(SkipAlone()))(0); }

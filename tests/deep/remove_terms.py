@@ -136,7 +136,7 @@ def linked(build, folder, test, made):
     if test != "deep_claims_test":
         made = [object for object in made if "_claims_test" not in object]
     libraries = [f"{build}/tests/deep/libtessary_deep_oracle.a", f"{build}/deep/libtessary_deep.a",
-                 *glob.glob(f"{build}/frac/lib*.a"), *glob.glob(f"{build}/compute/lib*.a")]
+                 *sorted(glob.glob(f"{build}/frac/lib*.a"), reverse=True), *glob.glob(f"{build}/compute/lib*.a")]
     program = f"{folder}/{test}"
     subprocess.run(["c++", *objects, *made, *libraries, "-lgmock", "-lgtest", "-lgtest_main",
                     "-lhwy", "-lmpfr", "-lgmpxx", "-lgmp", "-lpthread", "-o", program], check=True)

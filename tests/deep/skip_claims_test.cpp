@@ -265,9 +265,8 @@ TEST(AMergedNode, PromisesNoLessThanItsOwnRoundings) {
     std::mt19937_64 random(20261122);
     for (int n = 0; n < 6000; ++n) {
         const double share = std::exp2(20 * (n % 3 - 1));
-        Maker::Map x{{numberOf(random, 1.5), 0}, {numberOf(random, 1), 0}, 0, 0, deep::Wide(1)};
-        Maker::Map y{
-            {numberOf(random, 3), 0}, {numberOf(random, 3 * share), 0}, 0, 0, deep::Wide(1)};
+        Maker::Map x{{numberOf(random, 1.5), 0}, {numberOf(random, 1), 0}, 0, 0, Wide(1)};
+        Maker::Map y{{numberOf(random, 3), 0}, {numberOf(random, 3 * share), 0}, 0, 0, Wide(1)};
         const Maker::Map both = (nodes.maker.*opened(Merged()))(x, y, 1);
         const ExactNumber ay = exactly(y.a.number);
         const ExactNumber a = ay * exactly(x.a.number);
@@ -285,7 +284,7 @@ TEST(ANode, AddsNoLessThanTheRoundingsOfItsUse) {
     for (int n = 0; n < 6000; ++n) {
         const double share = std::exp2(20 * (n % 3 - 1));
         const Maker::Map map{
-            {numberOf(random, 3), 0}, {numberOf(random, 3 * share), 0}, 0, 0, deep::Wide(1)};
+            {numberOf(random, 3), 0}, {numberOf(random, 3 * share), 0}, 0, 0, Wide(1)};
         const auto node = (nodes.maker.*opened(NodeOf()))(map);
         const Complex<double> d = numberOf(random, 1), dc = numberOf(random, 0.7);
         const Complex<double> made = mulAdd(node.a, d, node.b * dc);
@@ -300,7 +299,7 @@ TEST(ANode, IsNotFoundWhereTheTrueDifferenceMayBeOutOfItsRadius) {
     const SingleNodes nodes;
     for (int n = 1; n < 2000; ++n) {
         const double radius = 1 + n * 0x1p-12, e = radius * n / 2000, d = radius * 1.00001 - e;
-        const Maker::Map map{{{2, 0}, 0}, {{1, 0}, 0}, 0, 0, deep::Wide(radius)};
+        const Maker::Map map{{{2, 0}, 0}, {{1, 0}, 0}, 0, 0, Wide(radius)};
         const auto node = (nodes.maker.*opened(NodeOf()))(map);
         ASSERT_GT(deep::keyOf(d * d + 16 * e * e, 0), node.key) << n;
     }

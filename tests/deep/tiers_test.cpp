@@ -57,7 +57,18 @@ TEST_P(EveryTier, DecidesMostPixelsAndNoneWrong) {
                 << place.name << " " << k;
         }
         EXPECT_EQ(left, drawn.undecided);
-        EXPECT_LT(left, 24 * 24 / 2) << place.name;
+        // Pairs leave no more than the centre, where built places meet the limit to all digits.
+        EXPECT_LT(left, GetParam() == Tier::doubles ? 24 * 24 / 2 : 2) << place.name;
+    }
+}
+
+// Along Re c = -2 the first |z|^2 - 4 is the square of the difference from the tip.
+TEST_P(EveryTier, DecidesTheLineThroughTheTip) {
+    const Alone alone(GetParam());
+    const Numbers drawn = renderWhole({"-2", "0", "1e-30", "", "", 16, 16, 4, 500});
+    EXPECT_EQ(drawn.undecided, 0);
+    for (int row = 0; row < 16; ++row) {
+        EXPECT_EQ(drawn.counts[static_cast<std::size_t>(16 * row + 8)], row == 8 ? 500 : 0);
     }
 }
 

@@ -12,7 +12,6 @@
 
 namespace {
 
-using render::Decimal;
 using render::ExactFlight;
 
 fractal deepEntry(const std::string& re, const std::string& im, const std::string& width) {

@@ -7,8 +7,6 @@
 
 #include <utility>
 
-namespace deep {
-
 class Integer {
   public:
     Integer() { mpz_init(number); }
@@ -47,5 +45,3 @@ class Big {
   private:
     mpfr_t number;
 };
-
-}  // namespace deep

@@ -7,9 +7,9 @@
 // each instruction set, as compute/complex.h is.
 //
 // Also what both tiers say in one text, of doubles as of pairs, real or complex.
-#if !defined(TESSARY_DEEP_PAIR_H) || defined(TESSARY_VECTOR_TEXT)
-#ifndef TESSARY_DEEP_PAIR_H
-#define TESSARY_DEEP_PAIR_H
+#if !defined(TESSARY_COMPUTE_PAIR_H) || defined(TESSARY_VECTOR_TEXT)
+#ifndef TESSARY_COMPUTE_PAIR_H
+#define TESSARY_COMPUTE_PAIR_H
 
 #include <cmath>
 #include <type_traits>

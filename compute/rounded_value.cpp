@@ -1,11 +1,7 @@
-#include "deep/smooth.h"
+#include "compute/rounded_value.h"
 
 #include <algorithm>
 #include <cmath>
-
-#include "deep/view.h"
-
-namespace deep {
 
 namespace {
 
@@ -33,5 +29,3 @@ Rounded roundedQuotient(int count, double quotient, double off) {
         inUnits(std::max(q - off, 0.0)) == units && inUnits(std::min(q + off, 1.0)) == units;
     return {(static_cast<double>(count) - 1) + units * VALUE_UNIT, certain};
 }
-
-}  // namespace deep

@@ -1,7 +1,9 @@
 // Values from magnitudes that are known within bounds.
 #pragma once
 
-namespace deep {
+// Values are whole multiples of this. Rounding to them hides which of several ways, all of them
+// proven and none of them exact, a pixel took. Half a unit is below 1e-6 of a step.
+inline constexpr double VALUE_UNIT = 0x1p-20;
 
 struct Rounded {
     double value;  // a whole multiple of VALUE_UNIT
@@ -18,5 +20,3 @@ Rounded roundedValue(int count, double logBefore, double logAfter, double logLim
 
 // The same of a quotient q that is off by no more than `off`.
 Rounded roundedQuotient(int count, double q, double off);
-
-}  // namespace deep

@@ -1,4 +1,4 @@
-#include "render/decimal.h"
+#include "frac/decimal.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,10 +8,7 @@
 #include "frac/decimal_text.h"
 #include "frac/number_text.h"
 
-namespace render {
 namespace {
-
-using deep::Integer;
 
 Integer powerOf(unsigned long base, std::int64_t exponent) {
     Integer power;
@@ -49,7 +46,6 @@ Decimal Decimal::of(double value) {
     return {std::move(digits), std::min(twos, 0)};
 }
 
-// The digits where the last one stands for 10^place, which is not above the exponent.
 Integer Decimal::digitsAt(std::int64_t place) const {
     Integer all;
     mpz_mul(all, digits, powerOf(10, exponent - place));
@@ -126,5 +122,3 @@ std::string Decimal::text() const {
     if (all.size() <= whole) return text.append(all).append(whole - all.size(), '0');
     return text.append(all, 0, whole).append(1, '.').append(all, whole);
 }
-
-}  // namespace render

@@ -1,6 +1,6 @@
 // Doubles with an exponent of their own: numbers far below 1e-308 at the precision of a double.
 // Each operation rounds once, with a relative error of at most 2^-53; nothing underflows or
-// overflows.
+// overflows. Nothing is divided by zero.
 #pragma once
 
 #include <bit>
@@ -8,7 +8,12 @@
 #include <cstdint>
 #include <limits>
 
-namespace deep {
+// 2^exponent; 0 below the normal numbers, infinite above them.
+inline double widePower(std::int64_t exponent) {
+    if (exponent < -1022) return 0;
+    if (exponent > 1023) return std::numeric_limits<double>::infinity();
+    return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
+}
 
 // mantissa * 2^exponent with 1 <= |mantissa| < 2; zero has an exponent below all others. A
 // mantissa that is infinite or not a number stays so.
@@ -24,19 +29,15 @@ class Wide {
     // The nearest double, 0 below its range and infinite above; of subnormal numbers 0.
     double value() const { return at(0); }
     // The same of this number times 2^power.
-    double at(std::int64_t power) const {
-        const std::int64_t k = e + power;
-        if (m == 0 || k < -1022) return 0;
-        if (k > 1023) return m * std::numeric_limits<double>::infinity();
-        return m * std::bit_cast<double>(static_cast<std::uint64_t>(k + 1023) << 52);
-    }
+    double at(std::int64_t power) const { return m == 0 ? 0 : m * widePower(e + power); }
 
     friend Wide operator*(Wide a, Wide b) { return Wide(a.m * b.m, a.e + b.e); }
+    friend Wide operator/(Wide a, Wide b) { return Wide(a.m / b.m, a.e - b.e); }
     friend Wide operator+(Wide a, Wide b) {
         if (a.e < b.e) return b + a;
         const std::int64_t apart = a.e - b.e;
         if (apart > 200) return a;
-        return Wide(a.m + b.m * power(-apart), a.e);
+        return Wide(a.m + b.m * widePower(-apart), a.e);
     }
     friend Wide operator-(Wide a) {
         a.m = -a.m;
@@ -55,9 +56,6 @@ class Wide {
     };
     explicit Wide(Parts p) : m(p.m), e(p.e) {}
 
-    static double power(std::int64_t k) {
-        return std::bit_cast<double>(static_cast<std::uint64_t>(k + 1023) << 52);
-    }
     static Parts normal(double value, std::int64_t exponent) {
         const auto bits = std::bit_cast<std::uint64_t>(value);
         const auto biased = static_cast<std::int64_t>((bits >> 52) & 0x7FF);
@@ -83,5 +81,3 @@ inline Wide root(Wide x) {
     return Wide(std::sqrt(odd ? 2 * x.mantissa() : x.mantissa()),
                 (x.exponent() - (odd ? 1 : 0)) / 2);
 }
-
-}  // namespace deep

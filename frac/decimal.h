@@ -5,9 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "deep/big_number.h"
-
-namespace render {
+#include "frac/big_number.h"
 
 // digits * 10^exponent.
 class Decimal {
@@ -27,7 +25,12 @@ class Decimal {
     // The nearest multiple of 10^place, of two equally near the one further from 0.
     Decimal rounded(std::int64_t place) const;
 
-    int sign() const { return deep::sign(digits); }
+    // All digits as a whole number where the last one stands for 10^place, which must not lie above
+    // lastPlace().
+    Integer digitsAt(std::int64_t place) const;
+    std::int64_t lastPlace() const { return exponent; }
+
+    int sign() const { return ::sign(digits); }
     // The n with 10^n <= |number| < 10^(n + 1); not of 0.
     std::int64_t magnitude() const;
     // The double nearest to number / 10^magnitude(); not of 0.
@@ -37,12 +40,9 @@ class Decimal {
     std::string text() const;
 
   private:
-    Decimal(deep::Integer all, std::int64_t tens) : digits(std::move(all)), exponent(tens) {}
-    deep::Integer digitsAt(std::int64_t place) const;
+    Decimal(Integer all, std::int64_t tens) : digits(std::move(all)), exponent(tens) {}
     std::string plainDigits() const;
 
-    deep::Integer digits;
+    Integer digits;
     std::int64_t exponent = 0;
 };
-
-}  // namespace render

@@ -1,12 +1,10 @@
-#include "render/decimal.h"
+#include "frac/decimal.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
 namespace {
-
-using render::Decimal;
 
 std::string text(const char* decimal) {
     return Decimal::of(std::string_view(decimal)).text();
