@@ -138,6 +138,15 @@ TEST(RunsOfZeros, AreWhatTheyWereWhereverTheyBeginAndEnd) {
     }
 }
 
+// They would repeat what lies one byte before, not two.
+TEST(RunsOfZeros, AreNoMatchesBehindAnotherByte) {
+    Bytes rows(CODED_BLOCK, 3);
+    rows[CODED_BLOCK - 2] = 0;
+    rows[CODED_BLOCK - 1] = 5;
+    rows.resize(3 * CODED_BLOCK, 0);
+    expectTheSameOnEveryTarget(rows);
+}
+
 // A match of 256 bytes takes 14 bits, one of 64 bytes 9.
 TEST(RunsOfZeros, TakeTheirMatchesAlone) {
     const auto sizeOf = [](std::size_t blocks) {
@@ -162,6 +171,21 @@ TEST(TheCode, SuitsTheDifferences) {
     EXPECT_NEAR(bitsOf(1), (1 + 3 + 3) / 3.0, 0.1);
     EXPECT_NEAR(bitsOf(4), (2 + 2 * (3 + 5 + 5 + 6)) / 9.0, 0.1);
     EXPECT_NEAR(bitsOf(127), (95 + 239 * 9) / 255.0, 0.1);
+}
+
+// One byte in three is 0, the others 1 and -1; but for the first block and those at which no sample
+// looks, where all are far from 0.
+TEST(TheCode, SuitsMostOfWhatIsSampled) {
+    constexpr std::size_t APART = 16 * CODED_BLOCK;
+    Bytes rows(50 * APART, 100);
+    for (std::size_t n = APART; n < rows.size(); n += APART) {
+        for (std::size_t k = 0; k < CODED_BLOCK; ++k) {
+            rows[n + k] = static_cast<unsigned char>(k % 3 == 2 ? 255 : k % 3);
+        }
+    }
+    const render::RowCode& finest = render::rowCode(0);
+    EXPECT_NEAR(8.0 * static_cast<double>(coded(rows).size()) / static_cast<double>(rows.size()),
+                finest.words[100].length * 15 / 16.0 + 7 / 3.0 / 16, 0.1);
 }
 
 // Rows of which the sample knows nothing take the longest words of the code for small ones.
