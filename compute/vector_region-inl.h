@@ -73,7 +73,7 @@ HWY_INLINE bool stay(Balls balls, int steps) {
 
 // Discs cover an edge with a strip on both sides of it, a tenth as wide as they are: more than the
 // rounding of a state's cell or a middle may amount to.
-HWY_NOINLINE HWY_FLATTEN bool edgeStays(const Horizon& h, const CellEdge& edge) {
+HWY_NOINLINE HWY_FLATTEN inline bool edgeStays(const Horizon& h, const CellEdge& edge) {
     constexpr double SIDE = 1.0 / StayingRegion::PER_UNIT;
     constexpr std::size_t LANES = hn::MaxLanes(Number<float>::D());
     const double apart = SIDE / h.discsPerEdge();
