@@ -73,11 +73,11 @@ void fillSquare(StayingRegion& region, int x, int y) {
 // Fills the coarse squares that stay and hang together with one of them.
 class Flood {
   public:
-    Flood(const Horizon& h, StayingRegion& r) : horizon(h), region(r) {}
+    Flood(const Horizon& h, StopFlag flag, StayingRegion& r) : horizon(h), stop(flag), region(r) {}
 
     void from(int x, int y) {
         wait(x, y);
-        while (count > 0) {
+        while (count > 0 && !isSet(stop)) {
             Batch batch;
             const int first = std::max(count - Batch::MOST, 0), last = count;
             for (int n = first; n < last; ++n) batch.add(columnOf(waiting[n]), lineOf(waiting[n]));
@@ -110,6 +110,7 @@ class Flood {
     }
 
     const Horizon& horizon;
+    StopFlag stop;
     StayingRegion& region;
     bool seen[COARSE_CELLS][COARSE_CELLS] = {};
     std::uint16_t waiting[COARSE_CELLS * COARSE_CELLS];
@@ -119,8 +120,8 @@ class Flood {
 // Takes away the cells with an edge to the outside that does not pass its test, until all do.
 class Peeling {
   public:
-    Peeling(const Horizon& h, EdgeTest test, StayingRegion& r)
-        : horizon(h), stays(test), region(r) {
+    Peeling(const Horizon& h, EdgeTest test, StopFlag flag, StayingRegion& r)
+        : horizon(h), stays(test), stop(flag), region(r) {
         std::memset(proven, 0, sizeof proven);
     }
 
@@ -134,7 +135,8 @@ class Peeling {
     }
 
   private:
-    static constexpr int MOST_TESTS = 8192;
+    // Where something is found, some 4,100 do.
+    static constexpr int MOST_TESTS = 5000;
 
     bool peelRow(int y) {
         bool changed = false;
@@ -161,12 +163,14 @@ class Peeling {
     bool passes(const CellEdge& edge) {
         bool& known = proven[edge.across][edge.y][edge.x];
         if (known) return true;
+        if (isSet(stop)) tests = MOST_TESTS;  // as if they had been made
         if (++tests > MOST_TESTS) return false;
         return known = stays(horizon, edge);
     }
 
     const Horizon& horizon;
     EdgeTest stays;
+    StopFlag stop;
     StayingRegion& region;
     int tests = 0;
     bool proven[2][StayingRegion::CELLS + 1][StayingRegion::CELLS + 1];
@@ -192,13 +196,13 @@ bool StayingRegion::holdsAll(const cpuComplex<double>& a, const cpuComplex<doubl
 }
 
 bool findStayingRegion(const Horizon& horizon, const Point& place, EdgeTest stays,
-                       StayingRegion& region) {
+                       StayingRegion& region, StopFlag stop) {
     std::memset(region.row, 0, sizeof region.row);
     region.any = false;
     const int x = StayingRegion::cellOf(place.r), y = StayingRegion::cellOf(place.i);
     if (x < 0 || y < 0 || !middleStays(horizon, x / COARSE, y / COARSE)) return false;
-    Flood(horizon, region).from(x / COARSE, y / COARSE);
-    if (!Peeling(horizon, stays, region).run()) return true;
+    Flood(horizon, stop, region).from(x / COARSE, y / COARSE);
+    if (!Peeling(horizon, stays, stop, region).run()) return !isSet(stop);
     for (const auto& line : region.row) {
         for (const std::uint32_t word : line) region.any |= word != 0;
     }

@@ -24,6 +24,7 @@
 #include <limits>
 
 #include "compute/complex.h"
+#include "compute/stop_flag.h"
 
 // Squares of 1/64 that cover |re|, |im| < 2, one bit each, by row.
 struct StayingRegion {
@@ -52,8 +53,9 @@ struct Horizon {
     cpuComplex<double> c;
     int steps;
 
-    // Balls are so small that they do not outgrow the steps: more steps take more of them.
-    static constexpr int MOST_STEPS = 4096;
+    // Balls are so small that they do not outgrow the steps: more steps take more of them, and over
+    // more than these the roundings alone fill them nearly everywhere.
+    static constexpr int MOST_STEPS = 1024;
     int discsPerEdge() const { return 16 * ((steps - 1) / 768 + 1); }
 };
 
@@ -68,14 +70,15 @@ using EdgeTest = bool (*)(const Horizon&, const CellEdge&);
 
 // Sets the region about a place where an orbit was after many steps; none where the outline cannot
 // be proven with a moderate number of tests. Returns whether it is worth no other try: not where
-// the orbit was about to leave, which costs little to find.
+// the orbit was about to leave, which costs little to find, nor where `stop` was set meanwhile:
+// then it ends within a millisecond, with none.
 bool findStayingRegion(const Horizon& horizon, const cpuComplex<double>& place, EdgeTest stays,
-                       StayingRegion& region);
+                       StayingRegion& region, StopFlag stop = nullptr);
 
 // What a thread knows of the constant that it had last.
 struct KnownRegion {
-    // A search costs from a tenth to a third of what so many orbits do that take all their steps.
-    static constexpr std::size_t WORTH_A_SEARCH = std::size_t{1} << 18;
+    // A search costs a sixth at most of what so many orbits do that take all their steps.
+    static constexpr std::size_t WORTH_A_SEARCH = std::size_t{1} << 19;
 
     Horizon horizon{{std::numeric_limits<double>::quiet_NaN(), 0}, 0};
     std::size_t stayed = 0;  // orbits that took all steps
@@ -83,10 +86,13 @@ struct KnownRegion {
     bool sought = false;
     StayingRegion region;
 
-    // Begins anew where it is about another constant or fewer steps.
+    // Begins anew where it is about another constant or too few steps, or where it knows nothing
+    // yet and fewer steps will do.
     void turnTo(const Horizon& wanted) {
         const bool same = wanted.c.r == horizon.c.r && wanted.c.i == horizon.c.i;
-        if (!same || wanted.steps > horizon.steps) beginAnew(wanted);
+        const bool enough =
+            wanted.steps == horizon.steps || (wanted.steps < horizon.steps && region.any);
+        if (!same || !enough) beginAnew(wanted);
     }
 
     // Counts so many more orbits that took all steps; returns whether to search now.

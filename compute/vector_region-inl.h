@@ -108,7 +108,7 @@ HWY_INLINE hn::Vec<typename Slots<T>::DU> cellsOf(Number<T> coordinate) {
 // anything.
 template <class DU>
 HWY_INLINE hn::Vec<DU> wordsAt(DU du, const StayingRegion& region, hn::Vec<DU> at) {
-#if HWY_TARGET == HWY_AVX2 || HWY_TARGET == HWY_AVX3
+#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
     const hn::RebindToSigned<DU> di;
     const auto* words = reinterpret_cast<const hn::TFromD<DU>*>(region.row);
     return hn::GatherOffset(du, words, hn::BitCast(di, hn::ShiftLeft<2>(at)));
@@ -146,14 +146,14 @@ HWY_NOINLINE void endInRegion(Slots<T>& s, const StayingRegion& region) {
 
 // Seeks a region about the first orbit of a chunk that has taken all its steps.
 template <class T>
-HWY_NOINLINE void seekRegion(const Slots<T>& s, KnownRegion& known) {
+HWY_NOINLINE void seekRegion(const Slots<T>& s, KnownRegion& known, StopFlag stop) {
     const typename Slots<T>::D d;
     for (std::size_t at = 0; at < s.used; at += Slots<T>::LANES) {
         const auto first = hn::FindFirstTrue(d, hn::MaskFromVec(hn::Load(d, s.live + at)));
         if (first < 0) continue;
         const std::size_t n = at + static_cast<std::size_t>(first);
         const Point place{static_cast<double>(s.zr[n]), static_cast<double>(s.zi[n])};
-        known.sought = findStayingRegion(known.horizon, place, edgeStays, known.region);
+        known.sought = findStayingRegion(known.horizon, place, edgeStays, known.region, stop);
         return;
     }
 }
@@ -167,6 +167,7 @@ class ViewRegion {
         if (!squares<R> || R::constant != Constant::view || !wanted) return;
         if (!(tile.limit >= T(4)) || limit > Horizon::MOST_STEPS) return;
         known = &lastRegion;
+        stop = tile.stop;
         known->turnTo({{static_cast<double>(tile.cx), static_cast<double>(tile.cy)}, limit});
     }
 
@@ -185,7 +186,7 @@ class ViewRegion {
     // To be told of the orbits that took all steps: where they are many, a region is sought.
     void note(const Slots<T>& s) const {
         if (known == nullptr || s.alive == 0) return;
-        if (known->worthASearch(s.alive)) seekRegion(s, *known);
+        if (known->worthASearch(s.alive)) seekRegion(s, *known, stop);
     }
 
   private:
@@ -194,6 +195,7 @@ class ViewRegion {
     }
 
     KnownRegion* known = nullptr;
+    StopFlag stop = nullptr;
 };
 
 }  // namespace HWY_NAMESPACE

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <stdexcept>
@@ -75,7 +76,25 @@ TEST(Region, IsNoneWhereItsOutlineIsNotProvenInAModerateNumberOfTests) {
         DISC, {0, 0}, [](const Horizon&, const CellEdge&) { return ++tests < 0; }, region));
     EXPECT_FALSE(region.any);
     EXPECT_FALSE(region.holds(0, 0));
-    EXPECT_EQ(tests, 8192);
+    EXPECT_EQ(tests, 5000);
+}
+
+// Set in the middle of the outline, it ends the search there; set before, it lets nothing be
+// tested.
+TEST(Region, IsNoneAndWorthAnotherTryOnceToldToStop) {
+    static std::atomic<bool> stop = false;
+    static int tests = 0;
+    const auto stopsAtTheHundredth = [](const Horizon&, const CellEdge&) {
+        if (++tests == 100) stop = true;
+        return true;
+    };
+    StayingRegion region;
+    EXPECT_FALSE(findStayingRegion(DISC, {0, 0}, stopsAtTheHundredth, region, &stop));
+    EXPECT_FALSE(region.any);
+    EXPECT_EQ(tests, 100);
+    EXPECT_FALSE(findStayingRegion(DISC, {0, 0}, stopsAtTheHundredth, region, &stop));
+    EXPECT_FALSE(region.any);
+    EXPECT_EQ(tests, 100);
 }
 
 TEST(Region, IsNoneWhereNothingPasses) {
@@ -148,7 +167,7 @@ TEST(Horizon, TakesMoreDiscsWhereTheStepsAreMore) {
     EXPECT_EQ((Horizon{{}, 1}.discsPerEdge()), 16);
     EXPECT_EQ((Horizon{{}, 768}.discsPerEdge()), 16);
     EXPECT_EQ((Horizon{{}, 769}.discsPerEdge()), 32);
-    EXPECT_EQ((Horizon{{}, 4096}.discsPerEdge()), 96);
+    EXPECT_EQ((Horizon{{}, Horizon::MOST_STEPS}.discsPerEdge()), 32);
 }
 
 TEST(KnownRegionOfAThread, IsSoughtOnceManyOrbitsStayed) {
@@ -185,6 +204,17 @@ TEST(KnownRegionOfAThread, IsThatOfOneConstantAndOfNoMoreSteps) {
         EXPECT_FALSE(known.worthASearch(1));
         known = {};
     }
+}
+
+TEST(KnownRegionOfAThread, IsThatOfFewerStepsWhereNoneIsKnown) {
+    KnownRegion known;
+    known.turnTo({{1, 2}, 100});
+    EXPECT_TRUE(known.worthASearch(KnownRegion::WORTH_A_SEARCH));
+    known.sought = true;
+    known.turnTo({{1, 2}, 60});
+    EXPECT_EQ(known.horizon.steps, 60);
+    EXPECT_FALSE(known.sought);
+    EXPECT_EQ(known.stayed, 0u);
 }
 
 }  // namespace

@@ -140,10 +140,9 @@ TEST(RunsOfZeros, AreWhatTheyWereWhereverTheyBeginAndEnd) {
 
 // They would repeat what lies one byte before, not two.
 TEST(RunsOfZeros, AreNoMatchesBehindAnotherByte) {
-    Bytes rows(CODED_BLOCK, 3);
-    rows[CODED_BLOCK - 2] = 0;
+    Bytes rows(3 * CODED_BLOCK, 0);
+    std::fill_n(rows.begin(), CODED_BLOCK - 2, 3);
     rows[CODED_BLOCK - 1] = 5;
-    rows.resize(3 * CODED_BLOCK, 0);
     expectTheSameOnEveryTarget(rows);
 }
 
