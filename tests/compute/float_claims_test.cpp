@@ -360,7 +360,8 @@ testing::AssertionResult countsAreTheRules(int type, const std::vector<Point>& a
 TEST_P(FloatClaims, CountsAreTheRulesForAnyNumberOfPixelsAndAnyLimit) {
     Random random(10);
     for (int type = 2; type <= 5; ++type) {
-        for (const std::size_t count : {1, 3, 4, 5, 7, 8, 9, 16, 17, 40, 256}) {
+        for (const std::size_t count :
+             std::vector<std::size_t>{1, 3, 4, 5, 7, 8, 9, 16, 17, 40, 256}) {
             for (const int limit : {1, 3, 4, 5, 16, 17, 24, 300}) {
                 const bool detect = random.pick(0, 3) != 0;
                 const float maxSize = random.among({4.0f, 128.0f, 1900.0f});
