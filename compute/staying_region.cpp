@@ -202,6 +202,7 @@ bool findStayingRegion(const Horizon& horizon, const Point& place, EdgeTest stay
     const int x = StayingRegion::cellOf(place.r), y = StayingRegion::cellOf(place.i);
     if (x < 0 || y < 0 || !middleStays(horizon, x / COARSE, y / COARSE)) return false;
     Flood(horizon, stop, region).from(x / COARSE, y / COARSE);
+    if (isSet(stop)) return false;
     if (!Peeling(horizon, stays, stop, region).run()) return !isSet(stop);
     for (const auto& line : region.row) {
         for (const std::uint32_t word : line) region.any |= word != 0;
