@@ -5,8 +5,8 @@
 
 #include <optional>
 
-#include "frac/fractal.h"
 #include "frac/decimal.h"
+#include "frac/fractal.h"
 
 namespace render {
 
