@@ -218,7 +218,10 @@ void expectLanesAgree() {
     StayingRegion region;
     region.any = true;
     for (auto& line : region.row) {
-        for (auto& word : line) word = static_cast<std::uint32_t>(random.pick(0, 0x7fffffff)) * 2u;
+        for (auto& word : line) {
+            const int high = random.pick(0, 0xffff), low = random.pick(0, 0xffff);
+            word = static_cast<std::uint32_t>(high) << 16 | static_cast<std::uint32_t>(low);
+        }
     }
     for (int y = 0; y < StayingRegion::CELLS; ++y) {
         for (int x = 0; x < StayingRegion::CELLS; ++x) {
