@@ -113,7 +113,7 @@ class Flood {
     StopFlag stop;
     StayingRegion& region;
     bool seen[COARSE_CELLS][COARSE_CELLS] = {};
-    std::uint16_t waiting[COARSE_CELLS * COARSE_CELLS];
+    std::uint16_t waiting[COARSE_CELLS * COARSE_CELLS] = {};
     int count = 0;
 };
 
