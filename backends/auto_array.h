@@ -26,6 +26,7 @@ template <class T>
 auto_array<T> makeArray(std::size_t count) {
     static_assert(std::is_trivial_v<T> && CACHE_LINE % sizeof(T) == 0);
     const std::size_t wholeLines = (count * sizeof(T) + CACHE_LINE - 1) & ~(CACHE_LINE - 1);
-    void* memory = ::operator new[](wholeLines, std::align_val_t{CACHE_LINE});
-    return auto_array<T>(new (memory) T[count]());
+    T* const array = static_cast<T*>(::operator new[](wholeLines, std::align_val_t{CACHE_LINE}));
+    std::uninitialized_value_construct_n(array, count);
+    return auto_array<T>(array);
 }

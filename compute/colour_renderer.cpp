@@ -21,7 +21,7 @@ HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
-// NOLINTNEXTLINE(readability-non-const-parameter): without vectors nothing is written
+// NOLINTBEGIN(readability-non-const-parameter): without vectors nothing is written
 int coloursOf(const ValueColours& how, const float* roundings, const double* values, int n,
               unsigned char* out, std::int32_t* left) {
 #if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
@@ -35,7 +35,6 @@ int coloursOf(const ValueColours& how, const float* roundings, const double* val
 #endif
 }
 
-// NOLINTNEXTLINE(readability-non-const-parameter): as above
 int averagesOf(const ValueColours& how, const float* roundings, const SampleRows& samples, int n,
                unsigned char* out, std::int32_t* left) {
 #if HWY_TARGET == HWY_EMU128 || HWY_TARGET == HWY_SCALAR
@@ -48,6 +47,7 @@ int averagesOf(const ValueColours& how, const float* roundings, const SampleRows
                     : colourSamples<std::uint8_t>(row, samples, n, out, left);
 #endif
 }
+// NOLINTEND(readability-non-const-parameter)
 
 }  // namespace HWY_NAMESPACE
 }  // namespace tessary_vector

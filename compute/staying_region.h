@@ -30,9 +30,9 @@
 struct StayingRegion {
     static constexpr int CELLS = 256, PER_UNIT = 64, BITS = 32;
 
-    bool any = false;
     alignas(64) std::uint32_t row[CELLS][CELLS / BITS] = {};
     std::uint32_t behind = 0;  // for who reads two words at a time
+    bool any = false;
 
     // The column or row of a coordinate; below 0 or above the last where there is none.
     static int cellOf(double coordinate);

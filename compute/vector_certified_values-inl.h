@@ -103,8 +103,9 @@ HWY_INLINE CertifiedValue certifiedValue(Real count, Real before, Real after, Re
 }
 
 // The values of n pixels, and some behind them; `certain` has all bits set where they are.
-HWY_NOINLINE HWY_FLATTEN void certifiedValues(const CertifiedKnown& known, std::size_t n, int limit,
-                                              double logLimit, double* values, double* certain) {
+HWY_NOINLINE HWY_FLATTEN inline void certifiedValues(const CertifiedKnown& known, std::size_t n,
+                                                     int limit, double logLimit, double* values,
+                                                     double* certain) {
     const RealTag d;
     const Real stays(static_cast<double>(limit)), zero(0.0);
     const Real inside(std::numeric_limits<double>::quiet_NaN()), ln(logLimit);
