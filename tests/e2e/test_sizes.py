@@ -1,7 +1,6 @@
 """Windows of unusual sizes, sizes that change with every frame, and two programs side by side. In
 all of this nothing is left over in OpenGL, and neither it nor the X server objects."""
 
-import functools
 import os
 import random
 import re
@@ -20,11 +19,6 @@ GLIDE = 20
 SEED = int(os.environ.get("TESSARY_SIZES_SEED", "4096"))
 
 
-@functools.cache
-def counts_of(view):
-    return expected.mandelbrot(view)
-
-
 class CountedTest(TessaryTest):
     def setUp(self):
         self.counts = resources.Counts()
@@ -41,7 +35,7 @@ class CountedTest(TessaryTest):
     def assert_shows_below_the_bar(self, program, view, palette=None):
         """The lower half of the window shows the Mandelbrot picture of this view."""
         colours = expected.random_palette() if palette is None else palette
-        picture = expected.coloured(counts_of(view), colours)
+        picture = expected.coloured(expected.mandelbrot(view), colours)
         shown = program.screenshot()
         height, width, _ = shown.shape
         half = height // 2

@@ -138,6 +138,20 @@ class Together(unittest.TestCase):
         self.assertGreater(len(self.schema.numbers()), 100)
 
 
+class Listed(unittest.TestCase):
+    KNOWN = mutants.known_equivalents()
+
+    def test_every_change_can_still_be_made(self):
+        self.assertGreater(len(self.KNOWN), 50)
+        self.assertEqual(mutants.unmatched(self.KNOWN), set())
+
+    def test_one_of_another_line_or_source_is_noticed(self):
+        path, before, after = next(iter(self.KNOWN))
+        others = {(path, before + " more", after), (path, before, before),
+                  ("GlutMenu/Gone.cpp", before, after)}
+        self.assertEqual(mutants.unmatched(self.KNOWN | others), others)
+
+
 class Sums(unittest.TestCase):
     def test_the_interval_of_a_sample_is_wilsons(self):
         # 81 of 263: the example of Newcombe (1998), table I.

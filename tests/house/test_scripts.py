@@ -342,6 +342,27 @@ class Testing(ScriptTest):
         self.assertIn("tests-programs", self.calls("ninja")[-1])
         self.assertEqual(self.calls("ctest"), [])
 
+    def test_the_guide_brings_its_browser_and_without_one_nothing_was_looked_at(self):
+        self.stand_in("tools/pandoc", "")
+        done = self.call("test", "--only", "guide", MISSING="chromium", APT_STATUS="100")
+        self.assertEqual((done.returncode, self.calls("ctest")), (77, []))
+        self.assertIn("apt-get could not install chromium", done.stderr)
+        if not shutil.which("chromium", path="/usr/bin:/bin"):
+            done = self.call("test", "--only", "guide")
+            self.assertEqual((done.returncode, self.calls("ctest")), (77, []))
+            self.assertEqual(done.stderr, "test: there is no chromium\n")
+        self.stand_in("tools/chromium", "")
+        self.assertEqual(self.call("test", "--only", "guide").returncode, 0)
+        self.assertTrue(self.calls("ctest")[0].endswith("-L ^guide$"))
+
+    def test_what_the_guide_lacks_stops_no_other_test(self):
+        self.assertEqual(self.call("test", MISSING="chromium", APT_STATUS="100").returncode, 0)
+
+    def test_there_are_two_places_a_core(self):
+        self.stand_in("tools/nproc", "echo 3")
+        self.call("test")
+        self.assertIn(" --parallel 6", self.calls("ctest")[0])
+
     def test_coverage_is_told_after_the_tests_whose_status_is_passed_on(self):
         self.stand_in("tools/gcovr", "echo 'lines: 100 %'")
         done = self.call("test", "--coverage", CTEST_STATUS="8")
@@ -387,7 +408,7 @@ class Linting(ScriptTest):
 class Gate(ScriptTest):
     """.ci/run, with a stand-in for ./test."""
 
-    STAGES = 7
+    STAGES = 8
 
     def setUp(self):
         super().setUp()
@@ -428,6 +449,14 @@ class Gate(ScriptTest):
         self.assertEqual((status, len(told)), (0, self.STAGES + 1))
         self.assertEqual([line for line in told if "passed" not in line],
                          ["ci: packages: left out, for the reason given above; by hand: ./package --check"])
+
+    def test_a_guide_that_cannot_be_looked_at_is_left_out(self):
+        self.stand_in("test", '[[ $* != "--only guide" ]] || exit 77')
+        status, told = self.gate()
+        self.assertEqual((status, len(told)), (0, self.STAGES))
+        self.assertEqual([line for line in told if "passed" not in line],
+                         ["ci: the guide in a browser: left out, for the reason given above; "
+                          "by hand: ./test --only guide"])
 
     def test_what_the_time_does_not_suffice_for_is_left_out_and_named(self):
         status, told = self.gate(CI_SECONDS="60")

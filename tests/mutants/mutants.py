@@ -92,6 +92,18 @@ def known_equivalents():
     return known
 
 
+def unmatched(known):
+    """Those of the listed changes that can be made to no source: its lines are others now."""
+    changes = {identity(m) for path in {path for path, _, _ in known} if (ROOT / path).is_file()
+               for m in mutants_of((ROOT / path).read_text(), path)}
+    return known - changes
+
+
+def identity(mutant):
+    """What the list knows a change by."""
+    return mutant.path, in_one_line(mutant.before), in_one_line(mutant.after)
+
+
 def sources_of_the_folders():
     """What is tried when nothing is named. The toolkit's demo is no part of the toolkit."""
     return [path for folder in ("compute", "commands", "GlutMenu")
@@ -291,7 +303,7 @@ def main():
         return 0
     known = set() if options.all else known_equivalents()
     trial = Trial(options, mutants)
-    trial.run(lambda m: (m.path, in_one_line(m.before), in_one_line(m.after)) in known)
+    trial.run(lambda m: identity(m) in known)
     return report(options, trial.counts)
 
 
