@@ -38,11 +38,17 @@ double waitForTiles(Clock::time_point start, double shortest) {
     return secondsSince(start);
 }
 
+struct Start {
+    Clock::time_point clock = Clock::now();
+    double processors = processorSeconds();
+};
+
 // The workers are idle again, polling an empty queue, when the next frame starts.
-double finishFrame(Clock::time_point start, double shortest) {
-    const double seconds = waitForTiles(start, shortest);
+double finishFrame(const Start& start, double shortest, Timing timing) {
+    const double byTheClock = waitForTiles(start.clock, shortest);
+    const double ofProcessors = (processorSeconds() - start.processors) / numCPUThreads;
     std::this_thread::sleep_for(3ms);
-    return seconds;
+    return timing == Timing::clock ? byTheClock : ofProcessors;
 }
 
 // Queues what keep() leaves of a frame's tiles. Under the lock throughout, so that no worker
@@ -83,20 +89,20 @@ void setView(const View& view, int iterationLimit, bool doublePrecision) {
     bDoublePrecision = doublePrecision;
 }
 
-double frameSeconds(int stride, double shortest) {
+double frameSeconds(int stride, double shortest, Timing timing) {
     const MutedOutput muted;
     if (stride == 1) {
-        const auto start = Clock::now();
+        const Start start;
         queueFrame();
-        return finishFrame(start, shortest);
+        return finishFrame(start, shortest, timing);
     }
     const auto every = static_cast<std::size_t>(stride);
     queueTiles([&](std::size_t index, const params&) { return index % every == every / 2; });
-    return finishFrame(Clock::now(), shortest / stride) * stride;
+    return finishFrame(Start(), shortest / stride, timing) * stride;
 }
 
 double BestFrame::renderOnce() {
-    const double frame = frameSeconds(stride, seconds);
+    const double frame = frameSeconds(stride, seconds, timing);
     seconds = seconds == 0 ? frame : std::min(seconds, frame);
     return frame;
 }

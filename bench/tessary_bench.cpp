@@ -1,8 +1,10 @@
 // Whole frames of the vector renderer against the scalar one, through the real queue, in one
 // process and by turns: only figures of one run compare. docs/performance.md says how to read them.
 //
-// tessary_bench [--own_limits] [options of the benchmark library]
+// tessary_bench [--own_limits] [--processors] [options of the benchmark library]
 //   --own_limits  each view under its own iteration limit alone: what the page's table shows
+//   --processors  times are those of the processors, over the number of threads: for a machine with
+//                 other work on it. Names end in /processors, and nothing else is counted.
 //
 // Names are VIEW/LIMIT/PRECISION/SET, so --benchmark_filter picks by any of them. The time of a row
 // is the vector renderer's best frame; its counters:
@@ -33,6 +35,7 @@
 
 namespace {
 
+using bench::Timing;
 using bench::View;
 using vector_control::Target;
 
@@ -43,6 +46,7 @@ struct Case {
     Target target;
     bool detectCycles;
     std::int32_t threads;
+    Timing timing;
 };
 
 // What this machine has, asked before anything is forced; the last one is the scalar renderer.
@@ -58,10 +62,10 @@ std::int64_t scalarBit() {
 // Every how-manieth tile to render so that a frame's sample takes a tenth of a second, at least
 // where the frame does. With these strides the tiles lie evenly over the picture, which is 256
 // tiles high.
-int affordableStride() {
+int affordableStride(Timing timing) {
     constexpr double ENOUGH = 0.1;
     for (const int stride : {355, 99, 21, 5}) {
-        if (bench::frameSeconds(stride, 0) > ENOUGH * stride) return stride;
+        if (bench::frameSeconds(stride, 0, timing) > ENOUGH * stride) return stride;
     }
     return 1;
 }
@@ -74,11 +78,12 @@ double peakOf(const Case& c) {
 }
 
 void report(benchmark::State& state, const Case& c, double scalar, double vectors) {
-    const double rate =
-        bench::meanSteps(c.view, c.limit, c.doublePrecision) * 2048 * 2048 / vectors;
     state.counters["scalar_ms"] = 1e3 * scalar;
     state.counters["vectors_ms"] = 1e3 * vectors;
     state.counters["ratio"] = scalar / vectors;
+    if (c.timing == Timing::processors) return;
+    const double rate =
+        bench::meanSteps(c.view, c.limit, c.doublePrecision) * 2048 * 2048 / vectors;
     state.counters["Gsteps/s"] = 1e-9 * rate;
     if (c.view.type <= 1) state.counters["peak"] = rate / peakOf(c);
     state.counters["queue"] = bench::emptyFrameSeconds() / vectors;
@@ -90,10 +95,10 @@ void compare(benchmark::State& state, const Case& c) {
     vector_control::detectCycles(c.detectCycles);
     bench::setView(c.view, c.limit, c.doublePrecision);
     vector_control::forceTarget(scalarBit());
-    const int scalarStride = affordableStride();
+    const int scalarStride = affordableStride(c.timing);
     vector_control::forceTarget(c.target.bit);
-    const int stride = affordableStride();
-    bench::BestFrame scalar(scalarStride), vectors(stride);
+    const int stride = affordableStride(c.timing);
+    bench::BestFrame scalar(scalarStride, c.timing), vectors(stride, c.timing);
     for (auto _ : state) {
         vector_control::forceTarget(scalarBit());
         scalar.render();
@@ -113,9 +118,9 @@ void compareSearch(benchmark::State& state, const Case& c) {
     numCPUThreads = 1;
     bench::setView(c.view, c.limit, c.doublePrecision);
     vector_control::forceTarget(c.target.bit);
-    const int stride = affordableStride();
+    const int stride = affordableStride(c.timing);
     constexpr double ENOUGH = 0.15;
-    bench::BestFrame with(stride), without(stride);
+    bench::BestFrame with(stride, c.timing), without(stride, c.timing);
     for (auto _ : state) {
         for (double sum = 0; sum < ENOUGH; sum += with.seconds) {
             vector_control::detectCycles(true);
@@ -136,6 +141,7 @@ std::string nameOf(const Case& c) {
                        (c.doublePrecision ? "/double/" : "/single/") + c.target.name;
     if (!c.detectCycles) name += "/nodetect";
     if (c.threads != max_threads) name += "/threads" + std::to_string(c.threads);
+    if (c.timing == Timing::processors) name += "/processors";
     return name;
 }
 
@@ -152,36 +158,39 @@ void add(const Case& c) {
     add(nameOf(c), c, compare);
 }
 
-void addOwnLimit(const View& view, bool doublePrecision, const Target& target) {
-    const Case own{view, view.maxIters, doublePrecision, target, true, max_threads};
+void addOwnLimit(const View& view, bool doublePrecision, const Target& target, Timing timing) {
+    const Case own{view, view.maxIters, doublePrecision, target, true, max_threads, timing};
     add(own);
     add(nameOf(own) + "/search", own, compareSearch);
 }
 
 // Each view under its own limit and the three common ones.
-void addLimits(const View& view, bool doublePrecision, const Target& target) {
-    addOwnLimit(view, doublePrecision, target);
+void addLimits(const View& view, bool doublePrecision, const Target& target, Timing timing) {
+    addOwnLimit(view, doublePrecision, target, timing);
     for (const int limit : {768, 4096, 65536}) {
-        if (limit != view.maxIters) add({view, limit, doublePrecision, target, true, max_threads});
+        if (limit == view.maxIters) continue;
+        add({view, limit, doublePrecision, target, true, max_threads, timing});
     }
 }
 
-void addOwnLimits(const Target& target) {
+void addOwnLimits(const Target& target, Timing timing) {
     for (const bool doublePrecision : {false, true}) {
-        for (const View& view : bench::views) addOwnLimit(view, doublePrecision, target);
-        for (const View& view : bench::moreViews) addOwnLimit(view, doublePrecision, target);
+        for (const View& view : bench::views) addOwnLimit(view, doublePrecision, target, timing);
+        for (const View& view : bench::moreViews) {
+            addOwnLimit(view, doublePrecision, target, timing);
+        }
     }
 }
 
-void addTarget(const Target& target) {
+void addTarget(const Target& target, Timing timing) {
     for (const bool doublePrecision : {false, true}) {
-        for (const View& view : bench::views) addLimits(view, doublePrecision, target);
-        for (const View& view : bench::moreViews) addLimits(view, doublePrecision, target);
+        for (const View& view : bench::views) addLimits(view, doublePrecision, target, timing);
+        for (const View& view : bench::moreViews) addLimits(view, doublePrecision, target, timing);
         const View& interior = bench::moreViews.back();
-        add({interior, interior.maxIters, doublePrecision, target, false, max_threads});
+        add({interior, interior.maxIters, doublePrecision, target, false, max_threads, timing});
         for (std::int32_t threads = 1; threads < max_threads; ++threads) {
             const View& start = bench::views.front();
-            add({start, start.maxIters, doublePrecision, target, true, threads});
+            add({start, start.maxIters, doublePrecision, target, true, threads, timing});
         }
     }
 }
@@ -190,10 +199,14 @@ void addTarget(const Target& target) {
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);  // leaves what is not the library's
-    const bool ownLimits = argc > 1 && std::string_view(argv[1]) == "--own_limits";
+    const auto asked = [&](std::string_view option) {
+        return std::find(argv + 1, argv + argc, option) != argv + argc;
+    };
+    const bool ownLimits = asked("--own_limits");
+    const Timing timing = asked("--processors") ? Timing::processors : Timing::clock;
     bench::startPool(static_cast<std::int32_t>(std::max(1u, std::thread::hardware_concurrency())));
     for (const Target& target : targets()) {
-        if (target.bit != scalarBit()) (ownLimits ? addOwnLimits : addTarget)(target);
+        if (target.bit != scalarBit()) (ownLimits ? addOwnLimits : addTarget)(target, timing);
     }
     benchmark::RunSpecifiedBenchmarks();
     stopWorkers(false);
