@@ -96,6 +96,15 @@ HWY_NOINLINE inline RealMask isUnsafe(const cpuComplex<Real>& value) {
     return hn::Or(hn::Not(normal), hn::Or(isNearMiddle(value.r), isNearMiddle(value.i)));
 }
 
+// Those of them that are live. A cheaper question, which exact zeros fail, nearly always settles
+// it.
+HWY_INLINE RealMask unsafeLanes(const cpuComplex<Real>& value, RealMask live) {
+    const RealMask near = hn::Or(isNearMiddle(value.r), isNearMiddle(value.i));
+    const RealMask suspect = hn::And(hn::Or(near, hasTinyPart(value)), live);
+    if (HWY_LIKELY(hn::AllFalse(RealTag(), suspect))) return suspect;
+    return hn::And(isUnsafe(value), live);
+}
+
 // Has the scalar rule evaluate these lanes of z.
 template <class Kind>
 HWY_NOINLINE void evaluateByRule(const cpuComplex<Real>& z, RealMask lanes,
@@ -151,12 +160,8 @@ struct FloatOrbits {
         const bool real = Kind::REAL_IS_TRIGONOMETRIC;
         const ShortFactors f(real ? z.r : z.i, real ? z.i : z.r);
         cpuComplex<Real> value = Kind::value(static_cast<const Factors&>(f));
-        const RealMask near = hn::Or(isNearMiddle(value.r), isNearMiddle(value.i));
-        const RealMask suspect = hn::And(hn::Or(near, hasTinyPart(value)), live);
-        if (HWY_UNLIKELY(!hn::AllFalse(RealTag(), suspect))) {
-            const RealMask unsafe = hn::And(isUnsafe(value), live);
-            if (!hn::AllFalse(RealTag(), unsafe)) evaluateByRule<Kind>(z, unsafe, value);
-        }
+        const RealMask unsafe = unsafeLanes(value, live);
+        if (HWY_UNLIKELY(!hn::AllFalse(RealTag(), unsafe))) evaluateByRule<Kind>(z, unsafe, value);
         z = {widened(hn::Add(narrowed(value.r), cr)), widened(hn::Add(narrowed(value.i), ci))};
         if constexpr (BALL) growBall(f, limit);
     }

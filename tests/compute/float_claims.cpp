@@ -21,6 +21,7 @@ namespace tessary_vector {
 namespace HWY_NAMESPACE {
 
 using float_claims::Claim;
+using float_claims::Part;
 using float_claims::Point;
 using Counts = std::vector<std::uint64_t>;
 
@@ -38,7 +39,7 @@ bool floatStays(const Claim&, double, double, double) {
 vector_control::TrigValues shortFactors(double, double) {
     return {};
 }
-bool shortIsSafe(double) {
+bool shortIsSafe(double, Part) {
     return false;
 }
 Counts floatCounts(int, const std::vector<Point>&, float, int, bool, bool) {
@@ -104,15 +105,12 @@ vector_control::TrigValues shortFactors(double circular, double hyperbolic) {
     return {firstLane(f.sin), firstLane(f.cos), firstLane(f.sinh), firstLane(f.cosh)};
 }
 
-// As the steps ask: the careful question follows where the quick one says so.
-bool shortIsSafe(double product) {
-    const cpuComplex<Real> value{Real(product), Real(1.0)}, turned{Real(1.0), Real(product)};
-    const auto safe = [](const cpuComplex<Real>& v) HWY_ATTR {
-        const RealMask suspect =
-            hn::Or(hn::Or(isNearMiddle(v.r), isNearMiddle(v.i)), hasTinyPart(v));
-        return hn::AllFalse(RealTag(), hn::And(suspect, isUnsafe(v)));
-    };
-    return safe(value) && safe(turned);
+bool shortIsSafe(double product, Part part) {
+    const RealTag d;
+    const Real p(product), one(1.0);
+    const RealMask all = hn::Eq(one.v, one.v);
+    const cpuComplex<Real> value{part == Part::real ? p : one, part == Part::real ? one : p};
+    return hn::AllFalse(d, unsafeLanes(value, all));
 }
 
 Counts floatCounts(int type, const std::vector<Point>& points, float maxSize, int limit,
@@ -186,8 +184,8 @@ vector_control::TrigValues factors(double circular, double hyperbolic) {
     return HWY_DYNAMIC_DISPATCH(shortFactors)(circular, hyperbolic);
 }
 
-bool roundsSafely(double product) {
-    return HWY_DYNAMIC_DISPATCH(shortIsSafe)(product);
+bool roundsSafely(double product, Part part) {
+    return HWY_DYNAMIC_DISPATCH(shortIsSafe)(product, part);
 }
 
 std::vector<std::uint64_t> counts(int type, const std::vector<Point>& points, float maxSize,

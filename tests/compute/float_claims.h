@@ -31,8 +31,10 @@ bool stays(const Claim& claim, double savedR, double savedI, double radius);
 // The four functions; the hyperbolic ones may both have turned their sign with the others.
 vector_control::TrigValues factors(double circular, double hyperbolic);
 
-// Whether a product of such functions is said to round as the scalar rule's.
-bool roundsSafely(double product);
+// Whether a product of such functions is said to round as the scalar rule's, as one part of a value
+// whose other part surely does.
+enum class Part { real, imaginary };
+bool roundsSafely(double product, Part part);
 
 struct Point {
     float r, i;

@@ -38,6 +38,14 @@ void drawDouble(const VectorTile<double>& tile, int type) {
     drawTrig(tile, type);
 }
 
+int withoutFloat() {
+#if TESSARY_HAS_LEAN
+    return chunksWithoutFloat;
+#else
+    return -1;
+#endif
+}
+
 }  // namespace HWY_NAMESPACE
 }  // namespace tessary_vector
 HWY_AFTER_NAMESPACE();
@@ -48,12 +56,16 @@ namespace tessary_vector {
 
 HWY_EXPORT(drawFloat);
 HWY_EXPORT(drawDouble);
+HWY_EXPORT(withoutFloat);
 
 void draw(const VectorTile<float>& tile, int type) {
     HWY_DYNAMIC_DISPATCH(drawFloat)(tile, type);
 }
 void draw(const VectorTile<double>& tile, int type) {
     HWY_DYNAMIC_DISPATCH(drawDouble)(tile, type);
+}
+int chunksLeft() {
+    return HWY_DYNAMIC_DISPATCH(withoutFloat)();
 }
 
 }  // namespace tessary_vector
@@ -65,6 +77,9 @@ void draw(const VectorTile<float>& tile, int type) {
 }
 void draw(const VectorTile<double>& tile, int type) {
     tessary_vector::draw(tile, type);
+}
+int chunksWithoutFloat() {
+    return tessary_vector::chunksLeft();
 }
 
 }  // namespace trig_pictures

@@ -10,4 +10,7 @@ namespace trig_pictures {
 void draw(const VectorTile<float>& tile, int type);
 void draw(const VectorTile<double>& tile, int type);
 
+// How many chunks the calling thread makes next without the stage in float; -1 where there is none.
+int chunksWithoutFloat();
+
 }  // namespace trig_pictures
