@@ -1,5 +1,5 @@
 // Orbits of a block of pixels in vectors: all lanes at the same step of the reference as long as
-// they stay together, then each at its own.
+// they stay together, then each at its own (see deep/apart_orbits-inl.h).
 //
 // Included once for each instruction set (see deep/vector_orbits.cpp).
 #if defined(TESSARY_DEEP_ORBITS_INL_H) == defined(HWY_TARGET_TOGGLE)
@@ -9,7 +9,7 @@
 #define TESSARY_DEEP_ORBITS_INL_H
 #endif
 
-#include "deep/vector_steps-inl.h"
+#include "deep/apart_orbits-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace tessary_vector {
@@ -25,16 +25,16 @@ inline constexpr double CLOSE_ENOUGH = 256;
 inline constexpr std::int64_t MOST_UNITS_APART = 64;
 
 // Steps between two looks at what is not in the loop.
-inline constexpr int STEPS_TOGETHER = 64, STEPS_APART = 64;
+inline constexpr int STEPS_TOGETHER = 64;
 
 template <int PARTS>
-class Orbits : public VectorSteps<PARTS> {
-    using Base = VectorSteps<PARTS>;
+class Orbits : public ApartOrbits<PARTS> {
+    using Base = ApartOrbits<PARTS>;
     using typename Base::Constants, typename Base::State, typename Base::Vector;
 
   public:
     Orbits(const TierData<PARTS>& data, ::deep::Block& pixels, bool values, StopFlag flag)
-        : Base(data, pixels, values), stop(flag) {}
+        : Base(data, pixels, values, flag) {}
 
     void follow() {
         this->start();
@@ -46,15 +46,14 @@ class Orbits : public VectorSteps<PARTS> {
         done = this->k[0];
         bool united = live != 0 && rebaseSome();
         while (united && live != 0) united = together();
-        if (live != 0) apart();
+        if (live != 0) this->apart();
     }
 
   private:
-    using Base::bound, Base::c, Base::d, Base::dSize, Base::live, Base::operations;
-    using Base::reference, Base::size, Base::skipLimit, Base::tier, Base::z;
+    using Base::at, Base::bound, Base::c, Base::d, Base::done, Base::dSize, Base::live;
+    using Base::nextTiny, Base::operations, Base::reference, Base::size, Base::skipLimit;
+    using Base::stepsNow, Base::stop, Base::tier, Base::z;
     using Base::U;
-
-    // ---- all lanes at the same step ----
 
     // Whether the lanes are still together. False too when none is left.
     bool together() {
@@ -66,15 +65,6 @@ class Orbits : public VectorSteps<PARTS> {
         if (most > 0x1p512 || (most < 0x1p-512 && most > 0)) return rescaleAll(most);
         if (const auto* node = findNode(most)) return skipTogether(*node);
         return stepTogether(stepsNow(most, skipLimit[0], STEPS_TOGETHER));
-    }
-
-    std::uint32_t nextTiny() {
-        if (at < tinyFrom || at > tinyNext) {
-            const auto* tiny = reference.tinyFrom(at);
-            tinyFrom = at;
-            tinyNext = tiny == reference.tinyEnd() ? ~std::uint32_t{0} : tiny->at;
-        }
-        return tinyNext;
     }
 
     bool anyTiny() const {
@@ -93,22 +83,6 @@ class Orbits : public VectorSteps<PARTS> {
             most = hn::Max(most, hn::IfThenElseZero(this->lanesOf(v), x.v));
         }
         return hn::GetLane(hn::MaxOfLanes(RealTag(), most));
-    }
-
-    int stepsLeft() {
-        const std::uint32_t end = at <= reference.firstEnd ? reference.firstEnd : reference.lastEnd;
-        const std::uint32_t room = std::min(end, nextTiny()) - at;
-        return static_cast<int>(std::min(room, static_cast<std::uint32_t>(tier.maxIters - done)));
-    }
-
-    // How many plain steps from index `at` on: to the next index that nodes start at, where the
-    // difference is in reach of one.
-    int stepsNow(double most, double reach, int limit) {
-        const int all = std::min(stepsLeft(), limit);
-        if (!(most <= reach)) return all;
-        const std::uint32_t start = at > reference.critical ? reference.critical : 0;
-        constexpr std::uint32_t SPAN = 1u << ::deep::LEAST_LEVEL;
-        return std::min(all, static_cast<int>(SPAN - (at - start - 1) % SPAN));
     }
 
     const Node<PARTS>* findNode(double most) {
@@ -305,112 +279,7 @@ class Orbits : public VectorSteps<PARTS> {
         return settle();
     }
 
-    // ---- each lane at a step of its own ----
-
-    // Follows the live lanes to their ends.
-    void apart() {
-        for (int l = 0; l < BLOCK; ++l) {
-            if (this->isLive(l)) attend(l);
-            if (!this->isLive(l)) park(l);
-        }
-        while (live != 0) {
-            for (int v = 0; v < VECTORS; ++v) {
-                const Bits here = live >> (v * WIDTH) & ((Bits{1} << WIDTH) - 1);
-                if (here != 0) stepApart(v);
-            }
-            if (++rounds % STEPS_APART == 0 && isSet(stop)) this->finishAll(::deep::INTERRUPTED);
-        }
-    }
-
-    // An ended lane goes nowhere.
-    void park(int l) {
-        next[l] = 0;
-        advances[l] = 0;
-        left[l] = 1;
-    }
-
-    void stepApart(int v) {
-        const hn::RebindToSigned<RealTag> di;
-        const int l = v * WIDTH;
-        State x = this->load(v);
-        const Constants with = this->constantsOf(v, 1);
-        const auto index = hn::Load(di, next + l);
-        const Vector to{this->gathered(0, index, x.d.re), this->gathered(1, index, x.d.im)};
-        const Vector w = scaleAdd(-with.unit, x.d, x.z + x.z);
-        const RealMask calm = this->step(x, with, w, c.vector(v), to);
-        this->store(v, x);
-        const auto one = hn::Load(di, advances + l);
-        hn::Store(hn::Add(index, one), di, next + l);
-        const auto rest = hn::Sub(hn::Load(di, left + l), hn::ShiftRight<1>(one));
-        hn::Store(rest, di, left + l);
-        pair_lanes::store(this->vectorOf(operations, v) + Real(1.0), operations + l);
-        const RealMask over = hn::RebindMask(RealTag(), hn::Eq(rest, hn::Zero(di)));
-        const RealMask wanted = hn::Or(hn::Not(calm), over);
-        Bits calls = bitsOf(wanted) << l & live;
-        for (; calls != 0; calls &= calls - 1) call(std::countr_zero(calls));
-    }
-
-    void call(int l) {
-        const int made = until[l] - static_cast<int>(left[l]);
-        this->m[l] += static_cast<std::uint32_t>(made);
-        this->k[l] += made;
-        if (!this->isInside(l)) this->decide(l);
-        if (this->isLive(l)) attend(l);
-        if (!this->isLive(l)) park(l);
-    }
-
-    // Does for lane l, which has not escaped, what is no plain step, until one is due.
-    void attend(int l) {
-        for (;;) {
-            if (this->k[l] >= tier.maxIters) {
-                return this->finish(l, tier.maxIters, Base::NOT_A_NUMBER);
-            }
-            const bool rebases = this->m[l] != reference.critical && this->wantsRebase(l);
-            if (rebases || reference.isEnd(this->m[l])) this->rebase(l);
-            if (this->isTiny(l)) {
-                this->tinyStep(l);
-                if (!this->isLive(l)) return;
-            } else if (!skipAlone(l)) {
-                return wait(l);
-            }
-        }
-    }
-
-    bool skipAlone(int l) {
-        const double most = dSize[l] + 16 * operations[l] * bound[l];
-        if (most > 0x1p512 || (most < 0x1p-512 && most > 0)) {
-            this->rescale(l, this->q[l] + std::ilogb(most) / 2);
-        }
-        const double now = dSize[l] + 16 * operations[l] * bound[l];
-        if (!(now <= skipLimit[l])) return false;
-        int steps = 0;
-        const std::int64_t key = ::deep::keyOf(now, 2 * this->q[l]) + 1;
-        const auto* node = tier.skips.find(this->m[l], key, tier.maxIters - this->k[l], &steps);
-        if (node != nullptr) this->skip(l, *node, steps);
-        return node != nullptr;
-    }
-
-    // Sets how many plain steps may follow.
-    void wait(int l) {
-        at = this->m[l];
-        done = this->k[l];
-        const double most = dSize[l] + 16 * operations[l] * bound[l];
-        const int steps = stepsNow(most, skipLimit[l], STEPS_APART);
-        until[l] = steps;
-        left[l] = steps;
-        next[l] = 2 * (std::int64_t{at} + 1);
-        advances[l] = 2;
-    }
-
-    const StopFlag stop;
-    std::uint32_t at = 0;  // of all lanes together
-    int done = 0, span = 0;
-    std::uint32_t tinyFrom = 1, tinyNext = 0;
-    unsigned rounds = 0;
-    // Apart: where the real part of the next point stands, 2 for a live lane, plain steps that may
-    // follow.
-    HWY_ALIGN std::int64_t next[BLOCK], advances[BLOCK], left[BLOCK];
-    int until[BLOCK] = {};
+    int span = 0;
 };
 
 }  // namespace deep_orbits

@@ -118,14 +118,20 @@ class SkipMaker {
         map.kappa = (ay * x.kappa + y.kappa * (ax + x.kappa) + 6 * u * ay * ax) * UPWARDS;
         addParts(map, x, y, bx, ay, by);
         rescale(map);
-        const Wide moved = Wide((bx + x.beta) * UPWARDS, x.b.exponent) * delta;
-        const Wide grown((ax + x.kappa) * UPWARDS, x.a.exponent);
-        map.radius = std::min(x.radius, quotient(y.radius - moved, grown));
+        map.radius = radius(map, x, y, end);
+        return map;
+    }
+
+    // How far x, then y, may be told from their map; what has overflowed tells nothing.
+    Wide radius(const Map& map, const Map& x, const Map& y, std::uint32_t end) const {
+        if (!std::isfinite(map.kappa) || !std::isfinite(map.beta)) return {};
+        const Wide moved = Wide((sizeOf(x.b.number) + x.beta) * UPWARDS, x.b.exponent) * delta;
+        const Wide grown((sizeOf(x.a.number) + x.kappa) * UPWARDS, x.a.exponent);
         const Wide left = Wide(stays - distance(end)) -
                           Wide((sizeOf(map.b.number) + map.beta) * UPWARDS, map.b.exponent) * delta;
         const Wide all((sizeOf(map.a.number) + map.kappa) * UPWARDS, map.a.exponent);
-        map.radius = std::max(Wide(), std::min(map.radius, quotient(left, all)));
-        return map;
+        return std::min(
+            {x.radius, held(quotient(y.radius - moved, grown)), held(quotient(left, all))});
     }
 
     // B = A_y B_x + B_y; beta = |A_y| beta_x + kappa_y (|B_x| + beta_x) + beta_y + roundings.
@@ -147,6 +153,9 @@ class SkipMaker {
         map.kappa *= widePower(a - map.a.exponent);
         map.beta *= widePower(b - map.b.exponent);
     }
+
+    // A radius that is negative or no number holds no difference.
+    static Wide held(Wide radius) { return radius > Wide() ? radius : Wide(); }
 
     static Wide quotient(Wide a, Wide b) {
         return b.isZero() ? Wide(1, 1 << 20) : a / b * Wide(1 / UPWARDS);

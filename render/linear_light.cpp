@@ -62,7 +62,7 @@ const std::array<std::uint64_t, 256>& lightOfLevel() {
     return LIGHT;
 }
 
-unsigned char levelOfLight(std::uint64_t sum, std::uint64_t count) {
+unsigned char levelOfAverage(std::uint64_t sum, std::uint64_t count) {
     std::size_t level = GUESS[(sum / count) >> GUESS_SHIFT];
     while (level < 255 && UPPER_END[level] * count <= sum) ++level;
     return static_cast<unsigned char>(level);

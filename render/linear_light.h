@@ -20,6 +20,6 @@ const std::array<std::uint64_t, 256>& lightOfLevel();
 
 // The level whose light is nearest to sum / count. count: 1 to 2^16, sum: at most count *
 // FULL_LIGHT. Any thread.
-unsigned char levelOfLight(std::uint64_t sum, std::uint64_t count);
+unsigned char levelOfAverage(std::uint64_t sum, std::uint64_t count);
 
 }  // namespace render

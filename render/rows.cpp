@@ -66,7 +66,7 @@ void average(const unsigned char* corner, std::size_t stride, int n, unsigned ch
         }
     }
     const auto count = static_cast<std::uint64_t>(n * n);
-    for (std::size_t c = 0; c < 3; ++c) out[c] = levelOfLight(sum[c], count);
+    for (std::size_t c = 0; c < 3; ++c) out[c] = levelOfAverage(sum[c], count);
 }
 
 // Mixes the light of `from` into `row`.
@@ -75,7 +75,7 @@ void fade(const unsigned char* from, unsigned char* row, std::size_t bytes, cons
     const auto steps = static_cast<std::uint64_t>(how.steps);
     const auto own = static_cast<std::uint64_t>(how.step);
     for (std::size_t n = 0; n < bytes; ++n) {
-        row[n] = levelOfLight(own * light[row[n]] + (steps - own) * light[from[n]], steps);
+        row[n] = levelOfAverage(own * light[row[n]] + (steps - own) * light[from[n]], steps);
     }
 }
 

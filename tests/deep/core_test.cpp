@@ -219,6 +219,17 @@ TEST(DeepReference, EndsAtAReturnOfACopyOfTheSet) {
               66);
 }
 
+// -1 is the nucleus of the disc of period 2. A return is an end as long as doubles hold the point
+// and its square, and the roundings of both.
+TEST(DeepReference, DoesNotEndAtAPointThatDoublesDoNotHold) {
+    const std::string zeros(83, '0');
+    EXPECT_EQ(stepsOfReference({"-1." + zeros + "1", "0", "1e-81", "", "", 64, 64, 4, 5000}), 64);
+    EXPECT_EQ(
+        stepsOfReference({"-1.000000000000" + zeros + "1", "0", "1e-93", "", "", 64, 64, 4, 5000}),
+        5000);
+    EXPECT_EQ(stepsOfReference({"-1", "0", "1e-30", "", "", 64, 64, 4, 5000}), 5000);
+}
+
 TEST(DeepReference, GoesOnWhereItDoesNotReturnAsCloseAsDifferencesAre) {
     EXPECT_EQ(stepsOfReference({"-0.1", "0", "1e-30", "", "", 64, 64, 4, 5000}), 5000);
 }

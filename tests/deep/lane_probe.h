@@ -48,6 +48,8 @@ TESSARY_OPEN(Largest, largest);
 TESSARY_OPEN(SkipAlone, skipAlone);
 TESSARY_OPEN(TogetherAt, at);
 TESSARY_OPEN(TinyTogether, tinyTogether);
+TESSARY_OPEN(Gather, gather);
+TESSARY_OPEN(SizeOfDifference, dSize);
 TESSARY_OPEN(Load, load);
 TESSARY_OPEN(Store, store);
 TESSARY_OPEN(ConstantsOf, constantsOf);
@@ -112,9 +114,10 @@ class Probe {
         return (orbits::bitsOf(calm) & 1) != 0;
     }
     void stepFromTiny() {
-        (lanes.*member(TinyStep()))(0);
+        stepFromTinyInItsOwnUnits();
         (lanes.*member(Rescale()))(0, 0);
     }
+    void stepFromTinyInItsOwnUnits() { (lanes.*member(TinyStep()))(0); }
 
     bool isInside() { return (lanes.*member(IsInside()))(0); }
     // As lanes next to a reference are, all together.
@@ -151,6 +154,22 @@ class Probe {
         (lanes.*member(Decide()))(0);
         if ((lanes.*member(IsLive()))(0)) return Verdict::stays;
         return block.count[0] == deep::UNDECIDED ? Verdict::left : Verdict::escapes;
+    }
+
+    // Whether lane 0 goes on together with another one whose error is 0 and whose difference has
+    // this size in units of 2^unit; *share: its error then, as a part of the difference, squared.
+    bool gathersWith(double difference, std::int64_t unit, double* share) {
+        block.used = 2;
+        (lanes.*member(Start()))();
+        put(0, 1, 0);
+        (lanes.*member(SetLaneScale()))(1, unit);
+        (lanes.*member(Index()))[1] = at();
+        (lanes.*member(Differences())).set(1, orbits::OrbitLanes<1>::Scalar{difference, 0});
+        (lanes.*member(Bound()))[1] = 0;
+        (lanes.*member(Measure()))(1);
+        const bool together = (lanes.*member(Gather()))();
+        *share = (lanes.*member(Bound()))[1] / (lanes.*member(SizeOfDifference()))[1];
+        return together;
     }
 
     std::int64_t unit() { return (lanes.*member(Unit()))[0]; }

@@ -62,7 +62,7 @@ TERMS = [  # what, file, text, what stands in its place
     ("1.0626", "skips.cpp", "Wide(1 / 1.0626)", "Wide(1.0)"),
     ("16 e^2 of a difference's size, all lanes", "orbits-inl.h",
      "mulAdd(Real(16.0), e2, this->vectorOf(dSize, v))", "this->vectorOf(dSize, v)"),
-    ("16 e^2 of a difference's size, one lane", "orbits-inl.h",
+    ("16 e^2 of a difference's size, one lane", "apart_orbits-inl.h",
      "const double now = dSize[l] + 16 * operations[l] * bound[l];", "const double now = dSize[l];"),
     ("the square left out", "skips.cpp", "size * Wide(epsilon)", "size * Wide(0x1p-20)"),
     ("the room to the limit", "skips.cpp", "stays(0.995 * std::min(2.0, std::sqrt(limit)))",
@@ -97,11 +97,21 @@ TERMS = [  # what, file, text, what stands in its place
      "Wide next = (root(size) * Wide(2) + radius) * radius + constantOff;", "Wide next = constantOff;"),
     ("the error of a value in digits", "multi_orbit.cpp",
      "std::max(ratio(beforeOff, before), ratio(sizeOff, size)) +", "0 +"),
+    ("2^-600, below which no reference ends", "reference.cpp", "square > 0x1p-600 && ", ""),
+    ("units of a step from a tiny point", "lane_steps-inl.h", "        fit(l);\n        const auto* tiny",
+     "        const auto* tiny"),
+    ("how far units are apart that lanes share", "orbits-inl.h", "MOST_UNITS_APART = 64",
+     "MOST_UNITS_APART = 200"),
+    ("none for a radius that is no number", "skips.cpp", "return radius > Wide() ? radius : Wide();",
+     "return radius;"),
+    ("none for an overflowed certificate", "skips.cpp",
+     "if (!std::isfinite(map.kappa) || !std::isfinite(map.beta)) return {};", ""),
     ("the error of a value near the limit in digits", "multi_orbit.cpp", "4 * quotient(off, gap) +", "0 +"),
 ]
 TESTS = {  # quickest first
     "deep_claims_test": "*",
-    "deep_tiers_test": "*IsRightOrLeaves*:*DecidesMost*/0:*DecidesMost*/1",
+    "deep_core_test": "DeepReference*",
+    "deep_tiers_test": "Digits*:*IsRightOrLeaves*:*DecidesMost*/0:*DecidesMost*/1",
     "deep_places_test": "*limit*:*spiral*:*minibrot_off*:*zero*",
 }
 # The tests that contain what the library does with lanes, or its tables' maker: they look into it.

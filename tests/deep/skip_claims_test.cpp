@@ -276,6 +276,26 @@ TEST(AMergedNode, PromisesNoLessThanItsOwnRoundings) {
     }
 }
 
+// What has overflowed, or is made of what has.
+TEST(AMergedNode, HoldsNoDifferenceWhereItsCertificateIsNoNumber) {
+    const SingleNodes nodes;
+    for (const double bad : {std::nan(""), std::numeric_limits<double>::infinity()}) {
+        for (int which = 0; which < 5; ++which) {
+            Maker::Map x{{{2, 1}, 0}, {{1, 0}, 0}, 0x1p-50, 0x1p-50, Wide(0x1p-60)}, y = x;
+            ASSERT_FALSE((nodes.maker.*opened(Merged()))(x, y, 1).radius.isZero());
+            (which == 0   ? x.kappa
+             : which == 1 ? x.beta
+             : which == 2 ? y.kappa
+             : which == 3 ? y.beta
+                          : x.b.number.re) = bad;
+            EXPECT_TRUE((nodes.maker.*opened(Merged()))(x, y, 1).radius.isZero()) << which;
+        }
+    }
+    Maker::Map x{{{2, 1}, 0}, {{1, 0}, 0}, 0, 0, Wide(0x1p-60)}, y = x;
+    y.radius = Wide(std::nan(""));
+    EXPECT_TRUE((nodes.maker.*opened(Merged()))(x, y, 1).radius.isZero());
+}
+
 // In units of which d and the offset are of the size of 1: what A d + B dc loses, by the operations
 // of a step.
 TEST(ANode, AddsNoLessThanTheRoundingsOfItsUse) {

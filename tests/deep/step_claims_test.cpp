@@ -179,4 +179,32 @@ TEST(AStepFromATinyPoint, PassesAnErrorOnAndItsSquareToo) {
     }
 }
 
+// In units of 1 its square would be next to what stands for all that underflows.
+TEST(AStepFromATinyPoint, IsTakenInUnitsOfTheDifferencesOwnSize) {
+    Made made = deepTier();
+    Numbers numbers;
+    for (int below = 170; below < 250; ++below) {
+        setTinyPoint(made, numbers);
+        const auto [x, y] = numbers.point(1, 2);
+        Probe probe(made.tier);
+        probe.put(0, std::ldexp(x, -below), std::ldexp(y, -below));
+        probe.stepFromTinyInItsOwnUnits();
+        EXPECT_LT(probe.squaredBound(), squareOf(probe.difference()) * powerOfTwo(-80)) << below;
+    }
+}
+
+// A difference may be 2^-256 of its units. What underflows in those of another lane must be less
+// than its own rounding.
+TEST(LanesOfDifferentUnits, GoOnTogetherWhereNothingOfTheSmallestIsLost) {
+    const Made made = deepTier();
+    double share = 0;
+    for (int apart = 0; apart < 300; ++apart) {
+        Probe probe(made.tier);
+        if (probe.gathersWith(0x1p-256, -apart, &share)) {
+            EXPECT_LT(share, 0x1p-106) << apart;
+        }
+    }
+    EXPECT_TRUE(Probe(made.tier).gathersWith(1, -30, &share));
+}
+
 }  // namespace

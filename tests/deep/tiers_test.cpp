@@ -75,11 +75,21 @@ TEST_P(EveryTier, DecidesTheLineThroughTheTip) {
 INSTANTIATE_TEST_SUITE_P(Deep, EveryTier,
                          testing::Values(Tier::doubles, Tier::pairs, Tier::digits));
 
-// 2^-k, all of its digits.
-std::string powerOfHalf(unsigned long k) {
+// n * 2^-k, all of its digits.
+std::string timesPowerOfHalf(const mpz_class& n, unsigned long k) {
     mpz_class digits;
     mpz_ui_pow_ui(digits.get_mpz_t(), 5, k);
+    digits *= n;
     return digits.get_str() + "e-" + std::to_string(k);
+}
+
+// The point itself is pixel (2, 2), and 128 bits are what digits begin with.
+oracle::View viewOf(const std::string& re, const std::string& im) {
+    return {re, im, "1", "", "", 4, 4, 4, 2000};
+}
+
+Numbers centreOf(const oracle::View& view) {
+    return renderPart(deep::Picture(toDeep(view)), 2, 2, 1, 1);
 }
 
 // A short binary number, which nothing rounds but the steps: it is followed along the real axis,
@@ -88,10 +98,72 @@ TEST(Digits, AreAsManyAsTheStepsTakeWhereTheirPointIsShort) {
     const Alone alone(Tier::digits);
     for (const char* re : {"-1.9990234375", "-1.9375", "-1.984375"}) {
         for (unsigned long k = 130; k < 420; k += 13) {
-            const oracle::View view{re, powerOfHalf(k), "1", "", "", 4, 4, 4, 2000};
-            const deep::Picture picture(toDeep(view));
+            const oracle::View view = viewOf(re, timesPowerOfHalf(1, k));
             const std::int32_t right = oracle::Oracle(view).pixel(2, 2).count;
-            EXPECT_EQ(renderPart(picture, 2, 2, 1, 1).counts[0], right) << re << ' ' << k;
+            EXPECT_EQ(centreOf(view).counts[0], right) << re << ' ' << k;
+        }
+    }
+}
+
+// Points that 128 bits hold, and whose squares are as near to the limit as their sum is rounded:
+// nothing else is.
+TEST(Digits, AreAsManyAsASizeNextToTheLimitTakes) {
+    const Alone alone(Tier::digits);
+    gmp_randclass random(gmp_randinit_default);
+    const mpz_class two = mpz_class(1) << 126, four = two * two;
+    for (int n = 0; n < 20; ++n) {
+        const mpz_class x = two - random.get_z_bits(84), y = sqrt(four - x * x);
+        for (const int above : {0, 1}) {
+            const oracle::View view =
+                viewOf(timesPowerOfHalf(x, 125), timesPowerOfHalf(y + above, 125));
+            EXPECT_EQ(centreOf(view).counts[0], 1 - above) << n;
+        }
+    }
+}
+
+// Just beyond a limit that the rounded constant lies on, whose square is then exact.
+TEST(Digits, KnowThatTheirConstantIsRounded) {
+    const Alone alone(Tier::digits);
+    const std::string beyond = "2." + std::string(49, '0') + "1";
+    EXPECT_EQ(centreOf(viewOf(beyond, "0")).counts[0], 0);
+    EXPECT_EQ(centreOf(viewOf("-" + beyond, "0")).counts[0], 0);
+    EXPECT_EQ(centreOf(viewOf("0", beyond)).counts[0], 0);
+}
+
+void expectTheValueOfMoreDigits(const oracle::View& view) {
+    const Numbers drawn = centreOf(view);
+    const oracle::Answer right = oracle::Oracle(view).pixelWith(800, 2, 2);
+    ASSERT_EQ(drawn.counts[0], right.count);
+    EXPECT_NEAR(drawn.values[0], right.value, 1e-6);
+}
+
+// Orbits that have used up nearly all of the first digits when they leave.
+TEST(Digits, AreAsManyAsAValueTakes) {
+    const Alone alone(Tier::digits);
+    for (const char* re : {"-1.9990234375", "-1.9375", "-1.984375"}) {
+        for (unsigned long k = 90; k < 130; k += 2) {
+            SCOPED_TRACE(std::string(re) + " " + std::to_string(k));
+            expectTheValueOfMoreDigits(viewOf(re, timesPowerOfHalf(1, k)));
+        }
+    }
+}
+
+// Orbits next to a repelling fixed point of size 2 cross the limit by steps little longer than what
+// the digits lose.
+TEST(Digits, AreAsManyAsAValueTakesThatLiesInATinyStep) {
+    const Alone alone(Tier::digits);
+    const int parts[][2] = {{-7, 2}, {-3, -8}, {-1, 0}, {-9, 7}, {-2, -1}, {-5, 3}};
+    for (unsigned long digits = 31; digits < 37; ++digits) {
+        mpz_class whole;
+        mpz_ui_pow_ui(whole.get_mpz_t(), 10, digits);
+        for (const auto& [x, y] : parts) {
+            SCOPED_TRACE(std::to_string(digits) + " " + std::to_string(x));
+            const mpz_class re = whole * 12 / 10 + x, im = whole * 16 / 10 + y;
+            const std::string power = "e-" + std::to_string(digits);
+            oracle::View view = viewOf(re.get_str() + power, im.get_str() + power);
+            view.cRe = "2.32";
+            view.cIm = "-2.24";
+            expectTheValueOfMoreDigits(view);
         }
     }
 }

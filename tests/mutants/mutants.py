@@ -34,7 +34,10 @@ EQUIVALENT = Path(__file__).with_name("equivalent.txt")
 SURVIVED, NO_CODE, LISTED = "SURVIVED", "does not compile", "listed"
 
 # The tests of a source, cheapest first: those of the first line whose folder or beginning of a name
-# is the source's.
+# is the source's. Behind a colon stands which of a program's tests.
+COLOURS = ("render_test:Curves.*:AValue*:SmoothColours.*:ColoursOf*:WhatHasNo*:TheEscapeBound.*"
+           ":TheDither*:Dither*:Vectors.*:Light.*:Level.*:TheLevel*:TheTable.Sees*:*AreTakenOf*"
+           ":*AnyWidth* render_test:TheTable.*:Gimps*:ASupersampled*:ARowOfValues.*:AveragesOf*")
 TESTS_OF = [
     ("compute/vector_certified-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
     ("compute/vector_trig-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
@@ -60,7 +63,16 @@ TESTS_OF = [
     ("compute/palette_tables", "palette_tables_test"),
     ("compute/pixels", "pixels_test tile_test"),
     ("compute/fixed_math", "fixed_math_test"),
+    ("render/colour_options", "render_test:AColour*:TheHelp.*:TheGradientOf*:Numbers.*:ASwatch.*"
+                              ":APalette.*:ARange.*:WhatIsAbout*"),
+    ("render/colour_range", "render_test:TheValues*:Where*:AStretched*"),
+    ("render/colour_settings", "render_test:ColoursInA*:NumbersInA*:Wrong*:AWrong*"),
+    ("render/colour", COLOURS),
+    ("render/npy_encoder", "render_test:ANumberFile.*:AShare*:StoredNumbers.*"),
+    ("render/row_codes", "render_test:*Code*:*Zeros*:*Filtered*:*Bands*:*Smooth*:*Packer*"),
     ("render/", "render_test"),
+    ("deep/multi_orbit", "deep_tiers_test:Digits*:*TheLine*/2 deep_core_test"),
+    ("deep/", "deep_claims_test deep_core_test deep_tiers_test"),
     ("compute/", "formula_test tile_test value_test"),
     ("commands/", "commands_test"),
     ("GlutMenu/PlainState", "toolkit_plain_state_test"),
@@ -111,10 +123,16 @@ def sources_of_the_folders():
             if path.endswith((".cpp", ".h")) and path not in GENERATED]
 
 
+def named(test):
+    """(target, filter) of what stands as one."""
+    target, _, filter_ = test.partition(":")
+    return target, filter_
+
+
 def tests_of(path):
     """(target, filter) of the tests of a source."""
     found = next((tests for beginning, tests in TESTS_OF if path.startswith(beginning)), "")
-    return [(target, "") for target in found.split()]
+    return [named(test) for test in found.split()]
 
 
 def problem_with(source, any_test):
@@ -180,7 +198,7 @@ class Trial:
 
     def __init__(self, options, mutants):
         self.options, self.mutants, self.counts = options, dict(enumerate(mutants, 1)), {}
-        given = [(t.partition(":")[0], t.partition(":")[2]) for t in options.test]
+        given = [named(test) for test in options.test]
         self.tests = {path: given or tests_of(path) for path in {m.path for m in mutants}}
         self.limits = {}
 

@@ -203,8 +203,7 @@ TEST(TheDitheringPattern, HasEachOfItsRanksOnce) {
     EXPECT_EQ(*found.rbegin(), 511 / 512.0);
 }
 
-double meanOfDithered(double level) {
-    const Colouring colouring(smoothWith("grey"));
+double meanOfDithered(const Colouring& colouring, double level) {
     double sum = 0;
     for (int y = 0; y < 16; ++y) {
         for (int x = 0; x < 16; ++x) {
@@ -218,8 +217,10 @@ double meanOfDithered(double level) {
 }
 
 TEST(Dithering, KeepsTheMean) {
+    const Colouring colouring(smoothWith("grey"));
     for (int n = 0; n <= 1000; ++n) {
-        EXPECT_NEAR(meanOfDithered(n / 1000.0), n / 1000.0 * 255, 0.5 / 256 + 1e-9) << n;
+        const double level = n / 1000.0;
+        EXPECT_NEAR(meanOfDithered(colouring, level), level * 255, 0.5 / 256 + 1e-9) << n;
     }
 }
 

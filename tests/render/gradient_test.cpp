@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <random>
 #include <string>
 #include <vector>
@@ -47,9 +49,27 @@ TEST(Curves, GoOnEvenlyWhereTheirLineEnds) {
 TEST(Curves, TakeWhatLiesOutsideAsTheEnds) {
     for (const auto curve : {render::lightOf, render::levelOf}) {
         EXPECT_EQ(curve(-1), 0);
+        EXPECT_EQ(curve(-0.25), 0);
         EXPECT_EQ(curve(std::nan("")), 0);
         EXPECT_NEAR(curve(7), 1, 1e-15);
     }
+}
+
+TEST(Curves, AreLinesUpToTheEndOfTheseIncluded) {
+    constexpr double LEVEL = 0.04045, LIGHT = LEVEL / 12.92;
+    EXPECT_EQ(render::lightOf(LEVEL), LIGHT);
+    EXPECT_EQ(render::levelOf(LIGHT), LIGHT * 12.92);
+}
+
+// A last bit of theirs is one of pictures.
+TEST(Curves, HaveTheBitsTheyAlwaysHad) {
+    std::uint64_t hash = 14695981039346656037U;
+    for (int n = 0; n <= 65535; ++n) {
+        for (const auto curve : {render::lightOf, render::levelOf}) {
+            hash = (hash ^ std::bit_cast<std::uint64_t>(curve(n / 65535.0))) * 1099511628211U;
+        }
+    }
+    EXPECT_EQ(hash, 0x7aef598a9ff90dee);
 }
 
 TEST(Curves, HaveASineNearTheTrueOne) {

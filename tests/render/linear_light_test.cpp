@@ -10,7 +10,7 @@
 namespace {
 
 using render::FULL_LIGHT;
-using render::levelOfLight;
+using render::levelOfAverage;
 using render::lightOfLevel;
 
 // The curve of IEC 61966-2-1 and its inverse by the C library, to judge by.
@@ -36,7 +36,7 @@ TEST(Light, IsThatOfTheCurve) {
 TEST(Level, OfItsOwnLightIsItself) {
     for (unsigned level = 0; level < 256; ++level) {
         for (const std::uint64_t count : {1u, 4u, 9u, 64u, 65536u}) {
-            EXPECT_EQ(levelOfLight(count * lightOfLevel()[level], count), level);
+            EXPECT_EQ(levelOfAverage(count * lightOfLevel()[level], count), level);
         }
     }
 }
@@ -50,7 +50,7 @@ TEST(Level, IsTheNearestToTheAverage) {
         const double exact = toLevel(light);
         const double boundary = std::floor(exact) + 0.5;
         if (std::abs(exact - boundary) < 1e-9) continue;  // the judge is not better than that
-        ASSERT_EQ(levelOfLight(sum, count), std::lround(exact)) << sum << "/" << count;
+        ASSERT_EQ(levelOfAverage(sum, count), std::lround(exact)) << sum << "/" << count;
     }
 }
 
@@ -59,15 +59,15 @@ TEST(Level, BetweenTwoEquallyNearIsTheBrighter) {
     for (unsigned level = 0; level < 10; ++level) {
         for (unsigned n = 1; n <= 8; ++n) {
             const auto sum = lightOfLevel()[level] + lightOfLevel()[level + 1];
-            EXPECT_EQ(levelOfLight(n * sum, std::uint64_t{2} * n), level + 1);
-            EXPECT_EQ(levelOfLight(n * sum - 1, std::uint64_t{2} * n), level);
+            EXPECT_EQ(levelOfAverage(n * sum, std::uint64_t{2} * n), level + 1);
+            EXPECT_EQ(levelOfAverage(n * sum - 1, std::uint64_t{2} * n), level);
         }
     }
 }
 
 // Black and white in equal parts is brighter than the middle of the levels: light adds, not levels.
 TEST(Level, OfHalfTheLightIs188) {
-    EXPECT_EQ(levelOfLight(FULL_LIGHT, 2), 188);
+    EXPECT_EQ(levelOfAverage(FULL_LIGHT, 2), 188);
 }
 
 TEST(ASupersampledPicture, IsTheAverageOfTheLargerOne) {
