@@ -1,6 +1,7 @@
 """What a running program holds: memory, descriptors, threads, objects of OpenGL and of the X server,
 and how often either of these two objected."""
 
+import collections
 import ctypes
 import mmap
 import os
@@ -50,9 +51,8 @@ class _Type(ctypes.Structure):
 
 
 class ServerResources:
-    """How many resources (windows, pixmaps, cursors, contexts) the X server keeps for a process,
-    without what its drawing extension calls pictures: the desktop toolkit leaves some of those behind
-    with every file panel, in a program that does nothing else as well."""
+    """How many resources of each kind (windows, pixmaps, cursors, contexts) the X server keeps for a
+    process."""
 
     PROCESS = 2  # which way of naming a client
 
@@ -65,18 +65,19 @@ class ServerResources:
         self._x.XOpenDisplay.restype = ctypes.c_void_p
         self._x.XFree.argtypes = [ctypes.c_void_p]
         self._x.XCloseDisplay.argtypes = [ctypes.c_void_p]
+        self._x.XGetAtomName.argtypes = [ctypes.c_void_p, ctypes.c_ulong]
+        self._x.XGetAtomName.restype = ctypes.c_void_p
         self._display = ctypes.c_void_p(self._x.XOpenDisplay(screen.display.encode()))
         if not self._display:
             raise AssertionError("no connection to the screen")
-        self._x.XInternAtom.restype = ctypes.c_ulong
-        self._picture = self._x.XInternAtom(self._display, b"PICTURE", 0)
 
     def close(self):
         self._x.XCloseDisplay(self._display)
 
     def of(self, process):
-        """The number over all connections of the process."""
-        return sum(self._of_client(client) for client in self._clients(process))
+        """The numbers over all connections of the process, by the names of the kinds."""
+        return sum((self._of_client(client) for client in self._clients(process)),
+                   collections.Counter())
 
     def _clients(self, process):
         wanted = _Wanted(0, self.PROCESS)
@@ -95,9 +96,16 @@ class ServerResources:
         kinds, count = ctypes.POINTER(_Type)(), ctypes.c_int()
         self._extension.XResQueryClientResources(
             self._display, ctypes.c_ulong(client), ctypes.byref(count), ctypes.byref(kinds))
-        number = sum(kind.count for kind in kinds[:count.value] if kind.name != self._picture)
+        numbers = collections.Counter({self._name(kind.name): kind.count
+                                       for kind in kinds[:count.value]})
         self._x.XFree(kinds)
-        return number
+        return numbers
+
+    def _name(self, atom):
+        text = self._x.XGetAtomName(self._display, atom)
+        name = ctypes.string_at(text).decode()
+        self._x.XFree(text)
+        return name
 
 
 def of_process(process):
