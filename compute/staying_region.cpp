@@ -124,11 +124,12 @@ class Peeling {
 
     // Whether the outline is proven in the end.
     bool run() {
-        for (bool changed = true; changed && tests <= MOST_TESTS;) {
+        bool changed = true;
+        while (changed && tests <= MOST_TESTS) {
             changed = false;
             for (int y = 0; y < StayingRegion::CELLS; ++y) changed |= peelRow(y);
         }
-        return tests <= MOST_TESTS;
+        return !changed && tests <= MOST_TESTS;
     }
 
   private:
