@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace {
 
@@ -121,17 +120,16 @@ class Flood {
 class Peeling {
   public:
     Peeling(const Horizon& h, EdgeTest test, StopFlag flag, StayingRegion& r)
-        : horizon(h), stays(test), stop(flag), region(r) {
-        std::memset(proven, 0, sizeof proven);
-    }
+        : horizon(h), stays(test), stop(flag), region(r) {}
 
     // Whether the outline is proven in the end.
     bool run() {
-        for (bool changed = true; changed && tests <= MOST_TESTS;) {
+        bool changed = true;
+        while (changed && tests <= MOST_TESTS) {
             changed = false;
             for (int y = 0; y < StayingRegion::CELLS; ++y) changed |= peelRow(y);
         }
-        return tests <= MOST_TESTS;
+        return !changed && tests <= MOST_TESTS;
     }
 
   private:
@@ -173,7 +171,7 @@ class Peeling {
     StopFlag stop;
     StayingRegion& region;
     int tests = 0;
-    bool proven[2][StayingRegion::CELLS + 1][StayingRegion::CELLS + 1];
+    bool proven[2][StayingRegion::CELLS + 1][StayingRegion::CELLS + 1] = {};
 };
 
 }  // namespace
@@ -186,7 +184,7 @@ int StayingRegion::cellOf(double coordinate) {
 bool StayingRegion::holdsAll(const cpuComplex<double>& a, const cpuComplex<double>& b) const {
     const auto [left, right] = std::minmax({cellOf(a.r), cellOf(b.r)});
     const auto [low, high] = std::minmax({cellOf(a.i), cellOf(b.i)});
-    if (!any || left < 0 || low < 0) return false;
+    if (!any) return false;
     for (int y = low; y <= high; ++y) {
         for (int x = left; x <= right; ++x) {
             if (!has(x, y)) return false;
@@ -197,8 +195,7 @@ bool StayingRegion::holdsAll(const cpuComplex<double>& a, const cpuComplex<doubl
 
 bool findStayingRegion(const Horizon& horizon, const Point& place, EdgeTest stays,
                        StayingRegion& region, StopFlag stop) {
-    std::memset(region.row, 0, sizeof region.row);
-    region.any = false;
+    region = {};
     const int x = StayingRegion::cellOf(place.r), y = StayingRegion::cellOf(place.i);
     if (x < 0 || y < 0 || !middleStays(horizon, x / COARSE, y / COARSE)) return false;
     Flood(horizon, stop, region).from(x / COARSE, y / COARSE);

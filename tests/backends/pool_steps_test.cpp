@@ -214,6 +214,14 @@ TEST_F(WaitingWorker, SleepsWhenItsTimeIsUpHoweverSeldomItTried) {
     EXPECT_EQ(watch.lockAttempts, 2);
 }
 
+TEST_F(WaitingWorker, TriesFor400NanosecondsAfterTheFirst) {
+    const HeldByAnother lock;
+    watch.beforeTryLock = [this](int) { now += 1ns; };
+    watch.duringSleep = [](int) { shutdown_threads = true; };
+    threadContainer{1}();
+    EXPECT_EQ(watch.lockAttempts, 1 + 400);
+}
+
 TEST_F(WaitingWorker, SleepsLongerEachTimeItWaitedInVain) {
     const HeldByAnother lock;
     watch.beforeTryLock = [this](int) { now += 1ms; };

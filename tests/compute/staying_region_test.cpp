@@ -1,10 +1,11 @@
-// How a region is cut out by its outline, what it holds, and when it is sought.
+// How a region is found and cut out by its outline.
 #include "compute/staying_region.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
 
@@ -24,6 +25,42 @@ bool fromInside(const CellEdge& edge) {
     }
     return true;
 }
+
+bool always(const Horizon&, const CellEdge&) {
+    return true;
+}
+
+bool nowhere(const Horizon&, const CellEdge&) {
+    return false;
+}
+
+// All but one of eight, without a pattern.
+bool nearlyAlways(const Horizon&, const CellEdge& edge) {
+    const auto id = static_cast<std::uint32_t>((edge.y * 512 + edge.x) * 2 + edge.across);
+    return (id * 2654435761u >> 16) % 8 != 0;
+}
+
+// Takes away cells with an outside edge that does not pass, in no clever order.
+void peelPlainly(StayingRegion& region, EdgeTest stays, const Horizon& h) {
+    for (bool changed = true; changed;) {
+        changed = false;
+        for (int y = 0; y < CELLS; ++y) {
+            for (int x = 0; x < CELLS; ++x) {
+                const bool holds = (region.has(x - 1, y) || stays(h, {x, y, false})) &&
+                                   (region.has(x + 1, y) || stays(h, {x + 1, y, false})) &&
+                                   (region.has(x, y - 1) || stays(h, {x, y, true})) &&
+                                   (region.has(x, y + 1) || stays(h, {x, y + 1, true}));
+                if (holds || !region.has(x, y)) continue;
+                region.row[y][x / StayingRegion::BITS] &= ~(1u << x % StayingRegion::BITS);
+                changed = true;
+            }
+        }
+    }
+}
+
+// Where all that begins within 2 stays: it meets every side of what a region can cover.
+const Horizon NO_STEPS{{0, 0}, 0};
+const Horizon TURNING{{-0.390540870218, -0.586787907347}, 40};  // nothing about it is symmetrical
 
 int cellsOf(const StayingRegion& region) {
     int cells = 0;
@@ -53,7 +90,6 @@ TEST(Region, HasAnOutlineThatPassesEverywhere) {
 
 TEST(Region, IsWhatThePlaceHangsTogetherWith) {
     const Horizon basilica{{-1, 0}, 50};
-    const auto always = [](const Horizon&, const CellEdge&) { return true; };
     StayingRegion middle, left;
     EXPECT_TRUE(findStayingRegion(basilica, {0, 0}, always, middle));
     EXPECT_TRUE(findStayingRegion(basilica, {-1, 0}, always, left));
@@ -67,6 +103,103 @@ TEST(Region, IsWhatThePlaceHangsTogetherWith) {
             ASSERT_LT(magnitudeSquared(z), 4) << x << ", " << y;
         }
     }
+}
+
+TEST(Region, IsTheLargestPartWhoseOutlinePasses) {
+    for (const Horizon& h : {TURNING, NO_STEPS}) {
+        StayingRegion expected, region;
+        ASSERT_TRUE(findStayingRegion(h, {0, 0}, always, expected));
+        const int before = cellsOf(expected);
+        peelPlainly(expected, nearlyAlways, h);
+        ASSERT_TRUE(findStayingRegion(h, {0, 0}, nearlyAlways, region));
+        EXPECT_LT(cellsOf(region), before - 50);
+        EXPECT_GT(cellsOf(region), before / 2);
+        for (int y = 0; y < CELLS; ++y) {
+            for (int x = 0; x < CELLS; ++x) {
+                ASSERT_EQ(region.has(x, y), expected.has(x, y)) << x << ", " << y;
+            }
+        }
+    }
+}
+
+TEST(Region, BeginsAsAllSquaresThatHangTogetherAndStay) {
+    for (const Horizon& h : {NO_STEPS, TURNING, Horizon{{-0.123, 0.745}, 60}}) {
+        constexpr int SQUARES = CELLS / 4;
+        bool hangs[SQUARES + 2][SQUARES + 2] = {};  // with a rim about them
+        const auto stays = [&](int x, int y) {
+            Point z{(4 * x + 2) * SIDE - 2, (4 * y + 2) * SIDE - 2};
+            for (int n = 0; n < (2 * h.steps + 31) / 32 * 32; ++n) z = z * z + h.c;
+            return magnitudeSquared(z) < 4;
+        };
+        hangs[SQUARES / 2 + 1][SQUARES / 2 + 1] = true;
+        for (bool changed = true; changed;) {
+            changed = false;
+            for (int y = 1; y <= SQUARES; ++y) {
+                for (int x = 1; x <= SQUARES; ++x) {
+                    if (hangs[y][x] || !stays(x - 1, y - 1)) continue;
+                    hangs[y][x] =
+                        hangs[y - 1][x] || hangs[y + 1][x] || hangs[y][x - 1] || hangs[y][x + 1];
+                    changed |= hangs[y][x];
+                }
+            }
+        }
+        StayingRegion region;
+        ASSERT_TRUE(findStayingRegion(h, {0.01, 0.01}, always, region));
+        for (int y = 0; y < CELLS; ++y) {
+            for (int x = 0; x < CELLS; ++x) {
+                ASSERT_EQ(region.has(x, y), hangs[y / 4 + 1][x / 4 + 1]) << x << ", " << y;
+            }
+        }
+    }
+}
+
+TEST(Region, TestsNoEdgeBesideWhatItCanCover) {
+    StayingRegion region;
+    const auto exists = [](const Horizon&, const CellEdge& edge) {
+        EXPECT_TRUE(edge.x >= 0 && edge.y >= 0 && edge.x <= CELLS && edge.y <= CELLS);
+        EXPECT_TRUE(edge.across ? edge.x < CELLS : edge.y < CELLS);
+        return true;
+    };
+    EXPECT_TRUE(findStayingRegion(NO_STEPS, {0, 0}, exists, region));
+    for (int n = 0; n < CELLS; n += CELLS - 1) {
+        EXPECT_TRUE(region.has(n, CELLS / 2) && region.has(CELLS / 2, n));
+    }
+    EXPECT_EQ(cellsOf(region), 16 * 3228);  // squares whose middle is within 2
+}
+
+// A place in the outermost cells is one, a place beyond them is not.
+TEST(Region, IsSoughtAboutAPlaceThatACellHolds) {
+    StayingRegion region;
+    for (const Point place : {Point{-1.99, 0}, Point{0, -1.99}, Point{1.99, 0}, Point{0, 1.99}}) {
+        EXPECT_TRUE(findStayingRegion(NO_STEPS, place, always, region));
+        EXPECT_TRUE(region.holds(place.r, place.i));
+    }
+    for (const Point place : {Point{-2.01, 0}, Point{0, -2.01}, Point{2.01, 0}, Point{0, 2.01}}) {
+        EXPECT_FALSE(findStayingRegion(NO_STEPS, place, always, region));
+        EXPECT_FALSE(region.any);
+    }
+}
+
+// Under the one constant the middle of the place's square is 3.23 from zero, squared, after twice
+// the steps and gone four steps later; under the other it was at 1.1 four steps before and is at
+// 4.4 then, which only both parts together show.
+TEST(Region, IsSoughtWhereAnOrbitStaysForTwiceTheSteps) {
+    StayingRegion region;
+    EXPECT_TRUE(findStayingRegion({{-0.75, 0.02456}, 64}, {0.03, 0.03}, always, region));
+    EXPECT_TRUE(region.any);
+    EXPECT_FALSE(findStayingRegion({{-0.75, 0.02464}, 64}, {0.03, 0.03}, always, region));
+    EXPECT_FALSE(region.any);
+}
+
+TEST(Region, HoldsNothingOfTheOneBefore) {
+    StayingRegion region;
+    region.any = true;
+    region.row[0][0] = region.row[CELLS - 1][7] = ~0u;
+    EXPECT_FALSE(findStayingRegion(DISC, {1.5, 0}, always, region));
+    EXPECT_EQ(cellsOf(region), 0);
+    region.row[0][0] = region.row[CELLS - 1][7] = ~0u;
+    EXPECT_TRUE(findStayingRegion(DISC, {0, 0}, always, region));
+    EXPECT_FALSE(region.has(0, 0) || region.has(CELLS - 1, CELLS - 1));
 }
 
 TEST(Region, IsNoneWhereItsOutlineIsNotProvenInAModerateNumberOfTests) {
@@ -100,9 +233,15 @@ TEST(Region, IsNoneAndWorthAnotherTryOnceToldToStop) {
 TEST(Region, IsNoneWhereNothingPasses) {
     StayingRegion region;
     const Horizon small{{0.2, 0.5}, 2000};
-    EXPECT_TRUE(findStayingRegion(
-        small, {0, 0.6}, [](const Horizon&, const CellEdge&) { return false; }, region));
+    EXPECT_TRUE(findStayingRegion(small, {0, 0.6}, nowhere, region));
     EXPECT_FALSE(region.any);
+    // So few squares that all are taken away within the number of tests.
+    EXPECT_TRUE(findStayingRegion({{-1.7549, 0}, 60}, {0, 0}, always, region));
+    EXPECT_TRUE(region.any && region.holds(0, 0));
+    EXPECT_LT(cellsOf(region), 1000);
+    EXPECT_TRUE(findStayingRegion({{-1.7549, 0}, 60}, {0, 0}, nowhere, region));
+    EXPECT_FALSE(region.any);
+    EXPECT_EQ(cellsOf(region), 0);
 }
 
 TEST(Region, IsWorthAnotherTryWhereTheOrbitWasAboutToLeave) {
@@ -117,104 +256,6 @@ TEST(Region, IsWorthAnotherTryWhereTheOrbitWasAboutToLeave) {
     }
     // It stays for the steps asked for, but not for twice as many.
     EXPECT_FALSE(findStayingRegion({{0.26, 0}, 25}, {0.03, 0.03}, never, region));
-}
-
-TEST(Region, HoldsClosedSquaresOfASixtyFourth) {
-    StayingRegion region;
-    region.any = true;
-    region.row[130][4] = 1u << 3;  // column 131
-    EXPECT_EQ(StayingRegion::cellOf(131 * SIDE - 2), 131);
-    EXPECT_EQ(StayingRegion::cellOf(132 * SIDE - 2 - 1e-12), 131);
-    EXPECT_EQ(StayingRegion::cellOf(-2), 0);
-    EXPECT_LT(StayingRegion::cellOf(-2.001), 0);
-    EXPECT_LT(StayingRegion::cellOf(2), 0);
-    EXPECT_TRUE(region.has(131, 130));
-    EXPECT_FALSE(region.has(130, 130) || region.has(132, 130) || region.has(131, 129) ||
-                 region.has(131, 131) || region.has(-1, 0) || region.has(0, -1) ||
-                 region.has(CELLS, 0) || region.has(0, CELLS));
-    const Point middle{131.5 * SIDE - 2, 130.5 * SIDE - 2};
-    EXPECT_TRUE(region.holds(middle.r, middle.i));
-    EXPECT_FALSE(region.holds(middle.i, middle.r));
-    region.any = false;
-    EXPECT_FALSE(region.holds(middle.r, middle.i));
-}
-
-TEST(Region, HoldsARectangleWhoseCellsItHas) {
-    StayingRegion region;
-    region.any = true;
-    for (int y = 100; y < 103; ++y) region.row[y][3] = 0b1110;  // columns 97 to 99
-    const auto at = [](double x, double y) { return Point{x * SIDE - 2, y * SIDE - 2}; };
-    EXPECT_TRUE(region.holdsAll(at(97.1, 100.1), at(99.9, 102.9)));
-    EXPECT_TRUE(region.holdsAll(at(99.9, 102.9), at(97.1, 100.1)));
-    EXPECT_TRUE(region.holdsAll(at(97.1, 102.9), at(99.9, 100.1)));
-    EXPECT_FALSE(region.holdsAll(at(96.9, 100.1), at(99.9, 102.9)));
-    EXPECT_FALSE(region.holdsAll(at(97.1, 100.1), at(100.1, 102.9)));
-    EXPECT_FALSE(region.holdsAll(at(97.1, 99.9), at(99.9, 102.9)));
-    EXPECT_FALSE(region.holdsAll(at(97.1, 100.1), at(99.9, 103.1)));
-    const double nan = std::numeric_limits<double>::quiet_NaN();
-    for (const Point bad : {Point{nan, nan}, Point{3, -1}, Point{-1, 3}}) {
-        EXPECT_FALSE(region.holdsAll(bad, at(99.9, 102.9)));
-        EXPECT_FALSE(region.holdsAll(at(97.1, 100.1), bad));
-        EXPECT_FALSE(region.holdsAll(bad, bad));
-    }
-    region.row[101][3] = 0b1010;
-    EXPECT_FALSE(region.holdsAll(at(97.1, 100.1), at(99.9, 102.9)));
-    region.any = false;
-    EXPECT_FALSE(region.holdsAll(at(97.1, 100.1), at(97.1, 100.1)));
-}
-
-TEST(Horizon, TakesMoreDiscsWhereTheStepsAreMore) {
-    EXPECT_EQ((Horizon{{}, 1}.discsPerEdge()), 16);
-    EXPECT_EQ((Horizon{{}, 768}.discsPerEdge()), 16);
-    EXPECT_EQ((Horizon{{}, 769}.discsPerEdge()), 32);
-    EXPECT_EQ((Horizon{{}, Horizon::MOST_STEPS}.discsPerEdge()), 32);
-}
-
-TEST(KnownRegionOfAThread, IsSoughtOnceManyOrbitsStayed) {
-    constexpr std::size_t MANY = KnownRegion::WORTH_A_SEARCH;
-    KnownRegion known;
-    known.turnTo({{1, 2}, 100});
-    EXPECT_FALSE(known.worthASearch(MANY - 1));
-    EXPECT_TRUE(known.worthASearch(1));
-    EXPECT_FALSE(known.worthASearch(MANY / 8 - 1));
-    EXPECT_TRUE(known.worthASearch(1));
-    known.sought = true;
-    EXPECT_FALSE(known.worthASearch(MANY));
-}
-
-TEST(KnownRegionOfAThread, IsThatOfOneConstantAndOfNoMoreSteps) {
-    KnownRegion known;
-    const auto learn = [&] {
-        known.turnTo({{1, 2}, 100});
-        known.sought = known.region.any = true;
-    };
-    learn();
-    for (const Horizon same : {Horizon{{1, 2}, 100}, Horizon{{1, 2}, 99}}) {
-        known.turnTo(same);
-        EXPECT_TRUE(known.sought && known.region.any);
-        EXPECT_EQ(known.horizon.steps, 100);
-    }
-    for (const Horizon other : {Horizon{{1, 3}, 100}, Horizon{{2, 2}, 100}, Horizon{{1, 2}, 101}}) {
-        learn();
-        known.worthASearch(KnownRegion::WORTH_A_SEARCH);
-        known.turnTo(other);
-        EXPECT_FALSE(known.sought || known.region.any);
-        EXPECT_EQ(known.stayed, 0u);
-        EXPECT_EQ(known.horizon.steps, other.steps);
-        EXPECT_FALSE(known.worthASearch(1));
-        known = {};
-    }
-}
-
-TEST(KnownRegionOfAThread, IsThatOfFewerStepsWhereNoneIsKnown) {
-    KnownRegion known;
-    known.turnTo({{1, 2}, 100});
-    EXPECT_TRUE(known.worthASearch(KnownRegion::WORTH_A_SEARCH));
-    known.sought = true;
-    known.turnTo({{1, 2}, 60});
-    EXPECT_EQ(known.horizon.steps, 60);
-    EXPECT_FALSE(known.sought);
-    EXPECT_EQ(known.stayed, 0u);
 }
 
 }  // namespace
