@@ -1,5 +1,6 @@
 """./run, ./test and ./fuzz, with stand-ins for the package manager, cmake, ninja and the program."""
 
+import fnmatch
 import glob
 import os
 import re
@@ -662,8 +663,19 @@ class Mutants(ScriptTest):
             cmake = read(f"tests/{folder.lower()}/CMakeLists.txt")
             for subject in re.findall(r"foreach\(subject ([^)]*)\)", cmake):
                 cmake += "".join(f"NAME toolkit_{name}_test\n" for name in subject.split())
+            cases = self.cases_in(f"tests/{folder.lower()}")
             for test in tests.split():
-                self.assertRegex(cmake, rf"(NAME |add_executable\(){test}\b")
+                target, *chosen = test.split(":")
+                self.assertRegex(cmake, rf"(NAME |add_executable\(){target}\b")
+                for pattern in chosen:
+                    self.assertTrue(fnmatch.filter(cases, pattern.partition("/")[0]), pattern)
+
+    @staticmethod
+    def cases_in(folder):
+        """Suite.Name of every unit test of a folder."""
+        sources = [name for name in os.listdir(os.path.join(SOURCE, folder)) if name.endswith(".cpp")]
+        return [f"{suite}.{name}" for source in sources for suite, name in
+                re.findall(r"^TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", read(f"{folder}/{source}"), re.MULTILINE)]
 
 
 class Syntax(unittest.TestCase):
