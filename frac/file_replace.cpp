@@ -228,7 +228,7 @@ Replacement replaceRegular(const std::string& path, const fs::path& target,
         if (error == 0) return finish(draft, target);
     }
     if (!isRefusal(error) && !isFull(error)) return resultOf(error);
-    const Replacement written = writeInPlace(old, target, bytes, error);
+    Replacement written = writeInPlace(old, target, bytes, error);
     if (written) removeDeadCopies(target);
     return written;
 }
