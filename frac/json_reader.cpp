@@ -181,11 +181,11 @@ void Reader::requirePlace() const {
         refuse(std::string("expected ") + (has(Field::center) ? "\"width\"" : "\"center\"") + end);
     }
     if (!has(Field::view) && !has(Field::center)) {
-        refuse("expected \"view\", or \"center\" and \"width\"," + end);
+        refuse(R"(expected "view", or "center" and "width",)" + end);
     }
     if (has(Field::view) && draft.hasExactConstant()) {
         refuseAt(constantAt, "expected " + expectationOf(Field::cx) +
-                                 "; decimal texts go with \"center\" and \"width\"");
+                                 R"(; decimal texts go with "center" and "width")");
     }
 }
 
@@ -226,7 +226,7 @@ bool Reader::key(string_t& name) {
     }
     if ((seenIn(container) & besides(found->field)) != 0) {
         refuse(shown(walk.token()) +
-               ", expected either \"view\" or both \"center\" and \"width\" in an entry");
+               R"(, expected either "view" or both "center" and "width" in an entry)");
     }
     seenIn(container) |= only(found->field);
     awaited = found->field;
