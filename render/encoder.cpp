@@ -41,7 +41,7 @@ std::string PngEncoder::head(const Job& job) const {
     } else if (job.band) {
         texts = {{"tessary", describe(job)}};  // or nobody could join it
     }
-    return pngHead(job.size, {}, texts, pixelBytes(job) == 6 ? 16 : 8) +
+    return pngHead(job.size, texts, pixelBytes(job) == 6 ? 16 : 8) +
            pngChunk("IDAT", streamHead(compression));
 }
 

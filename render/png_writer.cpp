@@ -69,23 +69,13 @@ void appendNumber(std::string& bytes, std::uint32_t number) {
     for (const int shift : {24, 16, 8, 0}) bytes += static_cast<char>(number >> shift & 0xff);
 }
 
-void setColours(Writer& writer, const std::vector<Colour>& colours) {
-    std::vector<png_color> entries;
-    entries.reserve(colours.size());
-    for (const Colour& c : colours) entries.push_back({c[0], c[1], c[2]});
-    png_set_PLTE(writer.png, writer.info, entries.data(), static_cast<int>(entries.size()));
-}
-
 }  // namespace
 
-std::string pngHead(Size size, const std::vector<Colour>& colours,
-                    const std::vector<PngText>& texts, int depth) {
+std::string pngHead(Size size, const std::vector<PngText>& texts, int depth) {
     Writer writer;
     png_set_IHDR(writer.png, writer.info, static_cast<png_uint_32>(size.width),
-                 static_cast<png_uint_32>(size.height), depth,
-                 colours.empty() ? PNG_COLOR_TYPE_RGB : PNG_COLOR_TYPE_PALETTE, PNG_INTERLACE_NONE,
-                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    if (!colours.empty()) setColours(writer, colours);
+                 static_cast<png_uint_32>(size.height), depth, PNG_COLOR_TYPE_RGB,
+                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     setTexts(writer, texts);
     png_write_info(writer.png, writer.info);
     return writer.bytes;

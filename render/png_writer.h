@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "render/geometry.h"
-#include "render/palette.h"
 
 namespace render {
 
@@ -17,11 +16,9 @@ struct PngText {
     std::string text;
 };
 
-// Signature, header, and the texts in their order; with colours (at most 256) a picture of one byte
-// a pixel, which is a place among them, without any one of three, red, green and blue, of `depth`
-// bits each, 8 or 16. Any thread.
-std::string pngHead(Size size, const std::vector<Colour>& colours,
-                    const std::vector<PngText>& texts, int depth = 8);
+// Signature, header and the texts in their order, for pixels of red, green and blue of `depth` bits
+// each, 8 or 16. Any thread.
+std::string pngHead(Size size, const std::vector<PngText>& texts, int depth);
 
 // A chunk of this type, four letters. The packed rows of a picture may come in any number of "IDAT"
 // chunks; an empty "IEND" is the end of the file.
