@@ -48,7 +48,7 @@ std::string PngEncoder::head(const Job& job) const {
 EncodedBand PngEncoder::band(const Job& job, RowRange range, Workshop& workshop) const {
     const auto pixel = static_cast<std::size_t>(pixelBytes(job));
     const std::size_t rowBytes = 1 + pixel * static_cast<std::size_t>(job.size.width);
-    const std::size_t rows = static_cast<std::size_t>(range.count());
+    const auto rows = static_cast<std::size_t>(range.count());
     std::string& pixels = workshop.pixels;
     pixels.resize(rowBytes * rows);
     for (std::size_t y = 0; y < rows; ++y) pixels[y * rowBytes] = 0;  // the filter: none

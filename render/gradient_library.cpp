@@ -28,6 +28,7 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 8> LIBRARY =
 const std::vector<std::string>& gradientNames() {
     static const std::vector<std::string> NAMES = [] {
         std::vector<std::string> names;
+        names.reserve(LIBRARY.size());
         for (const auto& entry : LIBRARY) names.emplace_back(entry.first);
         return names;
     }();

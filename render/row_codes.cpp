@@ -88,8 +88,8 @@ const RowCode& bestFor(const unsigned char* rows, std::size_t length) {
             for (std::size_t c = 0; c < ROW_CODES; ++c) costs[c] += CODES[c].words[rows[n]].length;
         }
     }
-    const auto least = std::min_element(costs.begin(), costs.end());
-    return CODES[static_cast<std::size_t>(least - costs.begin())];
+    const auto least = std::min_element(costs.begin(), costs.end()) - costs.begin();
+    return CODES[static_cast<std::size_t>(least)];
 }
 
 void put(const Codeword& word, BitWriter& out) {
@@ -159,9 +159,9 @@ std::size_t codeRows(const unsigned char* rows, std::size_t length, unsigned cha
     putBytes(code, rows + whole, length - whole, bits);
     put(code.words[END_OF_BLOCK], bits);
     bits.put(0, 3);  // an empty block
-    unsigned char* end = bits.align();
-    std::memcpy(end, "\0\0\xff\xff", 4);
-    return static_cast<std::size_t>(end + 4 - out);
+    constexpr std::array<unsigned char, 4> LENGTHS{0, 0, 0xff, 0xff};
+    unsigned char* const end = std::copy(LENGTHS.begin(), LENGTHS.end(), bits.align());
+    return static_cast<std::size_t>(end - out);
 }
 
 }  // namespace render
