@@ -114,10 +114,7 @@ class Streams(FracTest):
 
     def test_no_file_takes_the_place_of_a_closed_stream(self):
         close = lambda: (os.close(1), os.close(2))
-        process = subprocess.Popen([FRAC, "list", "-"], cwd=self.folder, stdin=subprocess.PIPE,
-                                   preexec_fn=close)
-        self.addCleanup(process.wait)
-        self.addCleanup(process.stdin.close)
+        process = self.begins("list", "-", stdin=subprocess.PIPE, preexec_fn=close)
         self.wait_until_reading(process)
         streams = [os.readlink(f"/proc/{process.pid}/fd/{number}") for number in (1, 2)]
         self.assertEqual(streams, ["/dev/null", "/dev/null"])
@@ -156,11 +153,8 @@ class Streams(FracTest):
 
 class Signals(FracTest):
     def start(self, *arguments):
-        process = subprocess.Popen([FRAC, *arguments], cwd=self.folder, stdin=subprocess.PIPE,
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        self.addCleanup(process.kill)
-        self.addCleanup(process.communicate)
-        return process
+        return self.begins(*arguments, stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                           stderr=subprocess.PIPE)
 
     def test_each_ends_it_as_itself_and_leaves_nothing(self):
         self.write("b.frac", b"old")

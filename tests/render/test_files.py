@@ -149,16 +149,22 @@ class WithoutNamelessFiles(RenderTest):
         self.fails(1, "-", "--size", 512, data=record(), env=self.ENVIRONMENT, preexec_fn=limit)
         self.assertEqual(self.names(), [])
 
+    def locked_file(self):
+        """The name of the file beside the catalogue, once somebody holds a lock on it."""
+        deadline = time.monotonic() + 60
+        while time.monotonic() < deadline:
+            for name in set(self.names()) - {"a.frac"}:
+                with open("/proc/locks", encoding="ascii") as locks:
+                    if f":{os.stat(self.path(name)).st_ino} " in locks.read():
+                        return name
+            time.sleep(0.01)
+        self.fail("no file was locked")
+
     def test_what_a_killed_run_leaves_is_not_touched_before_and_removed_after(self):
         self.write("a.frac", ENDLESS)
-        process = subprocess.Popen([RENDER, "a.frac", "--size", "64x64"], cwd=self.folder,
-                                   env=self.ENVIRONMENT)
-        deadline = time.monotonic() + 60
-        while len(self.names()) < 2 and time.monotonic() < deadline:
-            time.sleep(0.01)
-        (unfinished,) = set(self.names()) - {"a.frac"}
+        process = self.begins("a.frac", "--size", "64x64", env=self.ENVIRONMENT)
+        unfinished = self.locked_file()
         self.assertTrue(unfinished.startswith(".tessary-render-"))
-        time.sleep(0.2)  # it locks the file right after it has made it
         self.render("-", "--size", 16, data=record())
         self.assertIn(unfinished, self.names())
         process.kill()
@@ -169,8 +175,8 @@ class WithoutNamelessFiles(RenderTest):
 
 class Signals(RenderTest):
     def start(self, *arguments):
-        return subprocess.Popen([RENDER, *arguments], cwd=self.folder, stdin=subprocess.DEVNULL,
-                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        return self.begins(*arguments, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                           stderr=subprocess.PIPE)
 
     def test_each_ends_it_at_once_as_that_signal(self):
         self.write("a.frac", ENDLESS)
@@ -203,7 +209,7 @@ class Progress(RenderTest):
     def on_terminal(self, *arguments):
         """What a run writes to the terminal that its standard error is."""
         master, slave = pty.openpty()
-        process = subprocess.Popen([RENDER, *arguments], cwd=self.folder, stderr=slave)
+        process = self.begins(*arguments, stderr=slave)
         os.close(slave)
         written = b""
         while True:

@@ -9,7 +9,7 @@ import unittest
 import numpy as np
 
 from film_catalogues import CHILD, FAMILY, START, STRANGER, FilmTest
-from render_command import RENDER, SOURCE, document, pixels, record, texts
+from render_command import SOURCE, document, pixels, record, texts
 
 LINEAR = ["--glide", "linear"]
 SMALL = ["--size", "40x30"]
@@ -184,8 +184,7 @@ class Videos(FilmTest):
     def test_ffmpeg_takes_the_stream(self):
         self.write("a.frac", FAMILY)
         options = ["--size", "96x72", "--seconds", "1", "--fps", "12", "--hold", "0.25"]
-        render = subprocess.Popen([RENDER, "a.frac", "--film", "-o", "-", *options],
-                                  cwd=self.folder, stdout=subprocess.PIPE)
+        render = self.begins("a.frac", "--film", "-o", "-", *options, stdout=subprocess.PIPE)
         subprocess.run(["ffmpeg", "-v", "error", "-f", "image2pipe", "-framerate", "12", "-i", "-",
                         "-c:v", "ffv1", "-pix_fmt", "bgr0", "film.mkv"], cwd=self.folder,
                        stdin=render.stdout, check=True, timeout=300)

@@ -6,7 +6,7 @@ import shutil
 import subprocess
 import unittest
 
-from render_command import RENDER, SOURCE, RenderTest, pixels, record
+from render_command import SOURCE, RenderTest, pixels, record
 
 TOUR = os.path.join(SOURCE, "share", "tour.frac")
 TRIGONOMETRIC = range(7, 11)
@@ -92,8 +92,8 @@ class Processors(RenderTest):
 class Memory(RenderTest):
     def peak(self, *arguments):
         """Most memory that a run held, in MiB."""
-        process = subprocess.Popen([RENDER, "-", "-o", "/dev/null", "--threads", "4", *arguments],
-                                   stdin=subprocess.PIPE)
+        process = self.begins("-", "-o", "/dev/null", "--threads", 4, *arguments,
+                              stdin=subprocess.PIPE)
         process.stdin.write(record(x=(3.0, 4.0), y=(3.0, 4.0), limit=2))
         process.stdin.close()
         _, status, usage = os.wait4(process.pid, 0)

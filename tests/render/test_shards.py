@@ -3,13 +3,12 @@
 import os
 import random
 import struct
-import subprocess
 import time
 import unittest
 import zlib
 
 from film_catalogues import FAMILY, FilmTest
-from render_command import RENDER, document, pixels, record, texts
+from render_command import document, pixels, record, texts
 
 LINEAR = ["--glide", "linear"]
 FILM = ["--film", *LINEAR, "--steps", 9, "--size", "40x30", "--fade", 2]
@@ -47,8 +46,8 @@ class Shards(FilmTest):
         whole = self.film(*FILM[1:])
         os.mkdir(self.path("out"))
         self.write("stdin.frac", FAMILY)
-        runs = [subprocess.Popen([RENDER, "stdin.frac", *map(str, FILM), "--shard", f"{k}/4",
-                                  "-o", "out"], cwd=self.folder) for k in (1, 2, 3, 4)]
+        runs = [self.begins("stdin.frac", *FILM, "--shard", f"{k}/4", "-o", "out")
+                for k in (1, 2, 3, 4)]
         self.assertEqual([run.wait(timeout=300) for run in runs], [0] * 4)
         self.assertEqual(self.pictures("out"), whole)
 
@@ -219,21 +218,21 @@ class Resuming(FilmTest):
         whole = self.film(*options[1:])
         os.mkdir(self.path("out"))
         self.write("stdin.frac", FAMILY)
-        command = [RENDER, "stdin.frac", *map(str, options), "--resume", "-o", "out"]
+        command = ["stdin.frac", *options, "--resume", "-o", "out"]
         chance = random.Random(1)
         for shard in [[]] * 6 + [["--shard", "1/2"], ["--shard", "2/2"]] * 3:
-            process = subprocess.Popen(command + shard, cwd=self.folder)
+            process = self.begins(*command, *shard)
             time.sleep(chance.uniform(0, 0.2))
             process.kill()
             process.wait(timeout=60)
             for name, data in self.pictures("out").items():
                 self.assertEqual(data, whole[name], name)
         self.write("out/.tessary-render-0123456789ab.tmp", b"left over")
-        subprocess.run(command, cwd=self.folder, check=True, timeout=300)
+        self.render(*command)
         self.assertEqual(self.pictures("out"), whole)
         self.assertEqual(sorted(os.listdir(self.path("out"))), sorted(whole))
         self.write("out/.tessary-render-0123456789ab.tmp", b"left over")
-        subprocess.run(command, cwd=self.folder, check=True, timeout=300)
+        self.render(*command)
         self.assertEqual(sorted(os.listdir(self.path("out"))), sorted(whole))
 
 

@@ -53,6 +53,17 @@ class CompanionTest(unittest.TestCase):
         return subprocess.run([*prefix, self.PROGRAM, *words], cwd=self.folder, input=data,
                               timeout=self.SECONDS, **options)
 
+    def begins(self, *arguments, **options):
+        """A run that goes on beside the test, and not beyond it, however the test ends."""
+        process = subprocess.Popen([self.PROGRAM, *map(str, arguments)], cwd=self.folder, **options)
+        self.addCleanup(self.end, process)
+        return process
+
+    @staticmethod
+    def end(process):
+        with process:  # closes its streams and waits
+            process.kill()
+
     def succeeds(self, *arguments, **options):
         """What a run prints that must go well and say nothing else."""
         done = self.run_command(*arguments, **options)
