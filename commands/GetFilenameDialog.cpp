@@ -290,9 +290,8 @@ class Panel {
 
   private:
     bool agreesToReplace(const std::string& path) {
-        GtkWidget* question = newMessage(
-            GTK_MESSAGE_QUESTION, "Replace file",
-            "A file named \u201c%s\u201d already exists. Do you want to replace it?", path);
+        GtkWidget* question = newMessage(GTK_MESSAGE_QUESTION, "Replace file", "file", path,
+                                         "Do you want to replace it?");
         toolkit.gtk_dialog_add_buttons(GTK_DIALOG(question), "_Cancel", GTK_RESPONSE_CANCEL,
                                        "_Replace", GTK_RESPONSE_ACCEPT, nullptr);
         toolkit.gtk_dialog_set_default_response(GTK_DIALOG(question), GTK_RESPONSE_CANCEL);
@@ -302,20 +301,20 @@ class Panel {
     }
 
     void refuseFolder(const std::string& path) {
-        GtkWidget* message = newMessage(
-            GTK_MESSAGE_ERROR, "Folder in the way",
-            "A folder named \u201c%s\u201d already exists. Please choose another name.", path);
+        GtkWidget* message = newMessage(GTK_MESSAGE_ERROR, "Folder in the way", "folder", path,
+                                        "Please choose another name.");
         toolkit.gtk_dialog_add_buttons(GTK_DIALOG(message), "_OK", GTK_RESPONSE_ACCEPT, nullptr);
         runDialog(GTK_DIALOG(message));
         toolkit.gtk_widget_destroy(message);
     }
 
-    // A message above the panel without buttons; `format` takes the name at the end of `path`.
-    GtkWidget* newMessage(GtkMessageType type, const char* title, const char* format,
-                          const std::string& path) {
+    // A message above the panel without buttons: what there is already at `path`, and the wish.
+    GtkWidget* newMessage(GtkMessageType type, const char* title, const char* kind,
+                          const std::string& path, const char* wish) {
         const Text name(toolkit.g_filename_display_basename(path.c_str()));
         GtkWidget* message = toolkit.gtk_message_dialog_new(
-            GTK_WINDOW(dialog), GTK_DIALOG_MODAL, type, GTK_BUTTONS_NONE, format, name.get());
+            GTK_WINDOW(dialog), GTK_DIALOG_MODAL, type, GTK_BUTTONS_NONE,
+            "A %s named \u201c%s\u201d already exists. %s", kind, name.get(), wish);
         toolkit.gtk_window_set_title(GTK_WINDOW(message), title);
         return message;
     }

@@ -44,6 +44,23 @@ int ignoreAfterDestruction(Display* display, XErrorEvent* error) {
     return destroyed ? 0 : otherErrors(display, error);
 }
 
+// Looks for a window manager's wish to close the window.
+struct CloseRequest {
+    Atom kind;
+    bool found = false;
+};
+
+// Takes no event, so that Xlib shows all that have arrived. None of its functions may be called in
+// here, and its type for an argument is this.
+// NOLINTNEXTLINE(readability-non-const-parameter)
+Bool noteCloseRequest(Display*, XEvent* event, XPointer argument) {
+    auto& request = *static_cast<CloseRequest*>(static_cast<void*>(argument));
+    const bool isOne =
+        event->type == ClientMessage && static_cast<Atom>(event->xclient.data.l[0]) == request.kind;
+    request.found = request.found || isOne;
+    return False;
+}
+
 }  // namespace
 
 bool hasXWindow() {
@@ -62,23 +79,10 @@ void setWindowClass() {
 bool windowIsToEnd() {
     Display* display = glXGetCurrentDisplay();
     if (display == nullptr) return false;
-    struct Search {
-        Atom close;
-        bool found = false;
-    } search{.close = XInternAtom(display, "WM_DELETE_WINDOW", False)};
-    // No event is taken, but all that have arrived are read. None of Xlib's functions may be called
-    // in here, and its type for an argument is this.
-    // NOLINTNEXTLINE(readability-non-const-parameter)
-    const auto note = [](Display*, XEvent* event, XPointer argument) -> Bool {
-        Search& wanted = *reinterpret_cast<Search*>(argument);
-        const bool isClose = event->type == ClientMessage &&
-                             static_cast<Atom>(event->xclient.data.l[0]) == wanted.close;
-        wanted.found = wanted.found || isClose;
-        return False;
-    };
+    CloseRequest request{.kind = XInternAtom(display, "WM_DELETE_WINDOW", False)};
     XEvent event;
-    XCheckIfEvent(display, &event, note, reinterpret_cast<XPointer>(&search));
-    return search.found || destroyed;
+    XCheckIfEvent(display, &event, noteCloseRequest, reinterpret_cast<XPointer>(&request));
+    return request.found || destroyed;
 }
 
 void setUtf8Title(const std::string& text) {

@@ -18,8 +18,10 @@ VERSION = "12"
 LIMIT = 20
 TOO_LONG = "CPU time limit exceeded"
 
-# gcc 12 takes every short std::string for one that was never written.
-ANALYZER = ["-fanalyzer", "-Wno-analyzer-use-of-uninitialized-value"]
+# gcc 12 takes every short std::string for one that was never written, and does not see what destructors
+# free: a vector that goes out of scope leaks for it. Nothing here allocates by hand, and the tests look
+# for leaks where they run with the address sanitizer.
+ANALYZER = ["-fanalyzer", "-Wno-analyzer-use-of-uninitialized-value", "-Wno-analyzer-malloc-leak"]
 
 # Beside the analyzer, what -Wall and -Wextra leave out and finds mistakes rather than matters of taste.
 CHECKS = ["-Wformat=2", "-Wlogical-op", "-Wduplicated-cond", "-Wduplicated-branches",
