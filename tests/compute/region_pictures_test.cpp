@@ -6,39 +6,25 @@
 #include <string>
 
 #include "compute/staying_region.h"
+#include "tests/compute/turning_views.h"
 #include "tests/compute/vector_support.h"
 
 namespace {
 
+using turning::CATALOGUE;
+using turning::NEAR_TWO;
+using turning::PARABOLIC;
+using turning::seekAtOnce;
+using turning::SIEGEL;
 using vector_test::scalarPicture;
 using vector_test::vectorPicture;
 using vector_test::View;
 
 View juliaView(std::complex<double> c, bool doublePrecision, int limit) {
-    View v;
-    v.type = 1;
-    v.doublePrecision = doublePrecision;
-    v.xMin = v.yMin = -1.25;
-    v.xMax = v.yMax = 1.25;
-    v.cx = c.real();
-    v.cy = c.imag();
-    v.maxSize = 4;
-    v.maxIters = limit;
+    View v = turning::juliaView<View>(c, doublePrecision, limit);
     v.width = v.height = 96;
-    v.tileWidth = v.tileHeight = 8;
     return v;
 }
-
-// Lets the next orbit that stays begin a search.
-void seekAtOnce(const View& v) {
-    lastRegion = {};
-    lastRegion.turnTo({{v.cx, v.cy}, v.maxIters});
-    lastRegion.next = 1;
-}
-
-// Numbers of float, so that they are the same in both precisions.
-constexpr std::complex<double> SIEGEL(-0.39054087f, -0.58678788f), CATALOGUE(-0.391f, -0.587f),
-    PARABOLIC(0.25f, 0.0f), NEAR_TWO(-0.75f, 0.01f);
 
 void expectTheScalarPictureWithARegion(const View& v) {
     const auto expected = scalarPicture(v);

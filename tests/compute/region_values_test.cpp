@@ -6,42 +6,21 @@
 
 #include "compute/staying_region.h"
 #include "compute/value_tile.h"
+#include "tests/compute/turning_views.h"
 #include "tests/compute/value_support.h"
 #include "tests/compute/vector_support.h"
 
 namespace {
 
+using turning::PARABOLIC;
+using turning::seekAtOnce;
+using turning::SIEGEL;
 using value_test::Numbers;
 using value_test::scalarNumbers;
 using value_test::vectorNumbers;
 using value_test::View;
 
-struct Constant {
-    double r, i;
-};
-
-// Numbers of float, so that they are the same in both precisions.
-constexpr Constant SIEGEL{-0.39054087f, -0.58678788f}, PARABOLIC{0.25f, 0.0f};
-
-View juliaView(Constant c, bool doublePrecision, int steps) {
-    View v;
-    v.type = 1;
-    v.doublePrecision = doublePrecision;
-    v.xMin = v.yMin = -1.25;
-    v.xMax = v.yMax = 1.25;
-    v.cx = c.r;
-    v.cy = c.i;
-    v.maxIters = steps;
-    v.tileWidth = v.tileHeight = 8;
-    return v;
-}
-
-// Lets the next orbit that stays begin a search.
-void seekAtOnce(const View& v) {
-    lastRegion = {};
-    lastRegion.turnTo({{v.cx, v.cy}, v.maxIters});
-    lastRegion.next = 1;
-}
+constexpr auto juliaView = turning::juliaView<View>;
 
 // How many orbits take all their steps while the numbers are made.
 std::size_t orbitsFollowedToTheEnd(const View& v) {
@@ -52,7 +31,7 @@ std::size_t orbitsFollowedToTheEnd(const View& v) {
 
 TEST(RegionValues, AreTheScalarOnes) {
     for (const bool doublePrecision : {false, true}) {
-        for (const Constant c : {SIEGEL, PARABOLIC}) {
+        for (const auto c : {SIEGEL, PARABOLIC}) {
             for (const double limit : {4.0, 65536.0}) {
                 View v = juliaView(c, doublePrecision, 300);
                 v.limit = limit;
