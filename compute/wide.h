@@ -15,8 +15,8 @@ inline double widePower(std::int64_t exponent) {
     return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
 }
 
-// mantissa * 2^exponent with 1 <= |mantissa| < 2; zero has an exponent below all others. A
-// mantissa that is infinite or not a number stays so.
+// mantissa * 2^exponent with 1 <= |mantissa| < 2; zero has an exponent below all others. What is
+// infinite or no number is so as among doubles, with an exponent above all others.
 class Wide {
   public:
     Wide() = default;
@@ -49,7 +49,8 @@ class Wide {
     friend bool operator>(Wide a, Wide b) { return b < a; }
 
   private:
-    static constexpr std::int64_t LEAST = -(std::int64_t{1} << 60);
+    static constexpr std::int64_t MOST = std::int64_t{1} << 60;
+    static constexpr std::int64_t LEAST = -MOST;
     struct Parts {
         double m;
         std::int64_t e;
@@ -61,7 +62,7 @@ class Wide {
         const auto biased = static_cast<std::int64_t>((bits >> 52) & 0x7FF);
         if (value == 0) return {0, LEAST};
         if (biased == 0) return normal(value * 0x1p64, exponent - 64);
-        if (biased == 0x7FF) return {value, exponent};
+        if (biased == 0x7FF) return {value, MOST};
         return {std::bit_cast<double>((bits & 0x800FFFFFFFFFFFFFu) | 0x3FF0000000000000u),
                 exponent + biased - 1023};
     }

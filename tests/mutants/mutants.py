@@ -63,6 +63,7 @@ TESTS_OF = [
     ("compute/palette_tables", "palette_tables_test"),
     ("compute/pixels", "pixels_test tile_test"),
     ("compute/fixed_math", "fixed_math_test"),
+    ("compute/wide", "wide_test"),
     ("render/colour_options", "render_test:AColour*:TheHelp.*:TheGradientOf*:Numbers.*:ASwatch.*"
                               ":APalette.*:ARange.*:WhatIsAbout*"),
     ("render/colour_range", "render_test:TheValues*:Where*:AStretched*"),
