@@ -51,8 +51,11 @@ TEST(WideNumber, IsADoubleAgainWithinTheRangeOfNormalOnes) {
     for (const double value : {1.0, -3.25, 0x1p-1022, -0x1.8p1023, 0.0})
         EXPECT_EQ(Wide(value).value(), value);
     EXPECT_EQ(Wide(0x1.8p-1023).value(), 0);
-    EXPECT_EQ(Wide(1, 1024).value(), INFINITE);
-    EXPECT_EQ(Wide(-1, 1024).value(), -INFINITE);
+    for (const std::int64_t beyond : {1024LL, 1025LL, 1500LL, 2046LL, 2LL * FAR}) {
+        EXPECT_EQ(Wide(1, beyond).value(), INFINITE);
+        EXPECT_EQ(Wide(-1, beyond).value(), -INFINITE);
+        EXPECT_EQ(Wide(1, -beyond).value(), 0);
+    }
     EXPECT_EQ(Wide(1.5, -FAR).value(), 0);
     EXPECT_EQ(Wide(1.5, -FAR).at(FAR + 4), 24);
     EXPECT_EQ(Wide().at(FAR), 0);
@@ -71,6 +74,16 @@ TEST(WideNumber, RoundsOnceAsDoublesDo) {
         EXPECT_EQ(x > y, a > b);
         EXPECT_EQ(abs(x).at(-FAR), std::fabs(a));
     }
+}
+
+TEST(WideNumber, IsNotLessThanItself) {
+    for (const double value : {-1.0, 0.0, 1.0}) {
+        const Wide x(value, FAR);
+        EXPECT_FALSE(x < x);
+        EXPECT_FALSE(x > x);
+    }
+    EXPECT_TRUE(Wide(1) < Wide(2));
+    EXPECT_TRUE(Wide(-2) < Wide(-1));
 }
 
 TEST(WideNumber, KeepsTheLargerOfTwoFarApart) {
