@@ -69,6 +69,7 @@ TESTS_OF = [
     ("render/colour_range", "render_test:TheValues*:Where*:AStretched*"),
     ("render/colour_settings", "render_test:ColoursInA*:NumbersInA*:Wrong*:AWrong*"),
     ("render/colour", COLOURS),
+    ("render/pipeline", "render_pipeline_test"),
     ("render/npy_encoder", "render_test:ANumberFile.*:AShare*:StoredNumbers.*"),
     ("render/row_codes", "render_test:*Code*:*Zeros*:*Filtered*:*Bands*:*Smooth*:*Packer*"),
     ("render/", "render_test"),
