@@ -84,6 +84,7 @@ TEST(WideNumber, IsNotLessThanItself) {
     }
     EXPECT_TRUE(Wide(1) < Wide(2));
     EXPECT_TRUE(Wide(-2) < Wide(-1));
+    expectIs(abs(Wide(-1, FAR)), 1, FAR);
 }
 
 TEST(WideNumber, KeepsTheLargerOfTwoFarApart) {
