@@ -4,8 +4,10 @@ import functools
 import io
 import json
 import os
+import shutil
 import struct
 import sys
+import unittest
 import zlib
 
 import numpy as np
@@ -17,6 +19,11 @@ from companion import BUILD, SOURCE, CompanionTest  # noqa: E402, F401
 
 Image.MAX_IMAGE_PIXELS = None
 RENDER = os.path.join(BUILD, "tessary-render")
+
+# A sanitizer does not find its part of the memory on a processor that is stood in for.
+with_other_processors = unittest.skipUnless(
+    shutil.which("qemu-x86_64") and not os.environ.get("TESSARY_SANITIZE"),
+    "needs qemu-user to stand in for processors, and no sanitizer")
 
 # Of few iterations where none are named.
 record = functools.partial(companion.record, limit=64)

@@ -3,7 +3,6 @@
 import io
 import json
 import os
-import shutil
 import struct
 import subprocess
 import unittest
@@ -11,7 +10,7 @@ import zlib
 
 import numpy as np
 
-from render_command import SOURCE, RenderTest, chunks, document, pixels, record
+from render_command import SOURCE, RenderTest, chunks, document, pixels, record, with_other_processors
 
 TOUR = os.path.join(SOURCE, "share", "tour.frac")
 RAMP = ["--gradient", "#000000 0, #ffffff 1, #ffffff 1", "--blend", "srgb"]
@@ -376,7 +375,7 @@ class Sameness(ColourTest):
         for threads in (2, 5):
             self.assertEqual(self.still(*options, "--threads", threads), first)
 
-    @unittest.skipUnless(shutil.which("qemu-x86_64"), "needs qemu-user to stand in for processors")
+    @with_other_processors
     def test_the_processor_does_not_matter(self):
         self.write("a.ggr", GIMP)
         for options in (["--colour", "smooth", "--scale", "log", "--supersample", 2],

@@ -9,7 +9,7 @@ import unittest
 import numpy as np
 
 from film_catalogues import CHILD, FAMILY, START, STRANGER, FilmTest
-from render_command import SOURCE, document, pixels, record, texts
+from render_command import SOURCE, document, pixels, record, texts, with_other_processors
 
 LINEAR = ["--glide", "linear"]
 SMALL = ["--size", "40x30"]
@@ -91,7 +91,7 @@ class Flights(FilmTest):
                                            data=FAMILY))
 
 
-    @unittest.skipUnless(shutil.which("qemu-x86_64"), "needs qemu-user to stand in for processors")
+    @with_other_processors
     def test_flights_are_the_same_on_every_processor(self):
         arguments = ["-", "--film", "--dry-run", *SMALL, "--seconds", 2]
         here = self.render(*arguments, data=FAMILY)

@@ -2,11 +2,10 @@
 
 import os
 import resource
-import shutil
 import subprocess
 import unittest
 
-from render_command import SOURCE, RenderTest, pixels, record
+from render_command import SOURCE, RenderTest, pixels, record, with_other_processors
 
 TOUR = os.path.join(SOURCE, "share", "tour.frac")
 TRIGONOMETRIC = range(7, 11)
@@ -39,7 +38,7 @@ class Compression(RenderTest):
             self.assertLess(len(small), len(fast))
 
 
-@unittest.skipUnless(shutil.which("qemu-x86_64"), "needs qemu-user to stand in for processors")
+@with_other_processors
 class Processors(RenderTest):
     def on(self, processor, *arguments):
         done = self.run_render(*arguments, "-o", "-", prefix=["qemu-x86_64", "-cpu", processor],
