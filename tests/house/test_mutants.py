@@ -138,6 +138,23 @@ class Together(unittest.TestCase):
         self.assertGreater(len(self.schema.numbers()), 100)
 
 
+class Complaints(unittest.TestCase):
+    SAID = """In file included from /x/a.h:3,
+                 from /x/b.cpp:5:
+/x/c.h:30: note: where it is asked for
+/x/b.cpp:7:2: note: required from here
+/x/b.cpp:12:9: error: no match
+"""
+
+    def test_lines_with_an_error_are_read_of_the_file_alone(self):
+        self.assertEqual(errors_in(self.SAID, "/x/b.cpp"), {12})
+        self.assertEqual(errors_in(self.SAID, "/x/a.h"), set())
+
+    def test_lines_on_the_way_are_all_that_are_named_of_it(self):
+        self.assertEqual(errors_on_the_way(self.SAID, "/x/b.cpp"), {5, 7, 12})
+        self.assertEqual(errors_on_the_way(self.SAID, "/x/a.h"), {3})
+
+
 class Listed(unittest.TestCase):
     KNOWN = mutants.known_equivalents()
 

@@ -130,4 +130,4 @@ def errors_in(output, path):
 
 def errors_on_the_way(output, path):
     """The lines of a file that a compiler names at all."""
-    return {int(line) for line in re.findall(rf"(?m)\b?{re.escape(str(path))}:(\d+)[:,]", output)}
+    return {int(line) for line in re.findall(rf"{re.escape(str(path))}:(\d+)[:,]", output)}
