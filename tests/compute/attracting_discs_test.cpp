@@ -151,6 +151,28 @@ TEST(Discs, AreNoneSoFarOutThatRoundingMightPassTheLimit) {
     EXPECT_EQ(discs.count, 5u);
 }
 
+TEST(Discs, HoldNothingByPlacesBehindTheLast) {
+    Discs discs;
+    discs.count = 1;
+    discs.middle[0] = {0, 0};
+    discs.middle[1] = {1, 0};
+    discs.radius[0] = discs.radius[1] = 0.25;
+    EXPECT_TRUE(discs.hold({0, 0}, 0.125, UNIT<double>));
+    EXPECT_FALSE(discs.hold({1, 0}, 0.125, UNIT<double>));
+}
+
+TEST(Discs, HoldNothingThatRoundingsMightPutOutside) {
+    Discs discs;
+    discs.count = 1;
+    discs.middle[0] = {0, 0};
+    discs.radius[0] = 0.5;
+    // 16 units of the radius, and as many of its half.
+    EXPECT_EQ(discs.reach(0, 0), 0.5);
+    EXPECT_NEAR(discs.reach(0, 0x1p-20), 0.5 - 24 * 0x1p-20, 1e-9);
+    EXPECT_TRUE(discs.hold({0.5, 0}, 0, 0));
+    EXPECT_FALSE(discs.hold({0.5, 0}, 0, 0x1p-20));
+}
+
 TEST(Discs, HoldWhatLiesInOneOfThemAndNothingElse) {
     Discs discs;
     findDiscs({{-1, 0}, 0, UNIT<double>}, discs);

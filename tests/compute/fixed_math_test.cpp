@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <random>
 #include <vector>
@@ -54,6 +56,38 @@ long double worst(const std::vector<double>& arguments, Value&& value, Truth&& t
         most = std::max(most, off);
     }
     return most;
+}
+
+// Numbers that no function has to compute: of every size, and close to 1.
+std::vector<double> numbersOfBits() {
+    std::vector<double> all;
+    std::mt19937_64 generator(17);
+    while (all.size() < 20000) {
+        const double x = std::bit_cast<double>(generator() >> 1);
+        if (x < INFINITE) all.push_back(x);
+        all.push_back(
+            std::bit_cast<double>(ONE_BITS - (std::uint64_t{1} << 51) + (generator() >> 11)));
+    }
+    return all;
+}
+
+template <class Value>
+std::uint64_t hashOf(Value&& value) {
+    std::uint64_t hash = 0xCBF29CE484222325u;  // FNV-1a
+    for (const double x : numbersOfBits()) {
+        hash = (hash ^ std::bit_cast<std::uint64_t>(value(x))) * 0x100000001B3u;
+    }
+    return hash;
+}
+
+// Values are compared bit by bit with those of other machines, and joined with them: a bit that
+// changes from one version to the next would be a seam.
+TEST(FixedMath, HasTheBitsOfEarlierVersions) {
+    EXPECT_EQ(hashOf([](double x) { return fixedLog(x); }), 0x83FDED74FDCD4BE4u);
+    EXPECT_EQ(hashOf([](double x) { return fixedLog2(x); }), 0x6D1C1AECD50DF28Bu);
+    EXPECT_EQ(hashOf([](double x) { return fixedCubeRoot(x); }), 0x636535F855B8A612u);
+    EXPECT_EQ(hashOf([](double x) { return fixedExp(std::fmod(x, 745.0)); }), 0x16A3DD06B5E5F645u);
+    EXPECT_EQ(hashOf([](double x) { return fixedExp(-std::fmod(x, 745.0)); }), 0x33206CFC87000527u);
 }
 
 TEST(FixedLog, IsWithinThreeUnits) {

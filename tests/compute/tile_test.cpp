@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <limits>
 #include <string>
 #include <utility>
@@ -68,12 +69,20 @@ class GuardedPicture {
     std::vector<unsigned char> bytes;
 };
 
-template <class T>
+// The type of all arithmetic, and one of the two functions that render a tile in it.
+template <class T, auto FUNCTION>
+struct Way {
+    using Number = T;
+    static constexpr auto RENDER = FUNCTION;
+};
+
+template <class W>
 void render(const ReferenceView& v, const Tile& t, unsigned char* pixels, PaletteBytes palette) {
-    threadCPU<T>(t.xStart, t.yStart, t.xEnd, t.yEnd, v.width, v.height, static_cast<T>(v.xMin),
-                 static_cast<T>(v.xMax), static_cast<T>(v.yMin), static_cast<T>(v.yMax),
-                 static_cast<T>(v.cx), static_cast<T>(v.cy), static_cast<int>(v.maxSize),
-                 v.maxIters, pixels, palette.data(), v.type);
+    using T = typename W::Number;
+    W::RENDER(t.xStart, t.yStart, t.xEnd, t.yEnd, v.width, v.height, static_cast<T>(v.xMin),
+              static_cast<T>(v.xMax), static_cast<T>(v.yMin), static_cast<T>(v.yMax),
+              static_cast<T>(v.cx), static_cast<T>(v.cy), static_cast<int>(v.maxSize), v.maxIters,
+              pixels, palette.data(), v.type);
 }
 
 // The picture that rendering this tile of the view must leave: canary wherever the tile is not.
@@ -88,19 +97,19 @@ Picture expectedTile(const ReferenceView& v, const Tile& t) {
     return expected;
 }
 
-template <class T>
+template <class W>
 class TileTest : public testing::Test {
   protected:
     static ReferenceView view(int type) {
         ReferenceView v = smallView(type);
-        v.doublePrecision = std::is_same_v<T, double>;
+        v.doublePrecision = std::is_same_v<typename W::Number, double>;
         return v;
     }
 
     // Renders the tile and checks every byte of the picture and around it.
     static void expectTile(const ReferenceView& v, const Tile& t) {
         GuardedPicture guarded(v.width, v.height);
-        render<T>(v, t, guarded.pixels(), countPalette());
+        render<W>(v, t, guarded.pixels(), countPalette());
         EXPECT_TRUE(guarded.canariesLive());
         const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
         EXPECT_TRUE(samePicture(guarded.picture(), expectedTile(v, t), "tile." + name));
@@ -109,13 +118,14 @@ class TileTest : public testing::Test {
     // The count that pixel (0, 0) shows, or -1 for black.
     static int cornerCount(const ReferenceView& v) {
         GuardedPicture guarded(v.width, v.height);
-        render<T>(v, {0, 0, 1, 1}, guarded.pixels(), countPalette());
+        render<W>(v, {0, 0, 1, 1}, guarded.pixels(), countPalette());
         return countOf(guarded.pixels());
     }
 };
 
-using Precisions = testing::Types<float, double>;
-TYPED_TEST_SUITE(TileTest, Precisions);
+using Ways = testing::Types<Way<float, &threadCPU<float>>, Way<double, &threadCPU<double>>,
+                            Way<float, &threadScalar<float>>, Way<double, &threadScalar<double>>>;
+TYPED_TEST_SUITE(TileTest, Ways);
 
 TYPED_TEST(TileTest, EveryFormulaPaintsItsTileAndNothingElse) {
     for (int type = 0; type <= 13; ++type) this->expectTile(this->view(type), {3, 2, 11, 9});
@@ -278,6 +288,25 @@ TYPED_TEST(TileTest, EmptyAndInvertedViewsAgreeWithPlainArithmetic) {
         std::swap(v.xMin, v.xMax);
         std::swap(v.yMin, v.yMax);
         this->expectTile(v, {0, 0, 20, 12});
+    }
+}
+
+// A tile of canaries after the scalar renderer was told to stop.
+template <class T>
+std::vector<unsigned char> stoppedTile(int type) {
+    std::vector<unsigned char> pixels(4 * 8 * 8, CANARY);
+    PaletteBytes palette = countPalette();
+    const std::atomic<bool> stop{true};
+    renderScalarUntilStopped<T>({0, 0, 8, 8, 8, 8, T(-2), T(2), T(-2), T(2), T(0), T(0), T(4), 10,
+                                 pixels.data(), palette.data(), &stop},
+                                type);
+    return pixels;
+}
+
+TEST(AScalarTile, WritesNothingOnceItIsToStop) {
+    for (const int type : {0, 1, 2, 99}) {
+        EXPECT_THAT(stoppedTile<float>(type), testing::Each(CANARY)) << type;
+        EXPECT_THAT(stoppedTile<double>(type), testing::Each(CANARY)) << type;
     }
 }
 
