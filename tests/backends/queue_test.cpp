@@ -101,6 +101,23 @@ TEST_F(QueueTest, TheCountStartsAgainWithEachFrame) {
     EXPECT_EQ(task_count, 65536);
 }
 
+// Each picture has more tiles than the ones before it, whose memory the queue keeps.
+TEST_F(QueueTest, AllocatesNothingAfterRoomWasMadeForThePicture) {
+    const std::vector<std::vector<std::int64_t>> sizes = {
+        {767, 767}, {767, 511}, {511, 767}, {511, 511}};
+    for (const auto& size : sizes) {
+        winX = size[0];
+        winY = size[1];
+        reserveTiles();
+        workQ.push_back({});
+        const params* const memory = workQ.begin();
+        workQ.clear();
+        queue(winX, winY);
+        EXPECT_EQ(workQ.begin(), memory) << winX << " x " << winY;
+        test_support::clearQueue();
+    }
+}
+
 TEST_F(QueueTest, WithNothingQueuedTheWaitEndsAtOnce) {
     task_count = 0;
     waitForFrame();

@@ -56,6 +56,9 @@ TESTS_OF = [
     ("compute/vector_unwatched", "vector_conditions_test vector_test"),
     ("compute/vector_renderer", "vector_targets_test vector_boundary_test vector_test"),
     ("compute/vector_", "trig_pictures_test vector_test vector_boundary_test value_vector_test"),
+    ("compute/value_scalar", "value_test"),
+    ("compute/value_colours", COLOURS),
+    ("compute/colour_renderer", COLOURS),
     ("compute/value_", "value_test value_vector_test"),
     ("compute/exact_trig", "rounded_trig_test"),
     ("compute/quick_", "rounded_trig_test"),
@@ -63,6 +66,13 @@ TESTS_OF = [
     ("compute/palette_tables", "palette_tables_test"),
     ("compute/pixels", "pixels_test tile_test"),
     ("compute/fixed_math", "fixed_math_test"),
+    ("compute/formulas", "formula_test:FormulaTest* formula_test:JuliaAt*"),
+    ("compute/rules", "formula_test:FormulaTest* formula_test:JuliaAt*"),
+    ("compute/complex", "formula_test:FormulaTest* formula_test:JuliaAt*"),
+    ("compute/pair", "pair_test"),
+    ("compute/rounded_value", "rounded_value_test"),
+    ("compute/scalar_renderer", "tile_test vector_stop_test"),
+    ("compute/tile_renderer", "tile_test"),
     ("compute/wide", "wide_test"),
     ("render/colour_options", "render_test:AColour*:TheHelp.*:TheGradientOf*:Numbers.*:ASwatch.*"
                               ":APalette.*:ARange.*:WhatIsAbout*"),
@@ -78,8 +88,11 @@ TESTS_OF = [
     ("compute/", "formula_test tile_test value_test"),
     ("backends/auto_array", "cache_lines_test"),
     ("backends/image", "image_test"),
+    ("backends/palette", "palette_test"),
+    ("backends/view_state", "view_state_test initial_values_test"),
     ("backends/tile_queue", "tile_queue_test queue_test"),
-    ("backends/worker_pool", "queue_test pool_steps_test shutdown_test pool_test"),
+    ("backends/worker_pool", "queue_test pool_steps_test device_shutdown_test shutdown_test pool_test"
+                             " initial_values_test"),
     ("commands/", "commands_test"),
     ("GlutMenu/PlainState", "toolkit_plain_state_test"),
     ("GlutMenu/", "toolkit_all_test toolkit_globals_test"),
@@ -215,7 +228,7 @@ class Trial:
             self.end(number, LISTED)
         if not wanted:
             return
-        self.workshop = Workshop(ROOT, self.options.build, self.options.define,
+        self.workshop = Workshop(ROOT, self.options.build.resolve(), self.options.define,
                                  any("vector" in path for path in self.tests))
         alone = wanted if self.options.one_by_one else self.together(wanted)
         if alone and not self.options.quick:
