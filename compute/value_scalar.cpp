@@ -13,7 +13,7 @@ namespace {
 template <class T>
 struct Escape {
     int count;
-    T before, after;
+    T before{}, after{};
 };
 
 template <class R, class T>
@@ -21,13 +21,13 @@ Escape<T> followOrbit(cpuComplex<T> z, const cpuComplex<T>& c, const ValueTile<T
                       int maxIters) {
     T before = magnitudeSquared(z);
     for (int count = 0; count < maxIters; ++count) {
-        if (count % STEPS_BETWEEN_LOOKS == 0 && isSet(tile.stop)) return {GIVEN_UP, T(0), T(0)};
+        if (count % STEPS_BETWEEN_LOOKS == 0 && isSet(tile.stop)) return {GIVEN_UP};
         z = R::step(z, c);
         const T after = magnitudeSquared(z);
         if (after > tile.limit) return {count, before, after};
         before = after;
     }
-    return {maxIters, T(0), T(0)};
+    return {maxIters};
 }
 
 template <class R, class T>

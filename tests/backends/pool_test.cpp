@@ -105,6 +105,12 @@ TEST_F(PoolTest, NoThreadAtAllStillRendersAndOffersACountOfOne) {
     EXPECT_TRUE(pictureIsRight());
 }
 
+TEST_F(PoolTest, ANegativeCountStartsNoThread) {
+    const Pool pool(-3);
+    EXPECT_EQ(max_threads, 1);
+    EXPECT_TRUE(vThreads.empty());
+}
+
 TEST_F(PoolTest, WorkersAboveTheAllowedCountDoNotWork) {
     const Pool pool(2);
     numCPUThreads = 0;

@@ -87,6 +87,14 @@ TYPED_TEST(FormulaTest, TheComplexFunctionsRoundProductsOfDoubles) {
     }
 }
 
+TYPED_TEST(FormulaTest, ComplexNumbersAreAddedAndSubtractedPartByPart) {
+    const cpuComplex<TypeParam> a{5, 7}, b{2, 11}, sum = a + b, difference = a - b;
+    EXPECT_EQ(sum.r, 7);
+    EXPECT_EQ(sum.i, 18);
+    EXPECT_EQ(difference.r, 3);
+    EXPECT_EQ(difference.i, -4);
+}
+
 TYPED_TEST(FormulaTest, NoIterationsAllowedGivesZeroForAllButJulia) {
     for (const auto& f : formulas<TypeParam>()) {
         if (f.type == 1) continue;
@@ -276,6 +284,32 @@ TYPED_TEST(FormulaTest, EveryFormulaAgreesWithPlainArithmeticInRandomViews) {
             ASSERT_EQ(countOf(f.count, v, x, y), referenceCount(v, x, y))
                 << f.name << " trial " << trial << " pixel " << x << ", " << y;
         }
+    }
+}
+
+// The Mandelbrot rule has no function of its own.
+TYPED_TEST(FormulaTest, EveryNumberFindsItsRule) {
+    for (int type = 0; type <= 13; ++type) {
+        std::mt19937 random(static_cast<unsigned>(100 + type));
+        for (int trial = 0; trial < 200; ++trial) {
+            const ReferenceView v = randomView(random, type, std::is_same_v<TypeParam, double>);
+            int count = -1;
+            const bool found = visitRule(type, [&](auto rule) {
+                count = countOf<TypeParam>(
+                    [](auto... arguments) {
+                        return pixelCount<decltype(rule), TypeParam>(arguments...);
+                    },
+                    v, v.width / 2, v.height / 3);
+            });
+            ASSERT_TRUE(found) << type;
+            ASSERT_EQ(count, referenceCount(v, v.width / 2, v.height / 3)) << type;
+        }
+    }
+}
+
+TEST(UnknownRules, AreNotVisited) {
+    for (const int type : {-1, 14, 1000}) {
+        EXPECT_FALSE(visitRule(type, [](auto) { ADD_FAILURE() << "visited"; })) << type;
     }
 }
 

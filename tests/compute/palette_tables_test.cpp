@@ -42,6 +42,18 @@ TEST(RandomColours, DependOnNothingThatWasDrawnBefore) {
     EXPECT_EQ(second, first);
 }
 
+// A table with a page of the same bytes behind it.
+Table withCanaries(void (*fill)(unsigned char*)) {
+    Table table(PALETTE_BYTES + 4096, 0xA5);
+    fill(table.data());
+    return {table.begin() + PALETTE_BYTES, table.end()};
+}
+
+TEST(Tables, EndWhereTheyEnd) {
+    EXPECT_EQ(withCanaries(fillRandomColours), Table(4096, 0xA5));
+    EXPECT_EQ(withCanaries(fillCycleColours), Table(4096, 0xA5));
+}
+
 TEST(RandomColours, LeaveTheProcesssOwnGeneratorAlone) {
     std::srand(7);
     const int expected = std::rand();

@@ -135,6 +135,47 @@ TEST(ATile, LiesAtItsPlaceInItsRows) {
     }
 }
 
+// The counts of a picture of 6 x 4 pixels, two pixels of room around it, after this tile.
+std::vector<std::int32_t> countsOfTile(int type, int xStart, int yStart, int xEnd, int yEnd) {
+    std::vector<std::int32_t> counts(10 * 8, -77);
+    renderValuesScalar(ValueTile<double>{xStart, yStart, xEnd, yEnd, 6, 4, 0, 3, 0, 2, 0, 0, 4, 9,
+                                         counts.data(), nullptr, -2, -2, 10},
+                       type);
+    return counts;
+}
+
+TEST(ATile, IsClippedToThePicture) {
+    const auto whole = countsOfTile(1, 0, 0, 6, 4);
+    EXPECT_EQ(std::count(whole.begin(), whole.end(), -77), 80 - 24);
+    EXPECT_EQ(countsOfTile(1, -2, 0, 6, 4), whole);
+    EXPECT_EQ(countsOfTile(1, 0, -2, 6, 4), whole);
+    EXPECT_EQ(countsOfTile(1, 0, 0, 8, 4), whole);
+    EXPECT_EQ(countsOfTile(1, 0, 0, 6, 6), whole);
+}
+
+TEST(ATile, UnderAnUnknownRuleStaysEverywhere) {
+    const auto counts = countsOfTile(99, 1, 2, 5, 4);
+    for (int y = -2; y < 6; ++y) {
+        for (int x = -2; x < 8; ++x) {
+            const bool inside = x >= 1 && x < 5 && y >= 2 && y < 4;
+            const auto at = static_cast<std::size_t>((y + 2) * 10 + x + 2);
+            EXPECT_EQ(counts[at], inside ? 9 : -77) << x << ' ' << y;
+        }
+    }
+    View v = squaring(4);
+    v.type = 99;
+    EXPECT_TRUE(std::isnan(numbersAt(v, 3, 0).value));
+}
+
+TEST(SmoothValue, HasNoStepsWhereNoneIsAllowed) {
+    View v = squaring(4);
+    for (const int limit : {0, -1, -5}) {
+        v.maxIters = limit;
+        EXPECT_EQ(numbersAt(v, 3, 0).count, 0) << limit;
+        EXPECT_TRUE(std::isnan(numbersAt(v, 3, 0).value)) << limit;
+    }
+}
+
 // Two thousand million steps take ten seconds and would leave a count.
 TEST(ALongOrbit, IsGivenUpInWork) {
     std::int32_t count = -77;

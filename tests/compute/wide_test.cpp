@@ -34,19 +34,6 @@ class Doubles {
     std::uniform_int_distribution<int> exponent;
 };
 
-TEST(PowersOfTwo, AreExactFromTheLeastToTheLargestNormalOne) {
-    for (const int exponent : {-1022, -1, 0, 1, 1023}) {
-        EXPECT_EQ(widePower(exponent), std::ldexp(1.0, exponent)) << exponent;
-    }
-}
-
-TEST(PowersOfTwo, AreNothingBelowAndInfiniteAbove) {
-    for (const int beyond : {1, 2, 500, 1000, 2000}) {
-        EXPECT_EQ(widePower(-1022 - beyond), 0.0) << beyond;
-        EXPECT_EQ(widePower(1023 + beyond), INFINITE) << beyond;
-    }
-}
-
 TEST(WideNumber, HasAMantissaFromOneToTwo) {
     expectIs(Wide(12), 1.5, 3);
     expectIs(Wide(-12), -1.5, 3);
@@ -61,7 +48,7 @@ TEST(WideNumber, HasAMantissaFromOneToTwo) {
 }
 
 TEST(WideNumber, IsADoubleAgainWithinTheRangeOfNormalOnes) {
-    for (const double value : {1.0, -1.0, -3.25, 0x1p-1022, -0x1.8p1023, 0.0})
+    for (const double value : {1.0, -3.25, 0x1p-1022, -0x1.8p1023, 0.0})
         EXPECT_EQ(Wide(value).value(), value);
     EXPECT_EQ(Wide(0x1.8p-1023).value(), 0);
     for (const std::int64_t beyond : {1024LL, 1025LL, 1500LL, 2046LL, 2LL * FAR}) {

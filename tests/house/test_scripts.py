@@ -656,7 +656,8 @@ class Mutants(ScriptTest):
             folder, start = beginning.split("/")
             self.assertTrue(any(name.startswith(start)
                                 for name in os.listdir(os.path.join(SOURCE, folder))), beginning)
-            cmake = read(f"tests/{folder.lower()}/CMakeLists.txt")
+            # What every global holds at first is looked at in one place.
+            cmake = read(f"tests/{folder.lower()}/CMakeLists.txt") + read("tests/app/CMakeLists.txt")
             for subject in re.findall(r"foreach\(subject ([^)]*)\)", cmake):
                 cmake += "".join(f"NAME toolkit_{name}_test\n" for name in subject.split())
             cases = self.cases_in(f"tests/{folder.lower()}")
@@ -671,7 +672,7 @@ class Mutants(ScriptTest):
         """Suite.Name of every unit test of a folder."""
         sources = [name for name in os.listdir(os.path.join(SOURCE, folder)) if name.endswith(".cpp")]
         return [f"{suite}.{name}" for source in sources for suite, name in
-                re.findall(r"^TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", read(f"{folder}/{source}"), re.MULTILINE)]
+                re.findall(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),\s*(\w+)\)", read(f"{folder}/{source}"), re.MULTILINE)]
 
 
 class Syntax(unittest.TestCase):
