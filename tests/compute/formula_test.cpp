@@ -287,32 +287,6 @@ TYPED_TEST(FormulaTest, EveryFormulaAgreesWithPlainArithmeticInRandomViews) {
     }
 }
 
-// The Mandelbrot rule has no function of its own.
-TYPED_TEST(FormulaTest, EveryNumberFindsItsRule) {
-    for (int type = 0; type <= 13; ++type) {
-        std::mt19937 random(static_cast<unsigned>(100 + type));
-        for (int trial = 0; trial < 200; ++trial) {
-            const ReferenceView v = randomView(random, type, std::is_same_v<TypeParam, double>);
-            int count = -1;
-            const bool found = visitRule(type, [&](auto rule) {
-                count = countOf<TypeParam>(
-                    [](auto... arguments) {
-                        return pixelCount<decltype(rule), TypeParam>(arguments...);
-                    },
-                    v, v.width / 2, v.height / 3);
-            });
-            ASSERT_TRUE(found) << type;
-            ASSERT_EQ(count, referenceCount(v, v.width / 2, v.height / 3)) << type;
-        }
-    }
-}
-
-TEST(UnknownRules, AreNotVisited) {
-    for (const int type : {-1, 14, 1000}) {
-        EXPECT_FALSE(visitRule(type, [](auto) { ADD_FAILURE() << "visited"; })) << type;
-    }
-}
-
 TYPED_TEST(FormulaTest, InfiniteViewsAgreeWithPlainArithmetic) {
     const double inf = std::numeric_limits<double>::infinity();
     const double huge = std::is_same_v<TypeParam, double> ? 1e300 : 1e38;

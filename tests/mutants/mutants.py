@@ -38,6 +38,7 @@ SURVIVED, NO_CODE, LISTED = "SURVIVED", "does not compile", "listed"
 COLOURS = ("render_test:Curves.*:AValue*:SmoothColours.*:ColoursOf*:WhatHasNo*:TheEscapeBound.*"
            ":TheDither*:Dither*:Vectors.*:Light.*:Level.*:TheLevel*:TheTable.Sees*:*AreTakenOf*"
            ":*AnyWidth* render_test:TheTable.*:Gimps*:ASupersampled*:ARowOfValues.*:AveragesOf*")
+FORMULAS = "formula_test:FormulaTest*:RuleNumbers*:*Rules* formula_test:JuliaAt*"
 POOL = "queue_test pool_steps_test device_shutdown_test shutdown_test pool_test initial_values_test"
 TESTS_OF = [
     ("compute/vector_certified-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
@@ -67,9 +68,9 @@ TESTS_OF = [
     ("compute/palette_tables", "palette_tables_test"),
     ("compute/pixels", "pixels_test tile_test"),
     ("compute/fixed_math", "fixed_math_test"),
-    ("compute/formulas", "formula_test:FormulaTest*:UnknownRules* formula_test:JuliaAt*"),
-    ("compute/rules", "formula_test:FormulaTest*:UnknownRules* formula_test:JuliaAt*"),
-    ("compute/complex", "formula_test:FormulaTest*:UnknownRules* formula_test:JuliaAt*"),
+    ("compute/formulas", FORMULAS),
+    ("compute/rules", FORMULAS),
+    ("compute/complex", FORMULAS),
     ("compute/pair", "pair_test"),
     ("compute/rounded_value", "rounded_value_test"),
     ("compute/scalar_renderer", "tile_test vector_stop_test"),
