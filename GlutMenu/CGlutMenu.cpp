@@ -63,7 +63,7 @@ CGlutMenu::CGlutMenu()
       callback(nullptr),
       user_data(nullptr),
       owner(nullptr),
-      alive(std::make_shared<const bool>(true)) {}
+      alive(std::make_shared<const bool>()) {}
 
 CGlutMenu::~CGlutMenu() {
     active = false;
@@ -155,8 +155,9 @@ bool CGlutMenu::IsMenuVisible() const {
     return active;
 }
 
+// A negative number is beyond every list as an index.
 bool CGlutMenu::IsIndex(int i) const {
-    return i >= 0 && static_cast<std::size_t>(i) < items.size();
+    return static_cast<std::size_t>(i) < items.size();
 }
 
 bool CGlutMenu::HasSubMenu(int i) const {

@@ -47,7 +47,7 @@ CTextInput::CTextInput()
       centred(0.0F),
       bottom(0),
       showings(0),
-      alive(std::make_shared<const bool>(true)) {}
+      alive(std::make_shared<const bool>()) {}
 
 CTextInput::~CTextInput() {
     Unlink();
@@ -152,7 +152,7 @@ void CTextInput::Unlink() {
     while (*link != this) link = &(*link)->previous;
     *link = previous;
     previous = nullptr;
-    if (num_dialogs_active > 0) --num_dialogs_active;
+    --num_dialogs_active;
 }
 
 bool CTextInput::Display() {

@@ -1,6 +1,7 @@
 #include "GlutMenu/FieldView.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 #include "GlutMenu/Font.h"
@@ -18,10 +19,10 @@ std::vector<int> GlyphEdges(const std::string& text) {
     return edges;
 }
 
-// Units that fit into so many pixels. Half a unit more, so that rounding does not take the last
-// glyph of a field that its text just fills.
+// Units that fit into so many pixels. Rounded, because the last glyph of a field that its text just
+// fills would be lost otherwise.
 int UnitsWithin(float pixels) {
-    return std::max(Truncate(pixels / CGlutMenu::font_scale_x + 0.5F), 0);
+    return std::max(Truncate(std::round(pixels / CGlutMenu::font_scale_x)), 0);
 }
 
 }  // namespace

@@ -219,7 +219,6 @@ bool CGlutMenu::ClickItem(int i) {
     std::cout << "Item " << GetMenuText(i) << std::endl;
     if (submenu_open) {
         CloseUpwards(GetSubMenu(selected_item));
-        submenu_open = false;
         Activate();
     }
     highlighted_item = i;

@@ -39,7 +39,6 @@ bool CGlutMenu::Initialise(int screen_w, int screen_h, int left, int top, int /*
     title = std::move(new_title);
     items = new_items;
     ResetItemStates();
-    item_width = 0;
     char_width = 120.0F;
     SetScreen(screen_w, screen_h);
     ScaleFont();

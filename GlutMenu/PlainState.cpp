@@ -6,6 +6,7 @@
 #include "GlutMenu/PlainState.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string_view>
 
 // Weak: a program may bring an OpenGL that has only what the toolkit draws with, as tests without a
@@ -24,43 +25,49 @@ namespace GlutMenu {
 
 namespace {
 
-// A name of OpenGL and the version that brought it, as ten times the major number and the minor
-// one.
+// Versions are ten times the major number and the minor one.
+constexpr int first_version = 10;
+
+// A name of OpenGL and the version that brought it.
 struct Since {
-    int version;
     GLenum name;
+    int version;
 };
 
 // What changes the look of a plain shape while it is on. Colour material is not among them: it
 // follows the current colour, also back to the one found.
-constexpr Since effects[] = {{10, GL_ALPHA_TEST},
-                             {11, GL_COLOR_LOGIC_OP},
-                             {14, GL_COLOR_SUM},
-                             {10, GL_CULL_FACE},
-                             {10, GL_FOG},
-                             {10, GL_LIGHTING},
-                             {10, GL_LINE_SMOOTH},
-                             {10, GL_LINE_STIPPLE},
-                             {10, GL_POLYGON_SMOOTH},
-                             {10, GL_POLYGON_STIPPLE},
-                             {13, GL_SAMPLE_ALPHA_TO_COVERAGE},
-                             {13, GL_SAMPLE_ALPHA_TO_ONE},
-                             {13, GL_SAMPLE_COVERAGE},
-                             {10, GL_SCISSOR_TEST},
-                             {10, GL_STENCIL_TEST}};
+constexpr Since effects[] = {{GL_ALPHA_TEST, first_version},
+                             {GL_COLOR_LOGIC_OP, 11},
+                             {GL_COLOR_SUM, 14},
+                             {GL_CULL_FACE, first_version},
+                             {GL_FOG, first_version},
+                             {GL_LIGHTING, first_version},
+                             {GL_LINE_SMOOTH, first_version},
+                             {GL_LINE_STIPPLE, first_version},
+                             {GL_POLYGON_SMOOTH, first_version},
+                             {GL_POLYGON_STIPPLE, first_version},
+                             {GL_SAMPLE_ALPHA_TO_COVERAGE, 13},
+                             {GL_SAMPLE_ALPHA_TO_ONE, 13},
+                             {GL_SAMPLE_COVERAGE, 13},
+                             {GL_SCISSOR_TEST, first_version},
+                             {GL_STENCIL_TEST, first_version}};
 
-constexpr Since textures[] = {
-    {10, GL_TEXTURE_1D}, {10, GL_TEXTURE_2D}, {12, GL_TEXTURE_3D}, {13, GL_TEXTURE_CUBE_MAP}};
+constexpr Since textures[] = {{GL_TEXTURE_1D, first_version},
+                              {GL_TEXTURE_2D, first_version},
+                              {GL_TEXTURE_3D, 12},
+                              {GL_TEXTURE_CUBE_MAP, 13}};
 
 constexpr int first_with_texture_units = 13;
 constexpr int first_with_programs = 20;
 constexpr int first_with_rectangles = 31;
 
 bool HasAll() {
-    return glActiveTexture != nullptr && glBlendEquationSeparate != nullptr &&
-           glBlendFuncSeparate != nullptr && glColorMask != nullptr && glGetIntegerv != nullptr &&
-           glGetString != nullptr && glIsEnabled != nullptr && glPolygonMode != nullptr &&
-           glUseProgram != nullptr;
+    const bool there[] = {glActiveTexture != nullptr,     glBlendEquationSeparate != nullptr,
+                          glBlendFuncSeparate != nullptr, glColorMask != nullptr,
+                          glGetIntegerv != nullptr,       glGetString != nullptr,
+                          glIsEnabled != nullptr,         glPolygonMode != nullptr,
+                          glUseProgram != nullptr};
+    return std::find(std::begin(there), std::end(there), false) == std::end(there);
 }
 
 std::string_view Text(GLenum name) {
@@ -71,7 +78,7 @@ std::string_view Text(GLenum name) {
 // The text of a version begins with two numbers of a digit each, as in "1.4" and "4.6".
 int Version() {
     const std::string_view text = Text(GL_VERSION);
-    if (text.size() < 3 || text[1] != '.') return 10;
+    if (text.size() < 3 || text[1] != '.') return first_version;
     return 10 * (text[0] - '0') + (text[2] - '0');
 }
 
@@ -186,7 +193,8 @@ void PlainState::FillPolygons() {
 
 void PlainState::WriteEveryColour() {
     glGetIntegerv(GL_COLOR_WRITEMASK, colour_mask);
-    is_masked = std::count(colour_mask, colour_mask + 4, GL_TRUE) < 4;
+    is_masked = std::find(std::begin(colour_mask), std::end(colour_mask), GL_FALSE) !=
+                std::end(colour_mask);
     if (is_masked) glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
 }
 
@@ -213,7 +221,7 @@ void PlainState::RestoreBlending() const {
 }
 
 void PlainState::RestoreSwitches() const {
-    const bool has_units = version >= first_with_texture_units && !switches.empty();
+    const bool has_units = version >= first_with_texture_units;
     for (const Switch& found : switches) {
         if (has_units) glActiveTexture(found.unit);
         glEnable(found.name);

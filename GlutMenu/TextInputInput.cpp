@@ -27,10 +27,12 @@ int ToDrawingSpace(int position, GLenum window_size, float screen_size) {
                     screen_size);
 }
 
-// Where the left arrow takes the cursor: off the text only by one.
+// Where the left arrow takes the cursor: off the text only by one. As a size, what lies before the
+// start is beyond the end as well.
 int32_t PlaceBefore(const std::string& text, int32_t cursor) {
-    if (cursor <= 0 || static_cast<std::size_t>(cursor) > text.size()) return cursor - 1;
-    return static_cast<int32_t>(CharacterStart(text, static_cast<std::size_t>(cursor) - 1));
+    const std::size_t before = static_cast<std::size_t>(cursor) - 1;
+    if (before >= text.size()) return cursor - 1;
+    return static_cast<int32_t>(CharacterStart(text, before));
 }
 
 // Where the right arrow takes a cursor that is not yet at the end.
@@ -87,8 +89,9 @@ bool CTextInput::Accepts(const std::string& button) const {
     return true;
 }
 
+// A negative number is beyond every list as an index.
 bool CTextInput::IsField(int i) const {
-    return i >= 0 && static_cast<std::size_t>(i) < field_values.size();
+    return static_cast<std::size_t>(i) < field_values.size();
 }
 
 bool CTextInput::HasText() const {
@@ -147,10 +150,11 @@ void CTextInput::Edit(int key) {
     glutPostRedisplay();
 }
 
-// Before the start, where the left arrow can leave the cursor, counts as the end here.
+// Before the start, where the left arrow can leave the cursor, counts as the end here: as a size it
+// is beyond it.
 void CTextInput::InsertCharacter(char c) {
     const auto at = static_cast<std::size_t>(cursor_pos);
-    if (cursor_pos < 0 || at >= edit_text.size()) {
+    if (at >= edit_text.size()) {
         edit_text.push_back(c);
         ++cursor_pos;
     } else {

@@ -53,7 +53,6 @@ float OutlineWidth() {
 
 void CTextInput::Render() {
     if (previous != nullptr) previous->Render();
-    bottom = 0;
     if (!field_labels.empty()) {
         RenderForm();
     } else if (!message_lines.empty()) {

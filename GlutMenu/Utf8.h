@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <string_view>
 
@@ -63,8 +64,7 @@ inline std::size_t CharacterLength(std::string_view text, std::size_t at) {
 // The byte behind the character, or behind the loose byte, that begins at `at`, which is within the
 // text: for these functions a byte that is no part of a character is one of its own.
 inline std::size_t CharacterBehind(std::string_view text, std::size_t at) {
-    const std::size_t length = CharacterLength(text, at);
-    return at + (length > 0 ? length : 1);
+    return at + std::max<std::size_t>(CharacterLength(text, at), 1);
 }
 
 // First byte of the character that byte `at`, which is within the text, belongs to.

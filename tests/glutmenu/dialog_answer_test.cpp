@@ -160,6 +160,12 @@ TEST_F(Button, takes_no_click_while_no_dialog_is_open) {
     EXPECT_FALSE(click(0));
 }
 
+TEST_F(Button, takes_no_click_while_no_dialog_is_counted) {
+    GlutMenu::num_dialogs_active = 0;
+    EXPECT_FALSE(click(0));
+    EXPECT_TRUE(answers.given.empty());
+}
+
 TEST_F(Button, is_found_in_a_window_of_another_size) {
     stand_in::state.window_width = 512;
     stand_in::state.window_height = 1536;

@@ -79,6 +79,11 @@ TEST_F(FormDrawing, traces_the_current_field_once) {
     EXPECT_EQ(trace(), "x_offset 20.8876, index 2\n");
 }
 
+TEST_F(FormDrawing, writes_a_limited_value_where_the_others_stand) {
+    dialog.DefineFieldValues(1, {"two"}, 0);
+    expectAt(textOf(render(dialog), "<two>"), fieldX(), 3.0F * (line + 2.0F) + 60.0F);
+}
+
 TEST_F(FormDrawing, shows_a_limited_value_between_angles) {
     dialog.DefineFieldValues(0, {"one", "other"}, 0);
     dialog.DefineFieldValues(1, {"two"}, 0);
@@ -247,6 +252,12 @@ TEST_F(LongValue, shows_its_start_while_the_cursor_is_there) {
     ASSERT_EQ(shown.size(), 1U);
     EXPECT_EQ(shown[0].text, "The quick");
     press({arrow_left});
+    EXPECT_EQ(joined(inFirstRow(render(dialog))), "The quick");
+}
+
+TEST_F(LongValue, shows_its_start_while_the_cursor_is_near_to_it) {
+    open();
+    press({home, arrow_right});
     EXPECT_EQ(joined(inFirstRow(render(dialog))), "The quick");
 }
 

@@ -299,6 +299,26 @@ TEST_F(Form, value_longer_than_the_capacity_can_only_shrink) {
     EXPECT_EQ(dialog.edit_text, "much too lon");
 }
 
+class FormWithoutFields : public DialogTest {
+  protected:
+    FormWithoutFields() { openForm({}, {}, 8); }
+};
+
+TEST_F(FormWithoutFields, has_no_field_to_go_back_to) {
+    const int before = stand_in::state.redisplays;
+    press({arrow_up});
+    stand_in::state.modifiers = GLUT_ACTIVE_SHIFT;
+    press({tab});
+    EXPECT_EQ(dialog.current_field, 0);
+    EXPECT_EQ(stand_in::state.redisplays, before);
+}
+
+TEST_F(FormWithoutFields, answers_with_nothing_whatever_was_typed) {
+    press({'x', return_key});
+    EXPECT_THAT(answers.given, ElementsAre("[]"));
+    EXPECT_EQ(dialog.result, "");
+}
+
 class ValueList : public DialogTest {
   protected:
     ValueList() {
@@ -321,6 +341,8 @@ TEST_F(ValueList, left_takes_the_value_before_and_wraps) {
     EXPECT_EQ(dialog.value_index[0], 2);
     press({arrow_left});
     EXPECT_EQ(dialog.edit_text, "green");
+    press({arrow_left});
+    EXPECT_EQ(dialog.edit_text, "red");
 }
 
 TEST_F(ValueList, asks_for_a_redisplay_with_every_choice) {

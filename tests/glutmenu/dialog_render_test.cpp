@@ -120,19 +120,22 @@ TEST_F(SingleField, title_stands_where_the_dialog_does_between_pixels) {
 TEST_F(SingleField, draws_every_button_framed_around_its_label) {
     const auto drawn = render(dialog);
     const auto frames = shapes(drawn, GL_LINE_LOOP);
+    const auto quads = shapes(drawn, GL_QUADS);
     ASSERT_EQ(frames.size(), 3U);
+    ASSERT_EQ(quads.size(), 4U);  // the box and the title bar first
     for (int i = 0; i < 2; ++i) {
         int left = 0, top = 0, right = 0, bottom = 0;
         dialog.GetButtonDimension(i, left, top, right, bottom);
         expectBox(frames[static_cast<std::size_t>(i) + 1], static_cast<float>(left),
                   static_cast<float>(top), static_cast<float>(right), static_cast<float>(bottom));
+        EXPECT_EQ(quads[static_cast<std::size_t>(i) + 2].points,
+                  frames[static_cast<std::size_t>(i) + 1].points);
         const std::string& label = dialog.buttons[static_cast<std::size_t>(i)];
         const Point at = textOf(drawn, label).points[0];
-        EXPECT_GE(at[0], static_cast<float>(left));
-        EXPECT_LE(at[0] + lengthOf(label), static_cast<float>(right));
         // Capitals are 100 units of 0.30003 pixels high.
-        EXPECT_GE(at[1] - 30.0F, static_cast<float>(top));
-        EXPECT_LE(at[1], static_cast<float>(bottom));
+        EXPECT_NEAR(at[0] + lengthOf(label) / 2.0F, static_cast<float>(left + right) / 2.0F, 0.01F);
+        EXPECT_NEAR(at[1] - 30.003F / 2.0F, static_cast<float>(top + bottom) / 2.0F, 0.01F);
+        EXPECT_GE(at[0], static_cast<float>(left));
     }
 }
 

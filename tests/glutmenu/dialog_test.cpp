@@ -21,7 +21,12 @@ TEST_F(Dialog, starts_empty_in_the_corner) {
     EXPECT_EQ(dialog.x, 0.0F);
     EXPECT_EQ(dialog.y, 0.0F);
     EXPECT_EQ(dialog.max_length, 0);
+    EXPECT_EQ(dialog.cursor_pos, 0);
+    EXPECT_EQ(dialog.text_length, 0);
     EXPECT_EQ(dialog.current_field, 0);
+    EXPECT_EQ(dialog.label_width, 0.0F);
+    EXPECT_EQ(dialog.field_width, 0.0F);
+    EXPECT_EQ(dialog.bottom, 0);
     EXPECT_EQ(dialog.width, 25.0F);
     EXPECT_EQ(dialog.margin_x, 5.0F);
     EXPECT_EQ(dialog.margin_y, 5.0F);
@@ -222,6 +227,15 @@ TEST_F(Dialog, cuts_the_row_of_defined_buttons_off) {
     dialog.DefineButtons({"OK", "Cancel"});
     // 2 * 1.2 * (55 + 6.13)
     EXPECT_EQ(dialog.width, 146.0F);
+}
+
+TEST_F(Dialog, multiplies_the_row_of_defined_buttons_in_single_precision) {
+    GlutMenu::CGlutMenu bar;
+    initialiseBar(bar, {"A"}, 4618, 768);
+    openSingleField("", 0);
+    dialog.DefineButtons({"OK", "Cancel"});
+    ASSERT_FLOAT_EQ(dialog.button_width, 276.66666F);
+    EXPECT_EQ(dialog.width, 664.0F);
 }
 
 TEST_F(Dialog, may_have_no_buttons) {

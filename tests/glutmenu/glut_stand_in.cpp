@@ -126,6 +126,7 @@ void glBegin(GLenum mode) {
 
 void glVertex3f(GLfloat x, GLfloat y, GLfloat z) {
     record("glVertex3f", x, y, z);
+    if (z != 0.0F) ++state.off_the_plane;
     state.drawn.back().points.push_back({x, y});
 }
 
@@ -189,6 +190,7 @@ void glLoadIdentity() {
 
 void glTranslatef(GLfloat x, GLfloat y, GLfloat z) {
     record("glTranslatef", x, y, z);
+    if (z != 0.0F) ++state.off_the_plane;
     if (state.matrix_mode != GL_MODELVIEW) return;
     top().x += x * top().scale_x;
     top().y += y * top().scale_y;

@@ -43,6 +43,7 @@ struct State {
 
     // What happened.
     int misplaced_calls = 0;  // those OpenGL refuses where they stood
+    int off_the_plane = 0;    // vertices and places of texts whose z is not 0
     int redisplays = 0;
     std::vector<std::string> calls;  // names with arguments, as "glScalef 1 -1 1"
     std::vector<Drawn> drawn;

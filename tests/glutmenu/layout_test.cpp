@@ -143,6 +143,16 @@ TEST_F(Layout, follows_a_changed_text) {
     EXPECT_EQ(menu.item_width, static_cast<int>(lengthOf("A much longer text")) + 15);
 }
 
+TEST_F(Layout, of_a_submenu_beside_a_list_starts_at_the_slot_of_its_item) {
+    initialiseList(menu, {"A", "B", "C"}, 40, 60);
+    menu.AddSubMenu(2, {"D"}, nullptr, nullptr, "");
+    // trunc(trunc(2 * 43.33 + 60 - 2 * 33.33 - 5) + 33.33 + 10) at first.
+    EXPECT_EQ(menu.GetSubMenu(2)->y, 118.0F);
+    menu.Resize(1.0F, 1.0F);
+    // trunc(2 * 43.33 + 60)
+    EXPECT_EQ(menu.GetSubMenu(2)->y, 146.0F);
+}
+
 TEST_F(Layout, of_a_new_submenu_takes_a_screen_of_whole_pixels) {
     initialiseBar(menu, {"A"});
     CGlutMenu::screen_width = 1024.75F;

@@ -27,6 +27,22 @@ TEST_F(Model, starts_inactive_and_unplaced) {
     EXPECT_EQ(menu.user_data, nullptr);
     EXPECT_FALSE(menu.submenu_open);
     EXPECT_TRUE(menu.items.empty() && menu.submenus.empty() && menu.check_states.empty());
+    EXPECT_FALSE(menu.is_menu_bar);
+    EXPECT_FALSE(menu.is_submenu);
+}
+
+TEST_F(Model, starts_without_a_size_and_with_the_margins_of_the_reference_screen) {
+    int w = -1;
+    int h = -1;
+    EXPECT_EQ(menu.GetWidthAndHeight(w, h), 0);
+    EXPECT_EQ(w, 0);
+    EXPECT_EQ(h, 0);
+    EXPECT_EQ(menu.item_width, 0);
+    EXPECT_EQ(menu.bar_width, 0);
+    EXPECT_EQ(menu.submenu_x, 0);
+    EXPECT_EQ(menu.submenu_y, 0);
+    EXPECT_EQ(menu.margin_x, 5.0F);
+    EXPECT_EQ(menu.margin_y, 5.0F);
 }
 
 TEST_F(Model, starts_with_white_text_on_blue_under_a_yellow_highlight) {
@@ -52,6 +68,9 @@ TEST_F(Model, tells_whether_it_was_initialised_with_items) {
     EXPECT_TRUE(menu.Initialise(1024, 768, 0, 0, 0, 0, "", one, 0.0F, 0.0F, false, true));
     EXPECT_TRUE(menu.is_submenu);
     EXPECT_FALSE(menu.is_menu_bar);
+    menu.initialised = false;
+    menu.Initialise(1024, 768, 0, 0, 0, 0, "", one, 0.0F, 0.0F, false, false);
+    EXPECT_TRUE(menu.initialised);
 }
 
 TEST_F(Model, traces_the_font_scale_of_its_initialisation) {

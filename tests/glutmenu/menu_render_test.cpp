@@ -79,6 +79,7 @@ TEST_F(Helpers, draw_text_with_the_roman_font_whatever_font_they_are_given) {
     CGlutMenu::renderBitmapString(10.0F, 20.0F, 5.0F, GlutMenu::font, "H");
     EXPECT_THAT(stand_in::state.calls, testing::Contains("glutStrokeCharacter Roman"));
     EXPECT_THAT(stand_in::state.calls, testing::Contains("glTranslatef 10 20 5"));
+    stand_in::state.off_the_plane = 0;  // as it was asked to be
 }
 
 class Rendering : public ToolkitTest {

@@ -1,163 +1,52 @@
-// PlainState on OpenGL of every version: it asks for nothing that came later, and leaves what was
-// on as it was. OpenGL is a stand-in that refuses what its version does not have.
+// PlainState on OpenGL of every version: it asks for nothing that came later, makes plain what is
+// not, and leaves all as it was.
 #include "GlutMenu/PlainState.h"
 
-#define GL_GLEXT_PROTOTYPES
-#include <GL/gl.h>
-#include <GL/glext.h>
 #include <gtest/gtest.h>
 
-#include <map>
-#include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
-namespace {
+#include "tests/glutmenu/versioned_opengl.h"
 
-// What came after version 1.0: ten times the major number and the minor one.
-const std::map<GLenum, int> since = {
-    {GL_COLOR_LOGIC_OP, 11},      {GL_TEXTURE_3D, 12},         {GL_SAMPLE_ALPHA_TO_COVERAGE, 13},
-    {GL_SAMPLE_ALPHA_TO_ONE, 13}, {GL_SAMPLE_COVERAGE, 13},    {GL_TEXTURE_CUBE_MAP, 13},
-    {GL_ACTIVE_TEXTURE, 13},      {GL_MAX_TEXTURE_UNITS, 13},  {GL_COLOR_SUM, 14},
-    {GL_BLEND_SRC_RGB, 14},       {GL_BLEND_DST_RGB, 14},      {GL_BLEND_SRC_ALPHA, 14},
-    {GL_BLEND_DST_ALPHA, 14},     {GL_BLEND_EQUATION_RGB, 20}, {GL_BLEND_EQUATION_ALPHA, 20},
-    {GL_CURRENT_PROGRAM, 20},     {GL_TEXTURE_RECTANGLE, 31}};
+using namespace versioned;
+
+namespace {
 
 const std::vector<std::string> versions = {
     "1.0", "1.1", "1.2",  "1.2.1", "1.3", "1.4 (2.1 Mesa)", "1.5", "2.0", "2.1 Mesa 22.3.6",
     "3.0", "3.1", "4.6.0"};
 
-using Switch = std::pair<GLenum, GLenum>;  // texture unit and name
+const std::vector<std::string> none;
 
-struct OpenGl {
-    std::string version, extensions;
-    GLenum unit = GL_TEXTURE0;
-    std::set<Switch> on;
-    std::map<GLenum, GLint> values = {{GL_MAX_CLIP_PLANES, 6}, {GL_MAX_TEXTURE_UNITS, 4}};
-    std::vector<std::string> refused;
-    int number = 46;  // what the version comes to
-
-    [[nodiscard]] bool knows(GLenum name) const {
-        const bool rectangles = extensions.find("GL_ARB_texture_rectangle") != std::string::npos;
-        if (name == GL_TEXTURE_RECTANGLE && rectangles) return true;
-        const auto found = since.find(name);
-        return found == since.end() || found->second <= number;
-    }
-    void need(bool known, const char* call, GLenum name) {
-        if (!known) refused.push_back(std::string(call) + " " + std::to_string(name));
-    }
-};
-
-OpenGl gl;
-
-bool isTexture(GLenum name) {
-    return name == GL_TEXTURE_1D || name == GL_TEXTURE_2D || name == GL_TEXTURE_3D ||
-           name == GL_TEXTURE_CUBE_MAP || name == GL_TEXTURE_RECTANGLE;
+// Sets a value where the version has it.
+void give(GLenum name, const std::vector<GLint>& values) {
+    if (gl.knows(name)) gl.values[name] = values;
 }
 
-Switch here(GLenum name) {
-    return {isTexture(name) ? gl.unit : GL_TEXTURE0, name};
+// Everything that is not on or off as no plain shape wants it, each part by a value of its own.
+void makeNothingPlain() {
+    give(GL_MATRIX_MODE, {GL_TEXTURE});
+    give(GL_CURRENT_PROGRAM, {7});
+    give(GL_POLYGON_MODE, {GL_LINE, GL_POINT});
+    give(GL_COLOR_WRITEMASK, {GL_FALSE, GL_TRUE, GL_FALSE, GL_FALSE});
+    give(GL_BLEND_EQUATION_RGB, {GL_FUNC_SUBTRACT});
+    give(GL_BLEND_EQUATION_ALPHA, {GL_FUNC_REVERSE_SUBTRACT});
+    gl.line_width = 3.0F;
 }
 
-// Everything that the version knows and PlainState turns off, on every unit there is.
-std::set<Switch> everything() {
-    std::set<Switch> all;
-    for (const int each :
-         {GL_ALPHA_TEST, GL_COLOR_LOGIC_OP, GL_COLOR_SUM, GL_CULL_FACE, GL_FOG, GL_LIGHTING,
-          GL_LINE_SMOOTH, GL_LINE_STIPPLE, GL_POLYGON_SMOOTH, GL_POLYGON_STIPPLE,
-          GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_ALPHA_TO_ONE, GL_SAMPLE_COVERAGE, GL_SCISSOR_TEST,
-          GL_STENCIL_TEST, GL_CLIP_PLANE0, GL_CLIP_PLANE5}) {
-        const auto name = static_cast<GLenum>(each);
-        if (gl.knows(name)) all.insert({GL_TEXTURE0, name});
-    }
-    const GLenum units = gl.number < 13 ? 1 : 4;
-    for (GLenum unit = 0; unit < units; ++unit) {
-        for (const int each : {GL_TEXTURE_1D, GL_TEXTURE_2D, GL_TEXTURE_3D, GL_TEXTURE_CUBE_MAP,
-                               GL_TEXTURE_RECTANGLE}) {
-            const auto name = static_cast<GLenum>(each);
-            if (gl.knows(name)) all.insert({GL_TEXTURE0 + unit, name});
-        }
-    }
-    return all;
-}
-
-void start(const std::string& version, const std::string& extensions = "GL_ARB_multisample") {
-    gl = OpenGl();
-    gl.version = version;
-    gl.number = 10 * (version[0] - '0') + (version[2] - '0');
-    gl.extensions = extensions;
-    if (gl.number >= 13) gl.values[GL_ACTIVE_TEXTURE] = GL_TEXTURE0;
+void drawBlended() {
+    glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
 }
 
 }  // namespace
-
-extern "C" {
-
-const GLubyte* glGetString(GLenum name) {
-    const std::string& text = name == GL_VERSION ? gl.version : gl.extensions;
-    return reinterpret_cast<const GLubyte*>(text.c_str());
-}
-
-GLboolean glIsEnabled(GLenum name) {
-    gl.need(gl.knows(name), "glIsEnabled", name);
-    return gl.on.count(here(name)) != 0 ? GL_TRUE : GL_FALSE;
-}
-
-void glEnable(GLenum name) {
-    gl.need(gl.knows(name), "glEnable", name);
-    gl.on.insert(here(name));
-}
-
-void glDisable(GLenum name) {
-    gl.need(gl.knows(name), "glDisable", name);
-    gl.on.erase(here(name));
-}
-
-void glGetIntegerv(GLenum name, GLint* values) {
-    gl.need(gl.knows(name), "glGetIntegerv", name);
-    if (!gl.knows(name)) return;
-    if (name == GL_POLYGON_MODE) values[0] = values[1] = GL_FILL;
-    if (name == GL_COLOR_WRITEMASK) values[0] = values[1] = values[2] = values[3] = GL_TRUE;
-    if (gl.values.count(name) != 0) *values = gl.values[name];
-}
-
-void glActiveTexture(GLenum unit) {
-    gl.need(gl.number >= 13 && unit >= GL_TEXTURE0 && unit < GL_TEXTURE0 + 4, "glActiveTexture",
-            unit);
-    gl.unit = unit;
-    gl.values[GL_ACTIVE_TEXTURE] = static_cast<GLint>(unit);
-}
-
-void glUseProgram(GLuint program) {
-    gl.need(gl.number >= 20, "glUseProgram", program);
-}
-
-void glBlendEquationSeparate(GLenum colour, GLenum) {
-    gl.need(gl.number >= 20, "glBlendEquationSeparate", colour);
-}
-
-void glBlendFuncSeparate(GLenum colour, GLenum, GLenum, GLenum) {
-    gl.need(gl.number >= 14, "glBlendFuncSeparate", colour);
-}
-
-void glBlendFunc(GLenum, GLenum) {}
-void glColorMask(GLboolean, GLboolean, GLboolean, GLboolean) {}
-void glGetFloatv(GLenum, GLfloat* value) {
-    *value = 1.0F;
-}
-void glLineWidth(GLfloat) {}
-void glMatrixMode(GLenum) {}
-void glPolygonMode(GLenum, GLenum) {}
-
-}  // extern "C"
 
 TEST(PlainState, AsksNoVersionForWhatCameLater) {
     for (const std::string& version : versions) {
         start(version);
         gl.on = everything();
         { const GlutMenu::PlainState plain; }
-        EXPECT_EQ(gl.refused, std::vector<std::string>()) << version;
+        EXPECT_EQ(gl.refused, none) << version;
     }
 }
 
@@ -179,12 +68,109 @@ TEST(PlainState, LeavesOnWhatWasOn) {
     }
 }
 
-TEST(PlainState, LeavesTheTextureUnitThatWasChosen) {
-    start("1.4");
-    glActiveTexture(GL_TEXTURE2);
-    gl.on = everything();
+TEST(PlainState, MakesEveryValueOfTheVersionPlain) {
+    for (const std::string& version : versions) {
+        start(version);
+        const Values wanted = gl.values;
+        makeNothingPlain();
+        const GlutMenu::PlainState plain;
+        EXPECT_EQ(gl.values, wanted) << version;
+        EXPECT_EQ(gl.line_width, 1.0F) << version;
+        EXPECT_EQ(gl.refused, none) << version;
+    }
+}
+
+TEST(PlainState, LeavesEveryValueAsItWas) {
+    for (const std::string& version : versions) {
+        start(version);
+        makeNothingPlain();
+        glBlendFunc(GL_DST_COLOR, GL_SRC_COLOR);
+        if (gl.number >= 20) glBlendFuncSeparate(GL_ONE, GL_DST_COLOR, GL_DST_ALPHA, GL_SRC_COLOR);
+        const Values before = gl.values;
+        {
+            const GlutMenu::PlainState plain;
+            drawBlended();
+        }
+        EXPECT_EQ(gl.values, before) << version;
+        EXPECT_EQ(gl.line_width, 3.0F) << version;
+        EXPECT_EQ(gl.refused, none) << version;
+    }
+}
+
+TEST(PlainState, ChangesNothingThatIsPlain) {
+    for (const std::string& version : versions) {
+        start(version);
+        const Values before = gl.values;
+        {
+            const GlutMenu::PlainState plain;
+            drawBlended();
+        }
+        EXPECT_EQ(gl.changes, none) << version;
+        EXPECT_EQ(gl.values, before) << version;
+    }
+}
+
+TEST(PlainState, LetsMatrixCallsActOnTheModelView) {
+    for (const GLint mode : {GL_PROJECTION, GL_TEXTURE, GL_COLOR}) {
+        start("2.1");
+        give(GL_MATRIX_MODE, {mode});
+        {
+            const GlutMenu::PlainState plain;
+            EXPECT_EQ(gl.values[GL_MATRIX_MODE][0], GL_MODELVIEW);
+        }
+        EXPECT_EQ(gl.values[GL_MATRIX_MODE][0], mode);
+    }
+}
+
+TEST(PlainState, FillsPolygonsOnEitherSide) {
+    for (const GLint front : {GL_FILL, GL_LINE, GL_POINT}) {
+        for (const GLint back : {GL_FILL, GL_LINE, GL_POINT}) {
+            start("2.1");
+            give(GL_POLYGON_MODE, {front, back});
+            {
+                const GlutMenu::PlainState plain;
+                EXPECT_EQ(gl.values[GL_POLYGON_MODE], (std::vector<GLint>{GL_FILL, GL_FILL}));
+            }
+            EXPECT_EQ(gl.values[GL_POLYGON_MODE], (std::vector<GLint>{front, back}));
+        }
+    }
+}
+
+TEST(PlainState, WritesEveryColourWhateverWasMasked) {
+    const std::vector<GLint> all = {GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};
+    for (unsigned masked = 0; masked < 16; ++masked) {
+        start("2.1");
+        std::vector<GLint> mask = all;
+        for (unsigned i = 0; i < 4; ++i) mask[i] = (masked >> i & 1U) != 0 ? GL_FALSE : GL_TRUE;
+        give(GL_COLOR_WRITEMASK, mask);
+        {
+            const GlutMenu::PlainState plain;
+            EXPECT_EQ(gl.values[GL_COLOR_WRITEMASK], all) << masked;
+        }
+        EXPECT_EQ(gl.values[GL_COLOR_WRITEMASK], mask) << masked;
+    }
+}
+
+TEST(PlainState, TakesForPlainWhatOpenGlDoesNotAnswer) {
+    start("4.6");
+    gl.values = {{GL_COLOR_WRITEMASK, {GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE}},
+                 {GL_ACTIVE_TEXTURE, {GL_TEXTURE0}}};
+    gl.on = {{GL_TEXTURE0, GL_CLIP_PLANE0}, {GL_TEXTURE0, GL_TEXTURE_2D}};
     { const GlutMenu::PlainState plain; }
-    EXPECT_EQ(gl.unit, GLenum{GL_TEXTURE2});
+    EXPECT_EQ(gl.changes, none);
+}
+
+TEST(PlainState, LeavesTheTextureUnitThatWasChosen) {
+    for (const bool something_is_on : {false, true}) {
+        start("1.4");
+        glActiveTexture(GL_TEXTURE2);
+        if (something_is_on) gl.on = everything();
+        {
+            const GlutMenu::PlainState plain;
+            EXPECT_EQ(gl.values[GL_ACTIVE_TEXTURE][0], GL_TEXTURE2);
+        }
+        EXPECT_EQ(gl.values[GL_ACTIVE_TEXTURE][0], GL_TEXTURE2);
+    }
 }
 
 TEST(PlainState, TurnsOffRectanglesThatAreAnExtension) {
@@ -195,11 +181,12 @@ TEST(PlainState, TurnsOffRectanglesThatAreAnExtension) {
 }
 
 TEST(PlainState, TakesAVersionItCannotReadForTheFirst) {
-    for (const char* version : {"", "x", "OpenGL ES 3.2"}) {
+    for (const char* version : {"", "x", "4", "4.", "OpenGL ES 3.2"}) {
         start("1.0");
         gl.on = everything();
         gl.version = version;
-        { const GlutMenu::PlainState plain; }
-        EXPECT_EQ(gl.refused, std::vector<std::string>()) << version;
+        const GlutMenu::PlainState plain;
+        EXPECT_EQ(gl.on, std::set<Switch>()) << version;
+        EXPECT_EQ(gl.refused, none) << version;
     }
 }

@@ -27,6 +27,7 @@ ToolkitTest::~ToolkitTest() {
     std::cout.rdbuf(output);
     EXPECT_FALSE(stand_in::state.in_shape) << "a shape was begun and not ended";
     EXPECT_EQ(stand_in::state.misplaced_calls, 0);
+    EXPECT_EQ(stand_in::state.off_the_plane, 0);
 }
 
 std::string ToolkitTest::trace() {

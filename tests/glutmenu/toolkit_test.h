@@ -1,5 +1,6 @@
 // What every test of the toolkit starts from: no dialog open, the reference screen, nothing drawn,
-// and standard output caught. And what it ends with: every shape drawn was ended.
+// and standard output caught. And what it ends with: every shape drawn was ended, and all lies at
+// z = 0.
 #pragma once
 
 #include <gmock/gmock.h>

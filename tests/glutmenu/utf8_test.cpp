@@ -64,11 +64,22 @@ TEST(CharacterLength, IsZeroWithinACharacterAtTheEndAndPastIt) {
     EXPECT_EQ(CharacterLength(text, 99), 0u);
 }
 
+TEST(CharacterStart, LooksNoFurtherThanTheStartOfTheText) {
+    // Nothing but loose bytes, before the text as well.
+    const std::string loose(8, '\x80');
+    for (std::size_t first = 0; first < loose.size(); ++first) {
+        EXPECT_EQ(GlutMenu::CharacterStart(std::string_view(loose).substr(first), 0), 0u) << first;
+    }
+}
+
 TEST(CharacterLength, IsZeroWhereTheTextCutsACharacter) {
     for (const char* text : {"\u00e9", "\u20ac", "\U0001f300"}) {
         const std::string whole = text;
         for (std::size_t length = 1; length < whole.size(); ++length) {
             EXPECT_EQ(CharacterLength(std::string_view(whole).substr(0, length), 0), 0u) << text;
+            const std::string behind = "ab" + whole;
+            EXPECT_EQ(CharacterLength(std::string_view(behind).substr(0, 2 + length), 2), 0u)
+                << text;
         }
     }
 }

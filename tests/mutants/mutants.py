@@ -96,6 +96,7 @@ TESTS_OF = [
     ("backends/worker_pool", POOL),
     ("commands/", "commands_test"),
     ("GlutMenu/PlainState", "toolkit_plain_state_test"),
+    ("GlutMenu/GlutKeys.cpp", "toolkit_shift_tab_test"),
     ("GlutMenu/", "toolkit_all_test toolkit_globals_test"),
 ]
 GENERATED = {"compute/trig_tables.h"}  # held by a test of its own to be what the script makes
