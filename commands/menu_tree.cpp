@@ -93,13 +93,11 @@ void checkDevice(CGlutMenu& devicesMenu) {
     for (int i = 0; i < itemCount; ++i) devicesMenu.SetCheckState(i + 1, i == nCudaDevice);
 }
 
+// Of a new menu, whose items are all enabled.
 void setDeviceStates(CGlutMenu& devicesMenu) {
     const int cpu = devicesMenu.GetMenuPosition(cpu_device);
     devicesMenu.SetCheckState(cpu, bCPU);
     if (bCPU) {
-        devicesMenu.SetCheckState(cpu, true);
-        devicesMenu.SetMenuItemState(devicesMenu.GetMenuPosition(cpu_threads), true);
-        devicesMenu.SetMenuItemState(devicesMenu.GetMenuPosition(double_precision), true);
         checkThreadCount(devicesMenu);
     } else if (isDevice(nCudaDevice)) {
         devicesMenu.SetMenuItemState(devicesMenu.GetMenuPosition(cpu_threads), false);

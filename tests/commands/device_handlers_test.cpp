@@ -33,6 +33,14 @@ TEST_F(Handlers, PrecisionStaysWithoutAChosenDevice) {
     EXPECT_EQ(update_count, 1);
 }
 
+TEST_F(Handlers, DoublePrecisionStaysWithoutAChosenDevice) {
+    bCPU = false;
+    bDoublePrecision = true;
+    choose(&loneItem("Double precision"), "Double precision");
+    EXPECT_TRUE(bDoublePrecision);
+    EXPECT_TRUE(stand_ins::backendCalls.empty());
+}
+
 TEST_F(Handlers, PrecisionOnADeviceReleasesTheOldAndSetsUpTheNew) {
     stand_ins::listDevices({true});
     bCPU = false;
@@ -169,6 +177,14 @@ TEST_F(Devices, CpuIsCheckedAndKeepsWhatTheDeviceHolds) {
     EXPECT_EQ(nCudaDevice, 0);
 }
 
+TEST_F(Devices, CpuAloneIsCheckedWhicheverDeviceWas) {
+    for (const int device : {FIRST, SECOND}) {
+        chooseItem(device);
+        chooseItem(CPU);
+        EXPECT_THAT(checked(), ElementsAre(CPU)) << device;
+    }
+}
+
 TEST_F(Devices, CpuEnablesThreadsAndPrecision) {
     chooseItem(SECOND);
     chooseItem(CPU);
@@ -177,11 +193,13 @@ TEST_F(Devices, CpuEnablesThreadsAndPrecision) {
 }
 
 TEST_F(Devices, CpuChecksItsThreadCount) {
-    chooseItem(FIRST);
-    numCPUThreads = 2;
-    chooseItem(CPU);
-    for (int i = 0; i < max_threads; ++i) {
-        EXPECT_EQ(submenu({"Devices", "CPU Threads"})->GetCheckState(i), i == 1);
+    for (const int count : {1, 2, 1}) {
+        chooseItem(FIRST);
+        numCPUThreads = count;
+        chooseItem(CPU);
+        for (int i = 0; i < max_threads; ++i) {
+            EXPECT_EQ(submenu({"Devices", "CPU Threads"})->GetCheckState(i), i == count - 1);
+        }
     }
 }
 

@@ -183,6 +183,15 @@ TEST_F(Handlers, NextAndPreviousStep) {
     EXPECT_FALSE(image_refreshed);
 }
 
+TEST_F(Handlers, NextAndPreviousMakeTheEntryTheView) {
+    fractals[0].maxIters = 321;
+    fractals[1].maxIters = 123;
+    fractalsCommand("Next Fractal");
+    EXPECT_EQ(maxIters, 123);
+    fractalsCommand("Previous Fractal");
+    EXPECT_EQ(maxIters, 321);
+}
+
 TEST_F(Handlers, NextAtTheEndStaysAndStillOwesARender) {
     currentFractal = 1;
     fractalsCommand("Next Fractal");
@@ -233,6 +242,13 @@ TEST_F(Handlers, ToggleToCpuRenamesItself) {
     EXPECT_EQ(lone.GetMenuText(0), "Toggle to GPU");
     EXPECT_EQ(numCPUThreads, 2);
     EXPECT_EQ(update_count, 0);
+}
+
+TEST_F(Handlers, ToggleToCpuLeavesItsOneThread) {
+    bCPU = false;
+    numCPUThreads = 1;
+    choose(&loneItem("Toggle to CPU"), "Toggle to CPU");
+    EXPECT_EQ(numCPUThreads, 1);
 }
 
 TEST_F(Handlers, ToggleToCpuGivesItThreads) {

@@ -246,6 +246,7 @@ TEST_F(MenuTree, TimingLogsAreCheckedWhileOn) {
         bLogging = on;
         createMenu();
         EXPECT_EQ(checked(submenu({"Fractals"}), "Toggle Timing Logs"), on);
+        EXPECT_EQ(checkedItems(submenu({"Fractals"})).size(), on ? 1U : 0U);
     }
 }
 
