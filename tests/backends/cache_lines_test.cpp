@@ -3,11 +3,30 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
+#include <new>
 
 #include "backends/auto_array.h"
 #include "backends/worker_pool.h"
 #include "tests/support/backend_globals.h"
+
+// What was asked for last. The sanitizers suffer no other operator new beside their own.
+namespace {
+std::size_t bytesAskedFor = 0;
+}
+#ifndef NO_OTHER_NEW
+void* operator new[](std::size_t bytes, std::align_val_t alignment) {
+    bytesAskedFor = bytes;
+    if (void* const memory = std::aligned_alloc(static_cast<std::size_t>(alignment), bytes)) {
+        return memory;
+    }
+    throw std::bad_alloc();
+}
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+#endif
 
 namespace {
 
@@ -49,6 +68,23 @@ TEST(CacheLines, AnArrayBeginsOnOneAndEndsWithOne) {
         EXPECT_NE(lineOf(&array[bytes - 1]), lineOf(next.get())) << bytes;
     }
 }
+
+#ifndef NO_OTHER_NEW
+template <class T>
+void expectWholeLines(std::size_t count) {
+    const auto array = makeArray<T>(count);
+    EXPECT_EQ(bytesAskedFor % CACHE_LINE, 0u) << count;
+    EXPECT_GE(bytesAskedFor, count * sizeof(T)) << count;
+    EXPECT_LT(bytesAskedFor, count * sizeof(T) + CACHE_LINE) << count;
+}
+
+TEST(CacheLines, AnArrayTakesAsManyAsItNeeds) {
+    for (const std::size_t count : {1u, 15u, 16u, 17u, 63u, 64u, 65u, 1000u}) {
+        expectWholeLines<unsigned char>(count);
+        expectWholeLines<std::uint32_t>(count);
+    }
+}
+#endif
 
 TEST(CacheLines, AnArrayIsAllZerosAlsoWhereMemoryIsUsedAgain) {
     constexpr std::size_t BYTES = 5000;

@@ -170,6 +170,7 @@ TEST(SmoothValue, IsTheWholeStepWhereThereIsNoQuotient) {
     EXPECT_EQ(smoothValue(7.0, 0.0, 5.0, four), 7.0);
     EXPECT_EQ(smoothValue(7.0, 0.0, INFINITE, four), 7.0);
     EXPECT_EQ(smoothValue(7.0, 5.0, 6.0, four), 7.0) << "began beyond the limit";
+    EXPECT_EQ(smoothValue(7.0, 4.1, 8.0, four), 7.0) << "began just beyond the limit";
     EXPECT_EQ(smoothValue(7.0, 5.0, 5.0, four), 7.0) << "began beyond the limit and rests";
     EXPECT_EQ(smoothValue(7.0, 16.0, 8.0, four), 7.0) << "began beyond the limit and came closer";
     EXPECT_EQ(smoothValue(7.0, 0x1p-1074, 5.0, fixedLog2(0.0)), 7.0);
@@ -198,6 +199,14 @@ TEST(FixedCubeRoot, OfACubeIsItsSide) {
     }
 }
 
+TEST(FixedCubeRoot, OfANegativeNumberIsTheOthersNegative) {
+    for (const double x : {SMALLEST, 1e-300, 0.001, 0.125, 0.9, 2.0, 1e300}) {
+        EXPECT_EQ(fixedCubeRoot(-x), -fixedCubeRoot(x)) << x;
+        EXPECT_LT(fixedCubeRoot(-x), 0.0) << x;
+    }
+    EXPECT_EQ(fixedCubeRoot(-0.125), -0.5);
+}
+
 TEST(FixedCubeRoot, KeepsWhatHasNoRoot) {
     EXPECT_EQ(fixedCubeRoot(INFINITE), INFINITE);
     EXPECT_EQ(fixedCubeRoot(-INFINITE), -INFINITE);
@@ -219,8 +228,13 @@ TEST(FixedExp, IsWithinTwoUnitsWhereItIsNormal) {
 
 TEST(FixedExp, EndsInSubnormalsZeroAndInfinity) {
     EXPECT_NEAR(fixedExp(-740.0) / SMALLEST, std::exp(-740.0) / SMALLEST, 1.0);
-    EXPECT_EQ(fixedExp(-745.2), 0.0);
-    EXPECT_EQ(fixedExp(-1e9), 0.0);
+    EXPECT_EQ(fixedExp(-745.1), SMALLEST);
+    for (const double x : {-745.2, -747.0, -800.0, -1400.0, -1480.0, -1e9}) {
+        EXPECT_EQ(fixedExp(x), 0.0) << x;
+    }
+    for (const double x : {711.0, 800.0, 1400.0, 1419.95, 1e9}) {
+        EXPECT_EQ(fixedExp(x), INFINITE) << x;
+    }
     EXPECT_EQ(fixedExp(-INFINITE), 0.0);
     EXPECT_EQ(fixedExp(709.8), INFINITE);
     EXPECT_EQ(fixedExp(INFINITE), INFINITE);

@@ -2,8 +2,9 @@
 // own. Long orbits as well.
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cmath>
 #include <limits>
-#include <random>
 
 #include "compute/formulas.h"
 #include "tests/support/reference_fractal.h"
@@ -13,15 +14,15 @@ namespace {
 using test_support::referenceCount;
 using test_support::ReferenceView;
 
-// The count of a pixel, -1 for a number without a rule.
+// The count of a pixel, -2 for a number without a rule.
 template <class T>
-int countOf(const ReferenceView& v, int x, int y) {
-    int count = -1;
+int countOf(const ReferenceView& v, int x, int y, StopFlag stop = nullptr) {
+    int count = -2;
     visitRule(v.type, [&](auto rule) {
         count = pixelCount<decltype(rule)>(
             x, y, v.width, v.height, static_cast<T>(v.xMin), static_cast<T>(v.xMax),
             static_cast<T>(v.yMin), static_cast<T>(v.yMax), static_cast<T>(v.cx),
-            static_cast<T>(v.cy), static_cast<T>(v.maxSize), v.maxIters);
+            static_cast<T>(v.cy), static_cast<T>(v.maxSize), v.maxIters, stop);
     });
     return count;
 }
@@ -82,6 +83,43 @@ TYPED_TEST(RuleNumbers, CountUpToALimitOfAnyLength) {
             v.maxIters = limit;
             EXPECT_EQ(countOf<TypeParam>(v, 0, 0), type == 1 ? limit + 1 : limit) << type;
         }
+    }
+}
+
+TYPED_TEST(RuleNumbers, GiveUpAnOrbitThatStaysOnceTheyAreToStop) {
+    const std::atomic<bool> stop{true};
+    for (int type = 0; type <= 13; ++type) {
+        ReferenceView v = this->view(type);
+        v.xMin = v.yMin = v.cx = v.cy = std::numeric_limits<double>::quiet_NaN();
+        v.maxIters = std::numeric_limits<int>::max();
+        EXPECT_EQ(countOf<TypeParam>(v, 0, 0, &stop), GIVEN_UP) << type;
+    }
+}
+
+// A view whose first pixel escapes at this step, found by halving.
+ReferenceView escapingAt(int step, ReferenceView v) {
+    double low = 1e-6, high = 1;
+    for (int halvings = 0; halvings < 60; ++halvings) {
+        const double beyond = std::sqrt(low * high);
+        v.xMin = v.type == 0 ? 0.25 + beyond : 0, v.xMax = v.xMin + 1, v.yMin = 0;
+        v.cx = 0.25 + beyond, v.cy = 0, v.maxIters = 20000;
+        const auto count = referenceCount(v, 0, 0);
+        if (count == step) return v;
+        (count > step ? low : high) = beyond;
+    }
+    ADD_FAILURE() << "no orbit escapes at step " << step;
+    return v;
+}
+
+// In double, for the floats beside the cusp pass over steps.
+using InDouble = RuleNumbers<double>;
+TEST_F(InDouble, StopAfterAsManyStepsAsLieBetweenLooks) {
+    const std::atomic<bool> stop{true};
+    for (const int type : {0, 1}) {
+        const ReferenceView last = escapingAt(STEPS_BETWEEN_LOOKS - 1, view(type));
+        EXPECT_EQ(countOf<double>(last, 0, 0, &stop), STEPS_BETWEEN_LOOKS - 1) << type;
+        const ReferenceView next = escapingAt(STEPS_BETWEEN_LOOKS, view(type));
+        EXPECT_EQ(countOf<double>(next, 0, 0, &stop), GIVEN_UP) << type;
     }
 }
 

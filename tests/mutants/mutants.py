@@ -38,7 +38,7 @@ SURVIVED, NO_CODE, LISTED = "SURVIVED", "does not compile", "listed"
 COLOURS = ("render_test:Curves.*:AValue*:SmoothColours.*:ColoursOf*:WhatHasNo*:TheEscapeBound.*"
            ":TheDither*:Dither*:Vectors.*:Light.*:Level.*:TheLevel*:TheTable.Sees*:*AreTakenOf*"
            ":*AnyWidth* render_test:TheTable.*:Gimps*:ASupersampled*:ARowOfValues.*:AveragesOf*")
-FORMULAS = "formula_test:FormulaTest*:RuleNumbers*:*Rules* formula_test:JuliaAt*"
+FORMULAS = "formula_test:FormulaTest*:RuleNumbers*:*Rules*:InDouble* formula_test:JuliaAt*"
 POOL = "queue_test pool_steps_test device_shutdown_test shutdown_test pool_test initial_values_test"
 TESTS_OF = [
     ("compute/vector_certified-inl.h", "trig_claims_test trig_pictures_test value_vector_test"),
