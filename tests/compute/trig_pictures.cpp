@@ -38,6 +38,20 @@ void drawDouble(const VectorTile<double>& tile, int type) {
     drawTrig(tile, type);
 }
 
+std::size_t giveUp(const VectorTile<double>& tile) {
+    std::size_t left = 0;
+#if TESSARY_HAS_LEAN
+    renderChunkInStages<CoshRule>(tile, {0, 0, tile.width, tile.height}, true,
+                                  [&](const FollowedPixels& pixels) {
+                                      left = pixels.used;
+                                      return false;
+                                  });
+#else
+    (void)tile;
+#endif
+    return left;
+}
+
 int withoutFloat() {
 #if TESSARY_HAS_LEAN
     return chunksWithoutFloat;
@@ -56,6 +70,7 @@ namespace tessary_vector {
 
 HWY_EXPORT(drawFloat);
 HWY_EXPORT(drawDouble);
+HWY_EXPORT(giveUp);
 HWY_EXPORT(withoutFloat);
 
 void draw(const VectorTile<float>& tile, int type) {
@@ -63,6 +78,9 @@ void draw(const VectorTile<float>& tile, int type) {
 }
 void draw(const VectorTile<double>& tile, int type) {
     HWY_DYNAMIC_DISPATCH(drawDouble)(tile, type);
+}
+std::size_t pixelsLeft(const VectorTile<double>& tile) {
+    return HWY_DYNAMIC_DISPATCH(giveUp)(tile);
 }
 int chunksLeft() {
     return HWY_DYNAMIC_DISPATCH(withoutFloat)();
@@ -77,6 +95,9 @@ void draw(const VectorTile<float>& tile, int type) {
 }
 void draw(const VectorTile<double>& tile, int type) {
     tessary_vector::draw(tile, type);
+}
+std::size_t giveUpHyperbolicCosine(const VectorTile<double>& tile) {
+    return tessary_vector::pixelsLeft(tile);
 }
 int chunksWithoutFloat() {
     return tessary_vector::chunksLeft();

@@ -150,6 +150,17 @@ TEST_P(TrigPictures, TheStageInFloatIsLeftOutOfAFewChunksBehindOneThatItDoesNotS
     }
 }
 
+// Real orbits that neither escape nor rest magnify every error until only exact steps tell.
+TEST_P(TrigPictures, PaintNothingOfAChunkThatIsGivenUp) {
+    constexpr unsigned char CANARY = 0xA5;
+    std::vector<unsigned char> pixels(4 * 8 * 8, CANARY);
+    auto palette = countPalette();
+    const std::size_t left = trig_pictures::giveUpHyperbolicCosine(
+        {0, 0, 8, 8, 8, 8, -3.3, -3.2, 0, 0, 0, 0, 128, 3000, pixels.data(), palette.data()});
+    EXPECT_EQ(std::count(pixels.begin(), pixels.end(), CANARY), 4 * 8 * 8);
+    EXPECT_EQ(left > 0, trig_pictures::chunksWithoutFloat() >= 0);
+}
+
 INSTANTIATE_TEST_SUITE_P(Target, TrigPictures,
                          testing::Range(std::size_t{0}, trig_claims::targets().size()),
                          [](const testing::TestParamInfo<std::size_t>& target) {
