@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
+#include <memory>
 #include <random>
+#include <vector>
 
+#include "render/colour_rows.h"
 #include "tests/render/render_support.h"
 
 namespace {
@@ -92,6 +96,35 @@ TEST(ASupersampledPicture, IsTheAverageOfTheLargerOne) {
             }
         }
         EXPECT_TRUE(samePicture(actual, expected, "supersample." + std::to_string(n)));
+    }
+}
+
+// Levels of 16 bits take a way of their own, by the palette as well.
+TEST(ASupersampledPicture, OfSixteenBitsIsTheAverageOfTheLargerOne) {
+    const auto& row = test_support::catalogueRows()[14];
+    const std::atomic<bool> never{false};
+    render::WantedColours wanted;
+    wanted.depth = 16;
+    for (int n = 1; n <= 3; ++n) {
+        auto job = test_support::jobOf(row, {37, 23}, render::Precision::doubles);
+        job.supersample = n;
+        job.colouring = std::make_shared<const render::Colouring>(wanted);
+        std::vector<unsigned char> levels(std::size_t{37} * 23 * 6);
+        render::ColourRows(never).render(job, {0, 23}, levels.data(), 37 * 6);
+        const auto large = test_support::renderedRows(
+            test_support::jobOf(row, {37 * n, 23 * n}, render::Precision::doubles));
+        const unsigned char* level = levels.data();
+        for (int at = 0; at < 37 * 23; ++at) {
+            for (int channel = 0; channel < 3; ++channel, level += 2) {
+                double light = 0;
+                for (int s = 0; s < n * n; ++s) {
+                    light +=
+                        toLight(large.pixel(n * (at % 37) + s % n, n * (at / 37) + s / n)[channel]);
+                }
+                ASSERT_NEAR(256 * level[0] + level[1], 257 * toLevel(light / (n * n)), 1.0)
+                    << n << " a side, pixel " << at;
+            }
+        }
     }
 }
 
