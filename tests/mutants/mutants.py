@@ -37,7 +37,7 @@ SURVIVED, NO_CODE, LISTED = "SURVIVED", "does not compile", "listed"
 # is the source's. Behind a colon stands which of a program's tests.
 COLOURS = ("render_test:Curves.*:AValue*:SmoothColours.*:ColoursOf*:WhatHasNo*:TheEscapeBound.*"
            ":TheDither*:Dither*:Vectors.*:Light.*:Level.*:TheLevel*:TheTable.Sees*:*AreTakenOf*"
-           ":*AnyWidth* render_test:TheTable.*:Gimps*:ASupersampled*:ARowOfValues.*:AveragesOf*")
+           ":*AnyWidth*:ADeep* render_test:TheTable.*:Gimps*:ASupersampled*:ARowOfValues.*:AveragesOf*")
 FORMULAS = "formula_test:FormulaTest*:RuleNumbers*:*Rules*:InDouble* formula_test:JuliaAt*"
 POOL = "queue_test pool_steps_test device_shutdown_test shutdown_test pool_test initial_values_test"
 TESTS_OF = [

@@ -99,33 +99,69 @@ TEST(ASupersampledPicture, IsTheAverageOfTheLargerOne) {
     }
 }
 
-// Levels of 16 bits take a way of their own, by the palette as well.
-TEST(ASupersampledPicture, OfSixteenBitsIsTheAverageOfTheLargerOne) {
-    const auto& row = test_support::catalogueRows()[14];
+// The levels of 16 bits of a built-in view with n samples a side.
+std::vector<unsigned> deepLevels(render::Size size, int n, render::WantedColours wanted) {
     const std::atomic<bool> never{false};
-    render::WantedColours wanted;
+    auto job =
+        test_support::jobOf(test_support::catalogueRows()[14], size, render::Precision::doubles);
+    job.supersample = n;
     wanted.depth = 16;
-    for (int n = 1; n <= 3; ++n) {
-        auto job = test_support::jobOf(row, {37, 23}, render::Precision::doubles);
-        job.supersample = n;
-        job.colouring = std::make_shared<const render::Colouring>(wanted);
-        std::vector<unsigned char> levels(std::size_t{37} * 23 * 6);
-        render::ColourRows(never).render(job, {0, 23}, levels.data(), 37 * 6);
-        const auto large = test_support::renderedRows(
-            test_support::jobOf(row, {37 * n, 23 * n}, render::Precision::doubles));
-        const unsigned char* level = levels.data();
-        for (int at = 0; at < 37 * 23; ++at) {
-            for (int channel = 0; channel < 3; ++channel, level += 2) {
-                double light = 0;
-                for (int s = 0; s < n * n; ++s) {
-                    light +=
-                        toLight(large.pixel(n * (at % 37) + s % n, n * (at / 37) + s / n)[channel]);
-                }
-                ASSERT_NEAR(256 * level[0] + level[1], 257 * toLevel(light / (n * n)), 1.0)
-                    << n << " a side, pixel " << at;
-            }
+    job.colouring = std::make_shared<const render::Colouring>(wanted);
+    const auto stride = static_cast<std::size_t>(size.width) * 6;
+    std::vector<unsigned char> bytes(stride * static_cast<std::size_t>(size.height));
+    render::ColourRows(never).render(job, {0, size.height}, bytes.data(), stride);
+    std::vector<unsigned> levels;
+    for (std::size_t at = 0; at < bytes.size(); at += 2) {
+        levels.push_back(256U * bytes[at] + bytes[at + 1]);
+    }
+    return levels;
+}
+
+// In a picture of 37 x 23 pixels, what the samples of a larger one come to.
+double averageOf(const std::vector<unsigned>& large, int n, int pixel, int channel) {
+    double light = 0;
+    for (int s = 0; s < n * n; ++s) {
+        const int x = n * (pixel % 37) + s % n, y = n * (pixel / 37) + s / n;
+        light += toLight(large[static_cast<std::size_t>(3 * (37 * n * y + x) + channel)] / 257.0);
+    }
+    return 257 * toLevel(light / (n * n));
+}
+
+void expectTheAverageOfTheLargerOne(const render::WantedColours& wanted) {
+    for (const int n : {2, 3}) {
+        const auto levels = deepLevels({37, 23}, n, wanted);
+        const auto large = deepLevels({37 * n, 23 * n}, 1, wanted);
+        for (int at = 0; at < 37 * 23 * 3; ++at) {
+            ASSERT_NEAR(levels[static_cast<std::size_t>(at)], averageOf(large, n, at / 3, at % 3),
+                        3.0)
+                << n << " a side, level " << at;
         }
     }
+}
+
+// Levels of 16 bits take a way of their own, by the palette as well, whose levels are of 8.
+TEST(ADeepPicture, HasTheColoursOfThePalette) {
+    const auto levels = deepLevels({37, 23}, 1, {});
+    const auto plain = test_support::renderedRows(test_support::jobOf(
+        test_support::catalogueRows()[14], {37, 23}, render::Precision::doubles));
+    for (int at = 0; at < 37 * 23 * 3; ++at) {
+        ASSERT_EQ(levels[static_cast<std::size_t>(at)],
+                  257U * plain.pixel(at / 3 % 37, at / 3 / 37)[at % 3])
+            << at;
+    }
+}
+
+TEST(ASupersampledPicture, OfSixteenBitsIsTheAverageOfTheLargerOne) {
+    expectTheAverageOfTheLargerOne({});
+}
+
+TEST(ASupersampledPicture, OfAGradientIsTheAverageOfTheLargerOne) {
+    render::WantedColours wanted;
+    wanted.gradient = std::make_shared<const render::Gradient>(
+        render::readGradient("#000000 0, #ff2000 0.3, #ffffff 1"));
+    expectTheAverageOfTheLargerOne(wanted);
+    wanted.smooth = true;
+    expectTheAverageOfTheLargerOne(wanted);
 }
 
 }  // namespace
