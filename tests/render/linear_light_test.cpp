@@ -164,4 +164,30 @@ TEST(ASupersampledPicture, OfAGradientIsTheAverageOfTheLargerOne) {
     expectTheAverageOfTheLargerOne(wanted);
 }
 
+TEST(ADeepFade, MixesTheLightOfEachLevelOfTwoPictures) {
+    const std::vector<unsigned> own = {0, 65535, 30000, 512, 1, 40000};
+    const std::vector<unsigned> other = {65535, 0, 20000, 40000, 258, 10000};
+    const auto bytesOf = [](const std::vector<unsigned>& levels) {
+        std::vector<unsigned char> bytes;
+        for (const unsigned level : levels) {
+            bytes.push_back(static_cast<unsigned char>(level >> 8));
+            bytes.push_back(static_cast<unsigned char>(level & 255));
+        }
+        return bytes;
+    };
+    const std::vector<unsigned char> from = bytesOf(other);
+    for (int step = 0; step <= 4; ++step) {
+        std::vector<unsigned char> row = bytesOf(own);
+        // All but the last level.
+        render::fadeDeep(from.data(), row.data(), row.size() - 2, {nullptr, step, 4});
+        for (std::size_t n = 0; n + 1 < own.size(); ++n) {
+            const double light =
+                (step * toLight(own[n] / 257.0) + (4 - step) * toLight(other[n] / 257.0)) / 4;
+            EXPECT_NEAR(256 * row[2 * n] + row[2 * n + 1], 257 * toLevel(light), 1.0)
+                << step << ", level " << n;
+        }
+        EXPECT_EQ(256U * row[10] + row[11], 40000U);
+    }
+}
+
 }  // namespace
