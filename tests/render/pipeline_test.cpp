@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
+#include <filesystem>
 #include <memory>
 #include <numeric>
 #include <random>
+#include <set>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -41,6 +45,25 @@ TEST(Pieces, AreNotMadeFurtherAheadThanAllowed) {
     }
     // next() allows one more before this test has counted the piece.
     EXPECT_LE(furthest, 3u);
+}
+
+std::set<std::string> threadsOfThisProcess() {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task"))
+        names.insert(entry.path().filename());
+    return names;
+}
+
+// No thread ends before the last piece is begun, and only a few are made ahead.
+TEST(Pieces, AreMadeByAsManyThreadsAsAreAskedFor) {
+    for (const int threads : {1, 2, 5}) {
+        const auto before = threadsOfThisProcess();
+        const Numbers pipeline(1000, threads, 3, [] { return [](std::uint64_t n) { return n; }; });
+        const auto all = threadsOfThisProcess();
+        EXPECT_EQ(std::count_if(all.begin(), all.end(),
+                                [&](const auto& name) { return before.count(name) == 0; }),
+                  threads);
+    }
 }
 
 TEST(Pieces, AreMadeByAMakerOfEachThreadsOwn) {
