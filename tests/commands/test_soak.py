@@ -89,7 +89,7 @@ class Soak(visitor.Visitor):
         """Whether it comes to rest by itself; what goes on and on is cycling, which the command that
         began it then ends."""
         printed = harness.Unchanged(lambda: len(self.program.lines))
-        at_work = harness.Unchanged(self.program.drawing_thread)
+        at_work = harness.Unchanged(self.program.drawing_threads)
         frames = self.program.lines.count(RENDER)
         while printed.seconds() < 1 or at_work.seconds() < 0.2:
             if self.program.lines.count(RENDER) > frames + MOST_FRAMES_OWED:

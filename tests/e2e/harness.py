@@ -297,21 +297,27 @@ class Program:
         frame is drawn after its line is printed, on a busy machine long after."""
         quiet = seconds * (2.0 if SANITIZE else 1.0)
         printed = Unchanged(lambda: len(self.lines))
-        at_work = Unchanged(self.drawing_thread)
+        at_work = Unchanged(self.drawing_threads)
         wait_until(lambda: printed.seconds() >= quiet and at_work.seconds() >= 0.1, timeout,
                    "the output to fall quiet")
 
-    def drawing_thread(self):
-        """How long the thread that draws has run so far; nothing two times the same while it runs
-        or could run."""
-        pid = self.process.pid
+    def drawing_threads(self):
+        """How long the threads that draw, the first one and the software OpenGL's, have run so far;
+        nothing two times the same while one runs or could run."""
+        folder = f"/proc/{self.process.pid}/task"
         try:
-            with open(f"/proc/{pid}/task/{pid}/schedstat") as file:
-                ran = file.read().split()[0]
-            with open(f"/proc/{pid}/task/{pid}/stat") as file:
-                state = file.read().rsplit(")", 1)[1].split()[0]
+            return [self.work_of(f"{folder}/{thread}") for thread in os.listdir(folder)]
         except OSError:
             return "ended"
+
+    def work_of(self, folder):
+        """How long a thread has run; None of one that does not draw."""
+        with open(f"{folder}/stat") as file:
+            number, name, state = re.match(r"(\d+) \((.*)\) (\S)", file.read()).groups()
+        if int(number) != self.process.pid and not name.startswith("llvmpipe"):
+            return None
+        with open(f"{folder}/schedstat") as file:
+            ran = file.read().split()[0]
         return (ran, time.monotonic()) if state == "R" else ran
 
     # ---- its window
