@@ -11,11 +11,11 @@
 #include "backends/worker_pool.h"
 #include "tests/support/backend_globals.h"
 
-// What was asked for last. The sanitizers suffer no other operator new beside their own.
-namespace {
-std::size_t bytesAskedFor = 0;
-}
+// The sanitizers suffer no other operator new beside their own.
 #ifndef NO_OTHER_NEW
+namespace {
+std::size_t bytesAskedFor = 0;  // by whoever asked last
+}
 void* operator new[](std::size_t bytes, std::align_val_t alignment) {
     bytesAskedFor = bytes;
     if (void* const memory = std::aligned_alloc(static_cast<std::size_t>(alignment), bytes)) {
